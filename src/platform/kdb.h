@@ -1,0 +1,104 @@
+// The keyed database ("key1 database"): records of 296 bytes under 20-byte keys, in one file.
+//
+// Order of calls: kdbOpen; then any of the record operations; then CloseDatabase, which alone
+// makes changes durable and visible.
+//
+// - The file that carries the database's name is never written. The first change starts the
+//   successor NAME.orx-new beside it (mode 0600); CloseDatabase syncs it, gives it the mode and
+//   owner of the database, exchanges the two files in one atomic step and syncs the directory.
+//   The database that was replaced stays as NAME.orx-previous (one generation).
+// - A run that changes nothing publishes nothing. After a storage failure (7, 8, 9, 11) nothing is
+//   published either, and every later change answers with that failure. After an ordinary
+//   failure (a duplicate key, say) the changes before it are published at close.
+// - A process that dies leaves the database as it was; the next open for update discards the
+//   stale successor.
+// - An open for update holds an flock on the database until it is closed; a second one, from any
+//   process, answers 3 BusyObject, 19 InUse at once. An open for reading takes no lock: it reads
+//   one whole state, whatever is published meanwhile.
+// - Database order is plain byte order of the key, whose last four bytes hold `recn` big-endian.
+// - Scans and cursors see the database as it was when they were opened.
+//
+// Codes are those of kdb_codes.h. A handle is checked in one place before every call; a stale one,
+// or one of another kind, gives 2 BadObject, reason 0. Everything that a database handle led to
+// (scans, held records, cursors) goes stale when the database is closed.
+// Not for several threads.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "platform/kdb_codes.h"
+
+namespace orx::kdb {
+
+inline constexpr std::size_t keySize = 20;
+inline constexpr std::size_t recordSize = 296;
+
+struct Slot;
+
+// Refers to an open database, scan, held record or cursor; copied freely, owns nothing.
+struct kdbHandle {
+  std::int16_t tag = 0;
+  std::array<std::uint8_t, 6> unused{};
+  Slot* slot = nullptr;
+};
+static_assert(sizeof(kdbHandle) == 16);
+
+// The third argument of kdbOpen.
+inline constexpr std::int32_t openForUpdate = 1;
+inline constexpr std::int32_t openForReading = 0;
+
+// Opens the database `name` (`nameLength` bytes, relative to the current directory; symbolic links
+// are followed and kept). Never creates. `status` receives the reason and the return code.
+//   5/28 missing; 8/17 not a database, damaged, a directory; 11/3 no permission on the file or its
+//   directory; 3/19 open in another process; 1/22 a name too long for the file system.
+[[nodiscard]] std::int32_t kdbOpen(const char* name, std::int32_t nameLength, std::int32_t mode,
+                                   kdbHandle& database, kdbStatus& status);
+
+// Starts an update scan at the first record whose key equals or follows `key`.
+[[nodiscard]] std::int32_t StartUpdate(kdbHandle database, const std::uint8_t* key,
+                                       std::int32_t keyLength, kdbHandle& scan);
+// Reads and holds the next record of the scan; the record held before is let go. 5/14 at the end.
+[[nodiscard]] std::int32_t ReadNextForUpdate(kdbHandle scan, std::int32_t options,
+                                             std::uint8_t* buffer, std::int32_t bufferLength,
+                                             std::int32_t& length, kdbHandle& held);
+[[nodiscard]] std::int32_t DeleteHeldRecord(kdbHandle held);
+
+// `key` is the first 20 bytes of a record as it stands in memory (`recn` little-endian).
+// AddRecord: 4/46 when the key exists. UpdateByKey and DeleteByKey: 5/28 when it does not.
+[[nodiscard]] std::int32_t AddRecord(kdbHandle database, const std::uint8_t* key,
+                                     std::int32_t keyLength, const std::uint8_t* buffer,
+                                     std::int32_t bufferLength);
+[[nodiscard]] std::int32_t UpdateByKey(kdbHandle database, const std::uint8_t* key,
+                                       std::int32_t keyLength, const std::uint8_t* buffer,
+                                       std::int32_t bufferLength);
+[[nodiscard]] std::int32_t DeleteByKey(kdbHandle database, const std::uint8_t* key,
+                                       std::int32_t keyLength);
+
+// Reads the first record whose key equals or follows `key`; `key` may be `buffer` itself. Sees the
+// changes of this run. 5/14 when there is none.
+[[nodiscard]] std::int32_t ReadNextByKey(kdbHandle database, const std::uint8_t* key,
+                                         std::int32_t keyLength, std::uint8_t* buffer,
+                                         std::int32_t bufferLength, std::int32_t& length);
+
+// A cursor before the first record; `key` null and `keyLength` 0.
+[[nodiscard]] std::int32_t OpenCursor(kdbHandle database, const std::uint8_t* key,
+                                      std::int32_t keyLength, kdbHandle& cursor);
+[[nodiscard]] std::int32_t ReadNextFromCursor(kdbHandle cursor, std::int32_t options,
+                                              std::uint8_t* buffer, std::int32_t bufferLength,
+                                              std::int32_t& length);
+
+// Publishes the changes of the run, if any, and closes the database whatever comes of it. Any code
+// but 0 means that the database is as it was before the run; 0 means that the changes are durable.
+[[nodiscard]] std::int32_t CloseDatabase(kdbHandle database, kdbStatus& status);
+
+// The return code and reason of the last failed operation on the database or on what it led to.
+// A stale handle fills 2 BadObject, reason 0.
+std::int32_t GetLastStatus(kdbHandle database, kdbStatus& status);
+
+// Marks a point of a long run; publishes nothing.
+std::int32_t Checkpoint(kdbHandle database);
+
+}  // namespace orx::kdb

@@ -1,0 +1,72 @@
+// Return codes and reasons of the keyed database, and the status that carries a pair of them.
+#pragma once
+
+#include <cstdint>
+
+namespace orx::kdb {
+
+enum class Code : std::int32_t {
+  success = 0,
+  badArgument = 1,
+  badObject = 2,  // a stale handle, or one of another kind
+  busyObject = 3,
+  duplicate = 4,
+  notThere = 5,  // end of data, no record under the key, no such database
+  protocolError = 6,
+  shortage = 7,
+  systemError = 8,
+  unknownError = 9,
+  warning = 10,
+  authority = 11,
+};
+
+// Only the reasons that the database itself gives; the operator's names of all of them are in
+// messages/error_msg.cpp.
+enum class Reason : std::int32_t {
+  noError = 0,
+  arguments = 1,
+  authority = 3,
+  endOfFile = 14,
+  format = 17,
+  inUse = 19,
+  ioError = 20,
+  length = 22,
+  notFound = 28,
+  notHeld = 29,
+  space = 40,
+  storage = 41,
+  unique = 46,
+};
+
+// A code with its reason, as every part of the database reports it.
+struct [[nodiscard]] Outcome {
+  Code code = Code::success;
+  Reason reason = Reason::noError;
+
+  [[nodiscard]] constexpr bool ok() const { return code == Code::success; }
+  friend constexpr bool operator==(const Outcome&, const Outcome&) = default;
+};
+
+inline constexpr Outcome succeeded{};
+inline constexpr Outcome endOfData{Code::notThere, Reason::endOfFile};
+inline constexpr Outcome recordNotFound{Code::notThere, Reason::notFound};
+inline constexpr Outcome duplicateKey{Code::duplicate, Reason::unique};
+inline constexpr Outcome noPermission{Code::authority, Reason::authority};
+inline constexpr Outcome notADatabase{Code::systemError, Reason::format};
+inline constexpr Outcome inputOutputError{Code::systemError, Reason::ioError};
+inline constexpr Outcome noSpace{Code::shortage, Reason::space};
+inline constexpr Outcome noMemory{Code::shortage, Reason::storage};
+inline constexpr Outcome inUse{Code::busyObject, Reason::inUse};
+
+// A storage failure leaves the database as it was before the run: nothing of it is published.
+[[nodiscard]] constexpr bool isStorageFailure(Code code) {
+  return code == Code::shortage || code == Code::systemError || code == Code::unknownError ||
+         code == Code::authority;
+}
+
+struct kdbStatus {
+  std::int32_t reason = 0;
+  std::int32_t returnCode = 0;
+};
+
+}  // namespace orx::kdb

@@ -1,0 +1,62 @@
+#include "model/memory_manager.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+
+#include "model/collectable.h"
+
+namespace orx {
+namespace {
+
+struct Managed : CMMemoryManager {
+  char payload[40];
+};
+
+TEST(MemoryManager, CountsExactSizesAndKeepsThePeak) {
+  const auto before = CMMemoryManager::bytesInUse();
+  auto* object = new Managed;
+  EXPECT_EQ(CMMemoryManager::bytesInUse(), before + sizeof(Managed));
+  const auto peak = CMMemoryManager::peakBytesInUse();
+  EXPECT_GE(peak, before + sizeof(Managed));
+  const CMMemoryManager* base = object;
+  delete base;  // the deleting destructor passes the size of the derived object
+  EXPECT_EQ(CMMemoryManager::bytesInUse(), before);
+  EXPECT_EQ(CMMemoryManager::peakBytesInUse(), peak);
+}
+
+TEST(MemoryManager, ReleasingMoreThanIsInUseStopsAtZero) {
+  const auto before = CMMemoryManager::bytesInUse();
+  CMMemoryManager::operator delete(nullptr, 77);
+  EXPECT_EQ(CMMemoryManager::bytesInUse(), before);
+  void* block = CMMemoryManager::operator new(8);
+  CMMemoryManager::operator delete (block, std::size_t{before} + 9000);
+  EXPECT_EQ(CMMemoryManager::bytesInUse(), 0u);
+}
+
+TEST(CountedBuffer, MovesAndReleasesOnce) {
+  const auto before = CMMemoryManager::bytesInUse();
+  {
+    CountedBuffer first(100);
+    EXPECT_EQ(first.data()[99], '\0');
+    CountedBuffer second = std::move(first);
+    CountedBuffer third(7);
+    third = std::move(second);
+    EXPECT_EQ(third.size(), 100u);
+  }
+  EXPECT_EQ(CMMemoryManager::bytesInUse(), before);
+}
+
+TEST(Collectable, CopiesArePlainCollectables) {
+  const CMCollectable object;
+  const std::unique_ptr<RWCollectable> copy(object.copy());
+  const std::unique_ptr<RWCollectable> species(object.newSpecies());
+  EXPECT_EQ(copy->isA(), 0);
+  EXPECT_EQ(species->isA(), 0);
+  EXPECT_TRUE(object.isEqual(&object));
+  EXPECT_FALSE(object.isEqual(copy.get()));
+  EXPECT_EQ(object.compareTo(copy.get()), -copy->compareTo(&object));
+}
+
+}  // namespace
+}  // namespace orx
