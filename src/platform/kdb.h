@@ -46,12 +46,15 @@ struct kdbHandle {
 };
 static_assert(sizeof(kdbHandle) == 16);
 
-// The third argument of kdbOpen.
-inline constexpr std::int32_t openForUpdate = 1;
+// The third argument of kdbOpen. A database opened as new must not exist yet (4/46); it comes into
+// being, empty or not, when it is closed.
 inline constexpr std::int32_t openForReading = 0;
+inline constexpr std::int32_t openForUpdate = 1;
+inline constexpr std::int32_t openAsNew = 2;
 
 // Opens the database `name` (`nameLength` bytes, relative to the current directory; symbolic links
-// are followed and kept). Never creates. `status` receives the reason and the return code.
+// are followed and kept). Never creates but with openAsNew. `status` receives the reason and the
+// return code.
 //   5/28 missing; 8/17 not a database, damaged, a directory; 11/3 no permission on the file or its
 //   directory; 3/19 open in another process; 1/22 a name too long for the file system.
 [[nodiscard]] std::int32_t kdbOpen(const char* name, std::int32_t nameLength, std::int32_t mode,
@@ -94,11 +97,29 @@ inline constexpr std::int32_t openForReading = 0;
 // but 0 means that the database is as it was before the run; 0 means that the changes are durable.
 [[nodiscard]] std::int32_t CloseDatabase(kdbHandle database, kdbStatus& status);
 
+// Closes the database without publishing anything.
+[[nodiscard]] std::int32_t AbandonDatabase(kdbHandle database);
+
 // The return code and reason of the last failed operation on the database or on what it led to.
 // A stale handle fills 2 BadObject, reason 0.
 std::int32_t GetLastStatus(kdbHandle database, kdbStatus& status);
 
 // Marks a point of a long run; publishes nothing.
 std::int32_t Checkpoint(kdbHandle database);
+
+// Turns the key of a record (20 bytes, `recn` little-endian) into the one that follows it in
+// database order; a carry out of `recn` goes into the handle bytes. False past the last key.
+[[nodiscard]] bool advanceKey(std::uint8_t* key);
+
+// Exchanges the closed database `name` with its previous generation, NAME.orx-previous, in one
+// step; doing it again takes it back. Fails like kdbOpen; 5/28 also when there is no previous
+// generation, 8/17 when that is no database.
+[[nodiscard]] std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status);
+
+// True when `path` is a file that begins like a database, whatever its state.
+[[nodiscard]] bool looksLikeDatabase(const char* path);
+
+// "LMDB 0.9.24: (July 24, 2019)"
+[[nodiscard]] const char* engineVersion();
 
 }  // namespace orx::kdb

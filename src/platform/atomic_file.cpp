@@ -1,0 +1,51 @@
+#include "platform/atomic_file.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+
+namespace orx {
+
+namespace {
+constexpr std::size_t bufferSize = std::size_t{256} * 1024;
+}
+
+AtomicFile::~AtomicFile() {
+  if (!temporary_.empty()) (void)removeFile(temporary_);
+}
+
+int AtomicFile::open(const std::string& target) {
+  target_ = resolvePath(target).value_or(target);
+  struct stat existing {};
+  const bool replaces = ::stat(target_.c_str(), &existing) == 0;
+  if (replaces && !S_ISREG(existing.st_mode)) return S_ISDIR(existing.st_mode) ? EISDIR : EEXIST;
+  const std::string temporary = target_ + ".orx-new";
+  const int removed = removeFile(temporary);
+  if (removed != 0 && removed != ENOENT) return removed;
+  fd_ = openFile(temporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0640);
+  if (!fd_.valid()) return errno;
+  temporary_ = temporary;
+  if (replaces) return setModeAndOwner(fd_.get(), existing);
+  return 0;
+}
+
+int AtomicFile::write(std::string_view bytes) {
+  buffer_.append(bytes);
+  return buffer_.size() < bufferSize ? error_ : flush();
+}
+
+int AtomicFile::flush() {
+  if (error_ == 0) error_ = writeAll(fd_.get(), buffer_);
+  buffer_.clear();
+  return error_;
+}
+
+int AtomicFile::publish() {
+  if (flush() != 0) return error_;
+  if (const int error = syncFile(fd_.get()); error != 0) return error;
+  if (const int error = renameFile(temporary_, target_, false); error != 0) return error;
+  temporary_.clear();
+  return syncDirectory(directoryOf(target_));
+}
+
+}  // namespace orx

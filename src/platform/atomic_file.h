@@ -1,0 +1,41 @@
+// A text file that appears whole or not at all.
+//
+// The text goes into NAME.orx-new beside the resolved target (so a symbolic link stays one);
+// publish() syncs it, renames it over the target in one step and syncs the directory. Until then
+// the target is untouched. An unpublished file is removed when the object goes; a process that
+// dies leaves NAME.orx-new behind, which the next one replaces.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "platform/file.h"
+
+namespace orx {
+
+class AtomicFile {
+ public:
+  // Nothing is created before open().
+  AtomicFile() = default;
+  AtomicFile(const AtomicFile&) = delete;
+  AtomicFile& operator=(const AtomicFile&) = delete;
+  ~AtomicFile();
+
+  // Each returns 0 or an errno value. After a failed write() the next calls fail the same way.
+  // A new file is 0640 less the umask; a replaced one keeps its mode.
+  [[nodiscard]] int open(const std::string& target);
+  [[nodiscard]] int write(std::string_view bytes);
+  [[nodiscard]] int publish();
+
+ private:
+  [[nodiscard]] int flush();
+
+  std::string target_;
+  std::string temporary_;  // empty when there is nothing to remove
+  UniqueFd fd_;
+  std::string buffer_;
+  int error_ = 0;
+};
+
+}  // namespace orx

@@ -1,0 +1,130 @@
+#include "platform/file.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+namespace orx {
+
+namespace {
+
+template <typename Call>
+auto retried(Call call) {
+  auto result = call();
+  while (result < 0 && errno == EINTR) result = call();
+  return result;
+}
+
+template <typename Call>
+int errnoOf(Call call) {
+  return retried(call) < 0 ? errno : 0;
+}
+
+struct FreeText {
+  void operator()(char* text) const { std::free(text); }
+};
+
+}  // namespace
+
+void UniqueFd::reset() {
+  if (fd_ >= 0) (void)::close(fd_);
+  fd_ = -1;
+}
+
+UniqueFd openFile(const std::string& path, int flags, mode_t mode) {
+  return UniqueFd(retried([&] { return ::open(path.c_str(), flags | O_CLOEXEC, mode); }));
+}
+
+ssize_t readAt(int fd, std::uint8_t* buffer, std::size_t size, off_t offset) {
+  std::size_t done = 0;
+  while (done < size) {
+    const ssize_t count = retried(
+        [&] { return ::pread(fd, buffer + done, size - done, offset + static_cast<off_t>(done)); });
+    if (count < 0) return -1;
+    if (count == 0) break;
+    done += static_cast<std::size_t>(count);
+  }
+  return static_cast<ssize_t>(done);
+}
+
+ssize_t readSome(int fd, char* buffer, std::size_t size) {
+  return retried([&] { return ::read(fd, buffer, size); });
+}
+
+int writeAll(int fd, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = retried([&] { return ::write(fd, bytes.data(), bytes.size()); });
+    if (count < 0) return errno;
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return 0;
+}
+
+int syncFile(int fd) {
+  return errnoOf([&] { return ::fsync(fd); });
+}
+
+int syncDirectory(const std::string& directory) {
+  const UniqueFd fd = openFile(directory, O_RDONLY | O_DIRECTORY);
+  return fd.valid() ? syncFile(fd.get()) : errno;
+}
+
+int removeFile(const std::string& path) {
+  return errnoOf([&] { return ::unlink(path.c_str()); });
+}
+
+int exchangeNames(const std::string& first, const std::string& second) {
+  return errnoOf([&] {
+    return ::renameat2(AT_FDCWD, first.c_str(), AT_FDCWD, second.c_str(), RENAME_EXCHANGE);
+  });
+}
+
+int renameFile(const std::string& from, const std::string& to, bool keepExisting) {
+  if (!keepExisting) return errnoOf([&] { return ::rename(from.c_str(), to.c_str()); });
+  const int error = errnoOf(
+      [&] { return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE); });
+  if (error != EINVAL && error != ENOSYS) return error;
+  const int linked = linkFile(from, to);
+  return linked != 0 ? linked : removeFile(from);
+}
+
+int linkFile(const std::string& existing, const std::string& name) {
+  return errnoOf([&] { return ::link(existing.c_str(), name.c_str()); });
+}
+
+int setModeAndOwner(int fd, const struct stat& like) {
+  struct stat now {};
+  if (::fstat(fd, &now) != 0) return errno;
+  if (now.st_uid != like.st_uid || now.st_gid != like.st_gid) {
+    const int error = errnoOf([&] { return ::fchown(fd, like.st_uid, like.st_gid); });
+    if (error != 0) return error;
+  }
+  return errnoOf([&] { return ::fchmod(fd, like.st_mode & 07777); });
+}
+
+int lockFile(int fd) {
+  return errnoOf([&] { return ::flock(fd, LOCK_EX | LOCK_NB); });
+}
+
+bool sameFile(const struct stat& a, const struct stat& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+std::optional<std::string> resolvePath(const std::string& path) {
+  const std::unique_ptr<char, FreeText> resolved(::realpath(path.c_str(), nullptr));
+  if (resolved == nullptr) return std::nullopt;
+  return std::string(resolved.get());
+}
+
+std::string directoryOf(const std::string& path) {
+  const auto slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+}  // namespace orx

@@ -1,0 +1,66 @@
+// Files as owned descriptors. Every call that touches a file in this system's own code goes
+// through here; calls interrupted by a signal are repeated. Failures come back as errno values
+// (0 is success).
+#pragma once
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace orx {
+
+class UniqueFd {
+ public:
+  UniqueFd() = default;
+  explicit UniqueFd(int fd) : fd_(fd) {}
+  UniqueFd(UniqueFd&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+  UniqueFd& operator=(UniqueFd&& other) noexcept {
+    std::swap(fd_, other.fd_);
+    return *this;
+  }
+  ~UniqueFd() { reset(); }
+
+  [[nodiscard]] int get() const { return fd_; }
+  [[nodiscard]] bool valid() const { return fd_ >= 0; }
+  void reset();
+
+ private:
+  int fd_ = -1;
+};
+
+// Opens with O_CLOEXEC added. On failure the descriptor is invalid and errno says why.
+[[nodiscard]] UniqueFd openFile(const std::string& path, int flags, mode_t mode = 0);
+
+// Reads until `size` bytes are there or the data ends; the number of bytes read, or -1 (errno).
+[[nodiscard]] ssize_t readAt(int fd, std::uint8_t* buffer, std::size_t size, off_t offset);
+// One read of at most `size` bytes; 0 at the end of the data, -1 on failure (errno).
+[[nodiscard]] ssize_t readSome(int fd, char* buffer, std::size_t size);
+[[nodiscard]] int writeAll(int fd, std::string_view bytes);
+[[nodiscard]] int syncFile(int fd);
+[[nodiscard]] int syncDirectory(const std::string& directory);
+[[nodiscard]] int removeFile(const std::string& path);
+// Swaps two names in one step. EINVAL or ENOSYS where the file system cannot.
+[[nodiscard]] int exchangeNames(const std::string& first, const std::string& second);
+// Renames, replacing `to`; or, with `keepExisting`, EEXIST when there is a `to`.
+[[nodiscard]] int renameFile(const std::string& from, const std::string& to, bool keepExisting);
+// Another name for the same file.
+[[nodiscard]] int linkFile(const std::string& existing, const std::string& name);
+[[nodiscard]] int setModeAndOwner(int fd, const struct stat& like);
+// Takes an exclusive flock without waiting; EWOULDBLOCK when somebody holds one.
+[[nodiscard]] int lockFile(int fd);
+
+[[nodiscard]] bool sameFile(const struct stat& a, const struct stat& b);
+
+// The path with every symbolic link resolved; none when it does not exist (errno says why).
+[[nodiscard]] std::optional<std::string> resolvePath(const std::string& path);
+// The part before the last "/", "." for a path without one.
+[[nodiscard]] std::string directoryOf(const std::string& path);
+
+}  // namespace orx

@@ -1,0 +1,227 @@
+#include "platform/kdb/database.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "platform/kdb/failure.h"
+
+namespace orx::kdb {
+
+namespace {
+
+constexpr int lockAttempts = 100;
+constexpr unsigned newFileMode = 0640;
+
+unsigned modeOfNewFile() {
+  const mode_t mask = ::umask(0);
+  (void)::umask(mask);
+  return newFileMode & ~static_cast<unsigned>(mask);
+}
+
+// Whatever would stop the run at its end is found before it begins.
+Outcome checkPermissions(const DatabasePaths& paths, const struct stat& file) {
+  if (::faccessat(AT_FDCWD, paths.database.c_str(), R_OK | W_OK, AT_EACCESS) != 0) {
+    return outcomeOfErrno(errno);
+  }
+  if (::faccessat(AT_FDCWD, paths.directory.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+    return outcomeOfErrno(errno);
+  }
+  const uid_t user = ::geteuid();
+  return user == 0 || user == file.st_uid ? succeeded : noPermission;
+}
+
+Outcome openRegularFile(const std::string& path, UniqueFd& fd, struct stat& file) {
+  fd = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+  if (!fd.valid()) return errno == ENXIO ? notADatabase : outcomeOfErrno(errno);
+  if (::fstat(fd.get(), &file) != 0) return outcomeOfErrno(errno);
+  return S_ISREG(file.st_mode) ? succeeded : notADatabase;
+}
+
+// The next record of `reader` that is not in `deleted`; a deleted range costs one search.
+Outcome nextKept(TreeReader& reader, const KeyRanges& deleted, Key& key,
+                 const std::uint8_t*& record) {
+  Outcome outcome = reader.next(key, record);
+  while (outcome.ok()) {
+    const auto last = deleted.lastOfRange(key);
+    if (!last.has_value()) break;
+    if (key != *last) {
+      outcome = reader.seek(*last);
+      if (outcome.ok()) outcome = reader.next(key, record);
+    }
+    if (outcome.ok()) outcome = reader.next(key, record);
+  }
+  return outcome;
+}
+
+}  // namespace
+
+Outcome Snapshot::next(Key& key, const std::uint8_t*& record) {
+  return nextKept(reader_, deleted_, key, record);
+}
+
+Outcome Scan::next(const std::uint8_t*& record) {
+  const bool deleted = heldIsDeleted_;
+  const Key before = held_;
+  const Outcome outcome = snapshot_.next(held_, record);
+  deletedBefore_ = deleted ? std::optional(before) : std::nullopt;
+  heldIsDeleted_ = false;
+  return outcome;
+}
+
+Outcome Database::open(const std::string& name, OpenMode mode,
+                       std::unique_ptr<Database>& database) {
+  auto opened = std::make_unique<Database>();
+  opened->mode_ = mode;
+  const Outcome outcome =
+      mode == OpenMode::create ? opened->openNew(name) : opened->openExisting(name, mode);
+  if (outcome.ok()) database = std::move(opened);
+  return outcome;
+}
+
+Outcome Database::openExisting(const std::string& name, OpenMode mode) {
+  const auto resolved = resolvePath(name);
+  if (!resolved.has_value()) return outcomeOfErrno(errno);
+  paths_ = DatabasePaths::of(*resolved);
+  UniqueFd fd;
+  struct stat file {};
+  if (const Outcome outcome = openRegularFile(*resolved, fd, file); !outcome.ok()) return outcome;
+  if (mode == OpenMode::update) {
+    if (!paths_.namesFit()) return {Code::badArgument, Reason::length};
+    if (const Outcome outcome = checkPermissions(paths_, file); !outcome.ok()) return outcome;
+    if (const Outcome outcome = lock(fd); !outcome.ok()) return outcome;
+  }
+  if (const Outcome outcome = TreeFile::open(std::move(fd), base_); !outcome.ok()) return outcome;
+  return mode == OpenMode::update ? Successor::discardStale(paths_.successor) : succeeded;
+}
+
+// Between opening and locking, another run may have given the name to its successor: a lock on
+// anything but the file that has the name is worth nothing.
+Outcome Database::lock(UniqueFd& fd) {
+  for (int attempt = 0; attempt < lockAttempts; ++attempt) {
+    if (const int error = lockFile(fd.get()); error != 0) return outcomeOfErrno(error);
+    struct stat locked {};
+    struct stat named {};
+    if (::fstat(fd.get(), &locked) != 0) return outcomeOfErrno(errno);
+    if (::stat(paths_.database.c_str(), &named) != 0) return outcomeOfErrno(errno);
+    if (sameFile(locked, named)) return succeeded;
+    fd.reset();
+    if (const Outcome outcome = openRegularFile(paths_.database, fd, locked); !outcome.ok()) {
+      return outcome;
+    }
+  }
+  return inUse;
+}
+
+Outcome Database::openNew(const std::string& name) {
+  struct stat existing {};
+  if (::lstat(name.c_str(), &existing) == 0) return duplicateKey;
+  if (errno != ENOENT) return outcomeOfErrno(errno);
+  paths_ = DatabasePaths::of(name);
+  if (!paths_.namesFit()) return {Code::badArgument, Reason::length};
+  return Successor::create(paths_.successor, successor_);
+}
+
+void Database::noteFailure(const Outcome& outcome) {
+  lastFailure_ = outcome;
+  if (isStorageFailure(outcome.code) && !storageFailure_.has_value()) storageFailure_ = outcome;
+}
+
+bool Database::everythingDeleted() const {
+  return deleted_.count() == base_->entries();
+}
+
+Outcome Database::prepareChange() {
+  if (storageFailure_.has_value()) return *storageFailure_;
+  if (mode_ == OpenMode::read) return noPermission;
+  return successor_ != nullptr ? succeeded : startSuccessor();
+}
+
+Outcome Database::startSuccessor() {
+  if (const Outcome outcome = Successor::create(paths_.successor, successor_); !outcome.ok()) {
+    return outcome;
+  }
+  lookUp_.reset();
+  return everythingDeleted() ? succeeded : copyRemaining();
+}
+
+Outcome Database::copyRemaining() {
+  Snapshot remaining(base_, deleted_);
+  Key key;
+  const std::uint8_t* record = nullptr;
+  Outcome outcome = remaining.next(key, record);
+  while (outcome.ok()) {
+    outcome = successor_->add(key, record);
+    if (outcome.ok()) outcome = remaining.next(key, record);
+  }
+  return outcome == endOfData ? succeeded : outcome;
+}
+
+// Changes that are already in the successor can only be frozen by copying it, into a file without
+// a name.
+Outcome Database::snapshot(std::unique_ptr<Snapshot>& snapshot) {
+  if (successor_ == nullptr) {
+    snapshot = std::make_unique<Snapshot>(base_, deleted_);
+    return succeeded;
+  }
+  UniqueFd fd = openFile(paths_.directory, O_TMPFILE | O_RDWR, 0600);
+  if (!fd.valid()) return outcomeOfErrno(errno);
+  if (const Outcome outcome = successor_->copyTo(fd.get()); !outcome.ok()) return outcome;
+  std::shared_ptr<const TreeFile> copy;
+  if (const Outcome outcome = TreeFile::open(std::move(fd), copy); !outcome.ok()) return outcome;
+  snapshot = std::make_unique<Snapshot>(copy, KeyRanges());
+  return succeeded;
+}
+
+Outcome Database::deleteHeld(Scan& scan) {
+  if (storageFailure_.has_value()) return *storageFailure_;
+  if (successor_ != nullptr) return successor_->erase(scan.heldKey());
+  if (deleted_.contains(scan.heldKey())) return recordNotFound;
+  deleted_.add(scan.heldKey(), scan.deletedBefore());
+  scan.markHeldDeleted();
+  return succeeded;
+}
+
+Outcome Database::add(const Key& key, const std::uint8_t* record) {
+  const Outcome outcome = prepareChange();
+  return outcome.ok() ? successor_->add(key, record) : outcome;
+}
+
+Outcome Database::update(const Key& key, const std::uint8_t* record) {
+  const Outcome outcome = prepareChange();
+  return outcome.ok() ? successor_->update(key, record) : outcome;
+}
+
+Outcome Database::erase(const Key& key) {
+  const Outcome outcome = prepareChange();
+  return outcome.ok() ? successor_->erase(key) : outcome;
+}
+
+Outcome Database::readNext(const Key& key, std::uint8_t* record) {
+  if (successor_ != nullptr) return successor_->readNext(key, record);
+  if (lookUp_ == nullptr) lookUp_ = std::make_unique<TreeReader>(base_);
+  Key found;
+  const std::uint8_t* bytes = nullptr;
+  Outcome outcome = lookUp_->seek(key);
+  if (outcome.ok()) outcome = nextKept(*lookUp_, deleted_, found, bytes);
+  if (outcome.ok()) std::memcpy(record, bytes, recordSize);
+  return outcome;
+}
+
+Outcome Database::publish() {
+  if (mode_ == OpenMode::read) return succeeded;
+  if (storageFailure_.has_value()) return *storageFailure_;
+  if (successor_ == nullptr && deleted_.count() == 0) return succeeded;
+  if (const Outcome outcome = prepareChange(); !outcome.ok()) return outcome;
+  if (const Outcome outcome = successor_->finish(); !outcome.ok()) return outcome;
+  const Outcome outcome = mode_ == OpenMode::create
+                              ? publishNew(paths_, successor_->fd(), modeOfNewFile())
+                              : publishReplacement(paths_, successor_->fd(), base_->fd());
+  if (outcome.ok()) successor_->keep();
+  return outcome;
+}
+
+}  // namespace orx::kdb

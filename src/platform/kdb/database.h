@@ -1,0 +1,92 @@
+// An open database: the file as it was found, what this run deleted of it, and the successor once
+// there is one. The contract of its operations is that of platform/kdb.h.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/kdb/key.h"
+#include "platform/kdb/key_ranges.h"
+#include "platform/kdb/publish.h"
+#include "platform/kdb/successor.h"
+#include "platform/kdb/tree_file.h"
+
+namespace orx::kdb {
+
+enum class OpenMode { read, update, create };
+
+// Reads records in database order, as they were when it was made.
+class Snapshot {
+ public:
+  Snapshot(std::shared_ptr<const TreeFile> tree, KeyRanges deleted)
+      : reader_(std::move(tree)), deleted_(std::move(deleted)) {}
+
+  [[nodiscard]] Outcome seek(const Key& key) { return reader_.seek(key); }
+  // `record` points at 296 bytes, valid until the next call. endOfData behind the last.
+  [[nodiscard]] Outcome next(Key& key, const std::uint8_t*& record);
+
+ private:
+  TreeReader reader_;
+  KeyRanges deleted_;
+};
+
+// An update scan: a snapshot, and the record that it holds.
+class Scan {
+ public:
+  explicit Scan(Snapshot snapshot) : snapshot_(std::move(snapshot)) {}
+
+  [[nodiscard]] Outcome seek(const Key& key) { return snapshot_.seek(key); }
+  [[nodiscard]] Outcome next(const std::uint8_t*& record);
+  [[nodiscard]] const Key& heldKey() const { return held_; }
+  // The record before the held one, when this scan deleted it.
+  [[nodiscard]] const std::optional<Key>& deletedBefore() const { return deletedBefore_; }
+  void markHeldDeleted() { heldIsDeleted_ = true; }
+
+ private:
+  Snapshot snapshot_;
+  Key held_;
+  std::optional<Key> deletedBefore_;
+  bool heldIsDeleted_ = false;
+};
+
+class Database {
+ public:
+  static Outcome open(const std::string& name, OpenMode mode, std::unique_ptr<Database>& database);
+
+  [[nodiscard]] Outcome snapshot(std::unique_ptr<Snapshot>& snapshot);
+  [[nodiscard]] Outcome deleteHeld(Scan& scan);
+  [[nodiscard]] Outcome add(const Key& key, const std::uint8_t* record);
+  [[nodiscard]] Outcome update(const Key& key, const std::uint8_t* record);
+  [[nodiscard]] Outcome erase(const Key& key);
+  [[nodiscard]] Outcome readNext(const Key& key, std::uint8_t* record);
+
+  // Publishes what was changed. The object is of no further use.
+  [[nodiscard]] Outcome publish();
+
+  // Records kept for GetLastStatus; a storage failure also ends every later change.
+  void noteFailure(const Outcome& outcome);
+  [[nodiscard]] const Outcome& lastFailure() const { return lastFailure_; }
+
+  [[nodiscard]] const DatabasePaths& paths() const { return paths_; }
+
+ private:
+  Outcome openExisting(const std::string& name, OpenMode mode);
+  Outcome openNew(const std::string& name);
+  Outcome lock(UniqueFd& fd);
+  Outcome prepareChange();
+  Outcome startSuccessor();
+  Outcome copyRemaining();
+  [[nodiscard]] bool everythingDeleted() const;
+
+  OpenMode mode_ = OpenMode::read;
+  DatabasePaths paths_;
+  std::shared_ptr<const TreeFile> base_;  // holds the lock; none for a new database
+  KeyRanges deleted_;
+  std::unique_ptr<TreeReader> lookUp_;  // for readNext while there is no successor
+  std::unique_ptr<Successor> successor_;
+  Outcome lastFailure_;
+  std::optional<Outcome> storageFailure_;
+};
+
+}  // namespace orx::kdb

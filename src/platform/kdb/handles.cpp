@@ -1,0 +1,46 @@
+#include "platform/kdb/handles.h"
+
+#include <utility>
+
+namespace orx::kdb {
+
+HandleTable& HandleTable::instance() {
+  static HandleTable table;
+  return table;
+}
+
+kdbHandle HandleTable::enter(Object object, Database* database) {
+  if (free_.empty()) free_.push_back(&slots_.emplace_back());
+  Slot& slot = *free_.back();
+  free_.pop_back();
+  // The tag 0 is left to handles that were never filled.
+  slot.tag = static_cast<std::int16_t>(slot.tag == -1 ? 1 : slot.tag + 1);
+  slot.object = std::move(object);
+  slot.database = database;
+  kdbHandle handle;
+  handle.tag = slot.tag;
+  handle.slot = &slot;
+  return handle;
+}
+
+void HandleTable::release(Slot& slot) {
+  const Object gone = std::exchange(slot.object, std::monostate());
+  slot.tag = static_cast<std::int16_t>(slot.tag == -1 ? 1 : slot.tag + 1);
+  slot.database = nullptr;
+  free_.push_back(&slot);
+}
+
+void HandleTable::releaseAll(Database* database) {
+  Slot* own = nullptr;
+  for (Slot& slot : slots_) {
+    if (slot.database != database || slot.object.index() == 0) continue;
+    if (std::holds_alternative<std::unique_ptr<Database>>(slot.object)) {
+      own = &slot;
+    } else {
+      release(slot);
+    }
+  }
+  if (own != nullptr) release(*own);
+}
+
+}  // namespace orx::kdb

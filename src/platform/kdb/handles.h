@@ -1,0 +1,49 @@
+// What a kdbHandle refers to. Slots are never freed: a handle whose object is gone still leads to
+// its slot, whose tag tells.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <variant>
+#include <vector>
+
+#include "platform/kdb.h"
+#include "platform/kdb/database.h"
+
+namespace orx::kdb {
+
+struct HeldRecord {
+  Slot* scan;
+};
+
+struct OpenScan {
+  Scan scan;
+  kdbHandle held;  // the last held record, let go by the next read
+};
+
+using Object = std::variant<std::monostate, std::unique_ptr<Database>, std::unique_ptr<OpenScan>,
+                            HeldRecord, std::unique_ptr<Snapshot>>;
+
+struct Slot {
+  std::int16_t tag = 0;
+  Object object;
+  Database* database = nullptr;
+};
+
+class HandleTable {
+ public:
+  static HandleTable& instance();
+
+  kdbHandle enter(Object object, Database* database);
+  // The slot's object goes; every handle to it is stale from now on.
+  void release(Slot& slot);
+  // Releases all that belongs to the database, the database itself last.
+  void releaseAll(Database* database);
+
+ private:
+  std::deque<Slot> slots_;
+  std::vector<Slot*> free_;
+};
+
+}  // namespace orx::kdb

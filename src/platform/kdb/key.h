@@ -1,0 +1,39 @@
+// The key of a record as the engine stores it: both handles as they are, then `recn` big-endian,
+// so that plain byte order is the database order.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <compare>
+#include <cstdint>
+#include <cstring>
+
+#include "platform/bytes.h"
+#include "platform/kdb.h"
+
+namespace orx::kdb {
+
+struct Key {
+  std::array<std::uint8_t, keySize> bytes{};
+
+  // From the first 20 bytes of a record, where `recn` is little-endian.
+  static Key ofRecord(const std::uint8_t* record) {
+    Key key;
+    std::memcpy(key.bytes.data(), record, 16);
+    storeBE32(key.bytes.data() + 16, loadLE32(record + 16));
+    return key;
+  }
+
+  static Key stored(const std::uint8_t* bytes) {
+    Key key;
+    std::memcpy(key.bytes.data(), bytes, keySize);
+    return key;
+  }
+
+  friend std::strong_ordering operator<=>(const Key& a, const Key& b) {
+    return std::memcmp(a.bytes.data(), b.bytes.data(), keySize) <=> 0;
+  }
+  friend bool operator==(const Key& a, const Key& b) { return a.bytes == b.bytes; }
+};
+
+}  // namespace orx::kdb

@@ -1,0 +1,73 @@
+// The successor of a database: the file that a run writes and, when it is published, gives the
+// database's name to.
+//
+// It is the engine's file, written by this process alone, in bounded transactions without a sync,
+// so that private memory stays small at any size. An unpublished successor is removed when the
+// object goes; one whose process died is discarded by the next.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platform/file.h"
+#include "platform/kdb/engine.h"
+#include "platform/kdb/key.h"
+#include "platform/kdb_codes.h"
+
+namespace orx::kdb {
+
+class Successor {
+ public:
+  // Creates `path` with mode 0600, empty, and locks it. 3/19 when another process writes it.
+  static Outcome create(const std::string& path, std::unique_ptr<Successor>& successor);
+  // Removes what a process that died left at `path`. 3/19 when it is alive.
+  static Outcome discardStale(const std::string& path);
+
+  Successor(const Successor&) = delete;
+  Successor& operator=(const Successor&) = delete;
+  ~Successor();
+
+  // `record` is 296 bytes. Ascending keys are appended, which is several times as fast.
+  [[nodiscard]] Outcome add(const Key& key, const std::uint8_t* record);  // 4/46 when it exists
+  [[nodiscard]] Outcome update(const Key& key,
+                               const std::uint8_t* record);  // 5/28 when it does not
+  [[nodiscard]] Outcome erase(const Key& key);               // 5/28 when it does not
+  // Copies the first record whose key is `key` or follows it. endOfData when there is none.
+  [[nodiscard]] Outcome readNext(const Key& key, std::uint8_t* record);
+
+  // Copies the present state into the empty file `fd`.
+  [[nodiscard]] Outcome copyTo(int fd);
+
+  // Writes what is pending, closes the engine and gives the file its full length, so that its size
+  // can be checked exactly when it is opened. Nothing but fd() and keep() may follow.
+  [[nodiscard]] Outcome finish();
+  [[nodiscard]] int fd() const { return fd_.get(); }
+  // The file has got another name; it is no longer removed with the object.
+  void keep() { path_.clear(); }
+
+ private:
+  Successor() = default;
+  [[nodiscard]] Outcome openEngine();
+  [[nodiscard]] Outcome begin();
+  [[nodiscard]] Outcome commit();
+  [[nodiscard]] Outcome commitWhenLarge(unsigned cost);
+  [[nodiscard]] Outcome growMap();
+  [[nodiscard]] Outcome put(const Key& key, const std::uint8_t* record, unsigned flags);
+  [[nodiscard]] Outcome outcomeOf(int engineError) const;
+  [[nodiscard]] Outcome exists(const Key& key);
+
+  std::string path_;  // empty once kept
+  UniqueFd fd_;
+  engine::Environment environment_;
+  engine::Transaction transaction_;
+  engine::Cursor cursor_;
+  MDB_dbi table_ = 0;
+  Key lastKey_;  // the highest key, once there is one
+  bool empty_ = true;
+  unsigned pendingCost_ = 0;
+};
+
+}  // namespace orx::kdb

@@ -1,0 +1,279 @@
+// The keyed database among damaged files, other processes, missing rights and full disks.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <functional>
+#include <random>
+
+#include "platform/kdb.h"
+#include "tests/support/kdb_records.h"
+
+namespace orx {
+namespace {
+
+using test::createDatabase;
+using test::makeRecord;
+using test::Opened;
+using test::Record;
+using test::ScratchDirectory;
+using testing::ElementsAre;
+using testing::SizeIs;
+
+// Runs `body` in a process of its own; its wait status.
+int inChild(const std::function<int()>& body) {
+  const pid_t child = ::fork();
+  if (child == 0) ::_exit(body());
+  int status = 0;
+  EXPECT_EQ(::waitpid(child, &status, 0), child);
+  return status;
+}
+
+constexpr int skipped = 77;
+
+class KdbSurroundings : public testing::Test {
+ protected:
+  static std::string openResult(const std::string& name) { return Opened(name).opened; }
+
+  ScratchDirectory scratch_;
+  std::string name_ = scratch_.file("db");
+};
+
+TEST_F(KdbSurroundings, WhatIsNoDatabaseIsRefusedAndLeftAlone) {
+  const struct {
+    const char* what;
+    std::function<void(const std::string&)> make;
+    const char* expected;
+  } cases[] = {
+      {"missing", [](const std::string&) {}, "5/28"},
+      {"empty", [](const std::string& name) { test::writeFile(name, ""); }, "8/17"},
+      {"text", [](const std::string& name) { test::writeFile(name, std::string(9000, 'x')); },
+       "8/17"},
+      {"zeros", [](const std::string& name) { test::writeFile(name, std::string(9000, '\0')); },
+       "8/17"},
+      {"directory", [](const std::string& name) { std::filesystem::create_directory(name); },
+       "8/17"},
+      {"pipe", [](const std::string& name) { (void)::mkfifo(name.c_str(), 0600); }, "8/17"},
+      {"dangling link",
+       [](const std::string& name) { std::filesystem::create_symlink("nowhere", name); }, "5/28"},
+      {"link to itself",
+       [](const std::string& name) { std::filesystem::create_symlink(name, name); }, "5/28"},
+  };
+  for (const auto& row : cases) {
+    const ScratchDirectory scratch;
+    const std::string name = scratch.file("db");
+    row.make(name);
+    const auto before = scratch.names();
+    EXPECT_EQ(openResult(name), row.expected) << row.what;
+    EXPECT_EQ(scratch.names(), before) << row.what;
+  }
+  EXPECT_EQ(openResult(scratch_.file(std::string(300, 'n'))), "1/22");
+  const std::string longName = scratch_.file(std::string(250, 'n'));
+  EXPECT_EQ(Opened(longName, kdb::openAsNew).opened, "1/22") << "no room for the successor's name";
+  test::writeFile(longName, "");
+  EXPECT_EQ(openResult(longName), "1/22");
+}
+
+TEST_F(KdbSurroundings, FilesOfTheEngineWithOtherRecordsAreRefused) {
+  createDatabase(name_, 20);
+  std::string bytes = test::readFile(name_);
+  const std::size_t flags = 4096 + 88 + 4;  // both metas' main table: integer keys
+  bytes[flags] = bytes[flags - 4096] = 0x08;
+  test::writeFile(name_, bytes);
+  EXPECT_EQ(openResult(name_), "8/17");
+}
+
+TEST_F(KdbSurroundings, EveryCutIsFound) {
+  createDatabase(name_, 60);
+  const std::string whole = test::readFile(name_);
+  const std::string cut = scratch_.file("cut");
+  for (std::size_t length = 0; length < whole.size(); length += 256) {
+    test::writeFile(cut, whole.substr(0, length));
+    EXPECT_EQ(openResult(cut), "8/17") << length;
+  }
+}
+
+// Every byte of a small database, changed: a code or other data, never a signal, and a database
+// that could not be read whole is not replaced.
+TEST_F(KdbSurroundings, EveryFlippedByteGivesACodeAndLosesNothing) {
+  createDatabase(name_, 60);
+  const std::string whole = test::readFile(name_);
+  const std::string flipped = scratch_.file("flipped");
+  int refused = 0;
+  for (std::size_t i = 0; i < whole.size(); i += i % 4096 < 256 ? 1 : 61) {
+    std::string bytes = whole;
+    bytes[i] = static_cast<char>(bytes[i] ^ 0xFF);
+    test::writeFile(flipped, bytes);
+    const Opened database(flipped);
+    if (database.opened != "0/0") {
+      EXPECT_EQ(database.opened, "8/17") << i;
+      ++refused;
+      continue;
+    }
+    std::string end;
+    (void)database.all(database.cursor(), &end);
+    EXPECT_THAT(end, testing::AnyOf("5/14", "8/17")) << i;
+    if (end == "5/14") continue;
+    ++refused;
+    EXPECT_EQ(database.add(makeRecord(999)), "8/17") << i;
+    EXPECT_EQ(database.close(), "8/17") << i;
+    EXPECT_EQ(test::readFile(flipped), bytes) << i;
+  }
+  EXPECT_GT(refused, 200);
+}
+
+TEST_F(KdbSurroundings, AFileThatShrinksWhileItIsReadGivesACode) {
+  createDatabase(name_, 5000);
+  const Opened database(name_);
+  const auto cursor = database.cursor();
+  Record record{};
+  std::int32_t length = 0;
+  ASSERT_EQ(kdb::ReadNextFromCursor(cursor, 0, record.data(), 296, length), 0);
+  std::filesystem::resize_file(name_, 20000);
+  std::string end;
+  (void)database.all(cursor, &end);
+  EXPECT_EQ(end, "8/17");
+  EXPECT_EQ(database.add(makeRecord(9999)), "8/17");
+}
+
+TEST_F(KdbSurroundings, ASecondOpenForUpdateIsRefusedAtOnceAndReadersAreNot) {
+  createDatabase(name_, 2);
+  const Opened database(name_);
+  ASSERT_EQ(database.add(makeRecord(3)), "0/0");
+  const int status = inChild([&] {
+    return openResult(name_) == "3/19" && Opened(name_, kdb::openForReading).opened == "0/0" ? 0
+                                                                                             : 1;
+  });
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(database.close(), "0/0");
+  EXPECT_EQ(openResult(name_), "0/0");
+}
+
+TEST_F(KdbSurroundings, AReaderKeepsItsStateWhilesRunsPublish) {
+  createDatabase(name_, 3000);
+  const Opened reader(name_, kdb::openForReading);
+  const auto cursor = reader.cursor();
+  Record record{};
+  std::int32_t length = 0;
+  ASSERT_EQ(kdb::ReadNextFromCursor(cursor, 0, record.data(), 296, length), 0);
+  for (std::uint32_t run = 0; run < 3; ++run) {
+    const Opened writer(name_);
+    ASSERT_EQ(writer.add(makeRecord(4000 + run)), "0/0");
+    ASSERT_EQ(writer.close(), "0/0");
+  }
+  EXPECT_THAT(reader.all(cursor), SizeIs(2999));
+  EXPECT_EQ(reader.add(makeRecord(1)), "11/3") << "opened for reading";
+}
+
+TEST_F(KdbSurroundings, AKilledRunLeavesTheOldDatabaseAndTheNextRunWorks) {
+  createDatabase(name_, 500);
+  for (const std::uint32_t count : {1u, 5000u, 25000u}) {
+    const int status = inChild([&] {
+      const Opened database(name_);
+      for (std::uint32_t i = 0; i < count; ++i) (void)database.add(makeRecord(1000 + i));
+      ::raise(SIGKILL);
+      return 0;
+    });
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_THAT(scratch_.names(), testing::Contains("db.orx-new"));
+    EXPECT_THAT(test::objects(name_), SizeIs(500));
+  }
+  const Opened next(name_);
+  EXPECT_THAT(scratch_.names(), ElementsAre("db")) << "discarded when the database is opened";
+  EXPECT_EQ(next.add(makeRecord(999)), "0/0");
+  EXPECT_EQ(next.close(), "0/0");
+  EXPECT_THAT(test::objects(name_), SizeIs(501));
+}
+
+TEST_F(KdbSurroundings, WhatStandsInTheWayOfTheSuccessorIsNotOverwritten) {
+  createDatabase(name_, 1);
+  std::filesystem::create_directory(name_ + ".orx-new");
+  EXPECT_EQ(openResult(name_), "8/17");
+  std::filesystem::remove(name_ + ".orx-new");
+  test::writeFile(scratch_.file("precious"), "kept");
+  std::filesystem::create_symlink("precious", name_ + ".orx-new");
+  const Opened database(name_);
+  EXPECT_EQ(database.add(makeRecord(2)), "0/0");
+  EXPECT_EQ(database.close(), "0/0");
+  EXPECT_EQ(test::readFile(scratch_.file("precious")), "kept");
+}
+
+TEST_F(KdbSurroundings, MissingRightsAreFoundAtTheOpen) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs a second user";
+  createDatabase(name_, 1);
+  const std::string directory = std::filesystem::path(name_).parent_path();
+  const struct {
+    const char* what;
+    mode_t file;
+    mode_t directory;
+    uid_t owner;
+    const char* expected;
+  } cases[] = {
+      {"all there", 0600, 0700, 65534, "0/0"},      {"unreadable", 0000, 0700, 65534, "11/3"},
+      {"read-only", 0400, 0700, 65534, "11/3"},     {"closed directory", 0600, 0500, 65534, "11/3"},
+      {"hidden directory", 0600, 0, 65534, "11/3"}, {"somebody else's", 0666, 0777, 0, "11/3"},
+  };
+  for (const auto& row : cases) {
+    ASSERT_EQ(::chown(name_.c_str(), row.owner, row.owner), 0);
+    ASSERT_EQ(::chown(directory.c_str(), row.owner, row.owner), 0);
+    ASSERT_EQ(::chmod(name_.c_str(), row.file), 0);
+    ASSERT_EQ(::chmod(directory.c_str(), row.directory), 0);
+    const int status = inChild([&] {
+      if (::setgid(65534) != 0 || ::setuid(65534) != 0) return 2;
+      return openResult(name_) == row.expected ? 0 : 1;
+    });
+    EXPECT_EQ(status, 0) << row.what;
+  }
+}
+
+// Adds until something fails; 0 when that was "no space" and nothing of it was published.
+int fillUntilNoSpace(const std::string& name) {
+  const Opened database(name);
+  if (database.opened != "0/0") return 2;
+  std::string status = "0/0";
+  for (std::uint32_t i = 0; status == "0/0" && i < 2000000; ++i) {
+    status = database.add(makeRecord(1000 + i));
+  }
+  if (status != "7/40") return 3;
+  if (database.add(makeRecord(1)) != "7/40") return 4;
+  if (database.close() != "7/40") return 5;
+  return test::objects(name).size() == 10 ? 0 : 6;
+}
+
+TEST_F(KdbSurroundings, AFileSizeLimitIsNoSpace) {
+  createDatabase(name_, 10);
+  for (const rlim_t limit : {rlim_t{100} << 10, rlim_t{10} << 20, rlim_t{40} << 20}) {
+    const int status = inChild([&] {
+      const struct rlimit wanted { limit, limit };
+      if (::setrlimit(RLIMIT_FSIZE, &wanted) != 0) return 1;
+      return fillUntilNoSpace(name_);
+    });
+    EXPECT_EQ(WEXITSTATUS(status), 0) << limit;
+    EXPECT_FALSE(WIFSIGNALED(status)) << limit;
+    EXPECT_THAT(scratch_.names(), ElementsAre("db"));
+  }
+}
+
+TEST_F(KdbSurroundings, AFullDiskIsNoSpace) {
+  const int status = inChild([&] {
+    if (::unshare(CLONE_NEWNS) != 0 ||
+        ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, "") != 0) {
+      return skipped;
+    }
+    const std::string disk = scratch_.file("disk");
+    std::filesystem::create_directory(disk);
+    if (::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=12m") != 0) return skipped;
+    createDatabase(disk + "/db", 10);
+    return fillUntilNoSpace(disk + "/db");
+  });
+  if (WEXITSTATUS(status) == skipped) GTEST_SKIP() << "no right to mount a small disk";
+  EXPECT_EQ(status, 0);
+}
+
+}  // namespace
+}  // namespace orx

@@ -1,0 +1,319 @@
+// The operations of the keyed database, in one process.
+#include "platform/kdb.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <random>
+
+#include "tests/support/kdb_records.h"
+
+namespace orx {
+namespace {
+
+using test::createDatabase;
+using test::makeRecord;
+using test::objectOf;
+using test::Opened;
+using test::Record;
+using test::ScratchDirectory;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class Kdb : public testing::Test {
+ protected:
+  // Reads the scan to its end; deletes the records that `choose` picks.
+  template <typename Choose>
+  static std::int32_t scan(const Opened& database, const Record& start, Choose choose) {
+    kdb::kdbHandle scan;
+    EXPECT_EQ(kdb::StartUpdate(database.handle, start.data(), 20, scan), 0);
+    for (;;) {
+      Record record{};
+      std::int32_t length = 0;
+      kdb::kdbHandle held;
+      const auto code = kdb::ReadNextForUpdate(scan, 0, record.data(), 296, length, held);
+      if (code != 0) return code;
+      if (choose(objectOf(record))) {
+        EXPECT_EQ(kdb::DeleteHeldRecord(held), 0);
+      }
+    }
+  }
+
+  ScratchDirectory scratch_;
+  std::string name_ = scratch_.file("db");
+};
+
+TEST_F(Kdb, RecordOperationsGiveTheirCodes) {
+  createDatabase(name_, 3);
+  const Opened database(name_);
+  EXPECT_EQ(database.add(makeRecord(2)), "4/46");
+  EXPECT_EQ(database.add(makeRecord(4)), "0/0");
+  EXPECT_EQ(database.update(makeRecord(9)), "5/28");
+  EXPECT_EQ(database.update(makeRecord(1, 0, 7)), "0/0");
+  EXPECT_EQ(database.erase(makeRecord(3)), "0/0");
+  EXPECT_EQ(database.erase(makeRecord(3)), "5/28");
+  Record record = makeRecord(3);
+  EXPECT_EQ(database.readNext(record), "0/0");
+  EXPECT_EQ(objectOf(record), 4u);
+  record = makeRecord(5);
+  EXPECT_EQ(database.readNext(record), "5/14");
+  EXPECT_EQ(database.status(kdb::AddRecord(database.handle, record.data(), 19, record.data(), 296)),
+            "1/22");
+  EXPECT_EQ(database.status(kdb::AddRecord(database.handle, record.data(), 20, record.data(), 295)),
+            "1/22");
+  EXPECT_EQ(database.close(), "0/0");
+  EXPECT_THAT(test::objects(name_), ElementsAre(1, 2, 4));
+  EXPECT_EQ(Opened(name_).all()[0], makeRecord(1, 0, 7));
+}
+
+TEST_F(Kdb, TheOrderIsThatOfHandleBytesThenRecordNumber) {
+  createDatabase(name_);
+  {
+    const Opened database(name_);
+    for (const std::uint32_t recn : {300u, 1u, 0xFFFFFFFFu, 256u, 255u, 2u, 0u}) {
+      EXPECT_EQ(database.add(makeRecord(1, recn)), "0/0");
+    }
+    EXPECT_EQ(database.add(makeRecord(0, 9)), "0/0");
+    EXPECT_EQ(database.close(), "0/0");
+  }
+  std::vector<std::uint32_t> order;
+  for (const Record& record : Opened(name_).all()) order.push_back(loadLE32(record.data() + 16));
+  EXPECT_THAT(order, ElementsAre(9, 0, 1, 2, 255, 256, 300, 0xFFFFFFFF));
+}
+
+TEST_F(Kdb, ReadingKeyByKeyMeetsEveryRecordAndEnds) {
+  createDatabase(name_, 2000);
+  {
+    const Opened database(name_);
+    EXPECT_EQ(database.add(makeRecord(7, 0xFFFFFFFF)), "0/0");
+    Record last{};
+    last.fill(0xFF);
+    EXPECT_EQ(database.add(last), "0/0");
+    EXPECT_EQ(database.close(), "0/0");
+  }
+  for (const bool changed : {false, true}) {
+    const Opened database(name_);
+    if (changed) {
+      EXPECT_EQ(database.update(makeRecord(1)), "0/0");
+    }
+    Record record{};
+    int count = 0;
+    std::string status = database.readNext(record);
+    while (status == "0/0") {
+      ++count;
+      if (!kdb::advanceKey(record.data())) break;
+      status = database.readNext(record);
+    }
+    EXPECT_EQ(status, "0/0") << "the last key of all has no follower";
+    EXPECT_EQ(count, 2002) << changed;
+  }
+}
+
+TEST_F(Kdb, AdvancingAKeyCarriesIntoTheHandles) {
+  Record record = makeRecord(0x00FF, 0xFFFFFFFF);
+  std::memset(record.data() + 12, 0xFF, 4);
+  EXPECT_TRUE(kdb::advanceKey(record.data()));
+  EXPECT_EQ(loadLE32(record.data() + 16), 0u);
+  EXPECT_EQ(loadBE32(record.data() + 8), 0x0100u);
+  EXPECT_EQ(loadBE32(record.data() + 12), 0u);
+}
+
+TEST_F(Kdb, StaleAndForeignHandlesAreFoundNotFollowed) {
+  createDatabase(name_, 3);
+  const Record zero{};
+  Record buffer{};
+  std::int32_t length = 0;
+  kdb::kdbHandle scan;
+  kdb::kdbHandle first;
+  kdb::kdbHandle second;
+  kdb::kdbHandle cursor;
+  kdb::kdbStatus status;
+  const Opened database(name_);
+  ASSERT_EQ(kdb::StartUpdate(database.handle, zero.data(), 20, scan), 0);
+  ASSERT_EQ(kdb::ReadNextForUpdate(scan, 0, buffer.data(), 296, length, first), 0);
+  ASSERT_EQ(kdb::ReadNextForUpdate(scan, 0, buffer.data(), 296, length, second), 0);
+  cursor = database.cursor();
+  EXPECT_EQ(kdb::DeleteHeldRecord(first), 2) << "let go by the next read";
+  EXPECT_EQ(kdb::DeleteHeldRecord(scan), 2) << "of another kind";
+  EXPECT_EQ(kdb::DeleteHeldRecord(kdb::kdbHandle()), 2);
+  EXPECT_EQ(kdb::DeleteHeldRecord(second), 0);
+  EXPECT_EQ(kdb::DeleteHeldRecord(second), 2) << "deleted already";
+  EXPECT_EQ(kdb::AddRecord(cursor, zero.data(), 20, zero.data(), 296), 2);
+  EXPECT_EQ(database.close(), "0/0");
+  EXPECT_EQ(database.close(), "2/0");
+  EXPECT_EQ(kdb::ReadNextForUpdate(scan, 0, buffer.data(), 296, length, second), 2);
+  EXPECT_EQ(kdb::ReadNextFromCursor(cursor, 0, buffer.data(), 296, length), 2);
+  EXPECT_EQ(kdb::Checkpoint(database.handle), 2);
+  kdb::GetLastStatus(database.handle, status);
+  EXPECT_EQ(test::text(status), "2/0");
+  EXPECT_THAT(test::objects(name_), ElementsAre(1, 3));
+}
+
+TEST_F(Kdb, CursorsSeeTheDatabaseAsItWasWhenTheyWereOpened) {
+  createDatabase(name_, 3);
+  const Opened database(name_);
+  const auto before = database.cursor();
+  EXPECT_EQ(scan(database, makeRecord(2), [](auto object) { return object == 2; }), 5);
+  const auto afterDelete = database.cursor();
+  EXPECT_EQ(database.add(makeRecord(8)), "0/0");
+  const auto afterAdd = database.cursor();
+  EXPECT_EQ(database.add(makeRecord(9)), "0/0");
+  EXPECT_EQ(database.erase(makeRecord(1)), "0/0");
+  EXPECT_THAT(database.all(before), SizeIs(3));
+  EXPECT_THAT(database.all(afterDelete), SizeIs(2));
+  EXPECT_THAT(database.all(afterAdd), SizeIs(3));
+  EXPECT_THAT(database.all(), SizeIs(3));
+  EXPECT_THAT(test::objects(name_), ElementsAre(1, 2, 3)) << "nothing shows before the close";
+}
+
+TEST_F(Kdb, ScansDeleteWhatTheyHold) {
+  const struct {
+    const char* what;
+    std::uint32_t start;
+    std::function<bool(std::uint32_t)> choose;
+    std::size_t left;
+  } cases[] = {
+      {"everything", 0, [](auto) { return true; }, 0},
+      {"nothing", 0, [](auto) { return false; }, 100},
+      {"from the middle", 51, [](auto) { return true; }, 50},
+      {"every second", 0, [](auto object) { return object % 2 == 0; }, 50},
+      {"blocks", 0, [](auto object) { return object % 10 < 5; }, 50},
+      {"all but the ends", 0, [](auto object) { return object > 1 && object < 100; }, 2},
+  };
+  for (const auto& row : cases) {
+    for (const bool thenAdd : {false, true}) {
+      const ScratchDirectory scratch;
+      const std::string name = scratch.file("db");
+      createDatabase(name, 100);
+      const Opened database(name);
+      EXPECT_EQ(scan(database, makeRecord(row.start), row.choose), 5) << row.what;
+      Record next{};
+      EXPECT_EQ(database.readNext(next), row.left == 0 ? "5/14" : "0/0") << row.what;
+      if (thenAdd) {
+        EXPECT_EQ(database.add(makeRecord(500)), "0/0") << row.what;
+      }
+      EXPECT_EQ(database.close(), "0/0");
+      EXPECT_THAT(test::objects(name), SizeIs(row.left + (thenAdd ? 1 : 0))) << row.what;
+    }
+  }
+}
+
+TEST_F(Kdb, PublishingKeepsOneGenerationTheModeAndTheLink) {
+  createDatabase(name_, 1);
+  ASSERT_EQ(::chmod(name_.c_str(), 0604), 0);
+  std::filesystem::create_symlink("db", scratch_.file("link"));
+  for (std::uint32_t object = 2; object <= 4; ++object) {
+    const Opened database(scratch_.file("link"));
+    EXPECT_EQ(database.add(makeRecord(object)), "0/0");
+    struct stat successor {};
+    EXPECT_EQ(::stat((name_ + ".orx-new").c_str(), &successor), 0);
+    EXPECT_EQ(successor.st_mode & 0777u, 0600u);
+    EXPECT_EQ(database.close(), "0/0");
+  }
+  EXPECT_THAT(scratch_.names(), ElementsAre("db", "db.orx-previous", "link"));
+  EXPECT_TRUE(std::filesystem::is_symlink(scratch_.file("link")));
+  EXPECT_THAT(test::objects(name_), SizeIs(4));
+  EXPECT_THAT(test::objects(name_ + ".orx-previous"), SizeIs(3));
+  struct stat database {};
+  ASSERT_EQ(::stat(name_.c_str(), &database), 0);
+  EXPECT_EQ(database.st_mode & 0777u, 0604u);
+}
+
+TEST_F(Kdb, UndoExchangesTheGenerationsAndBack) {
+  kdb::kdbStatus status;
+  EXPECT_EQ(kdb::exchangeWithPrevious(name_.c_str(), status), 5);
+  createDatabase(name_, 1);
+  (void)kdb::exchangeWithPrevious(name_.c_str(), status);
+  EXPECT_EQ(test::text(status), "5/28");
+  {
+    const Opened database(name_);
+    EXPECT_EQ(database.add(makeRecord(2)), "0/0");
+    EXPECT_EQ(database.close(), "0/0");
+  }
+  EXPECT_EQ(kdb::exchangeWithPrevious(name_.c_str(), status), 0);
+  EXPECT_THAT(test::objects(name_), SizeIs(1));
+  EXPECT_EQ(kdb::exchangeWithPrevious(name_.c_str(), status), 0);
+  EXPECT_THAT(test::objects(name_), SizeIs(2));
+  test::writeFile(name_ + ".orx-previous", "no database");
+  (void)kdb::exchangeWithPrevious(name_.c_str(), status);
+  EXPECT_EQ(test::text(status), "8/17");
+  EXPECT_THAT(test::objects(name_), SizeIs(2));
+}
+
+TEST_F(Kdb, ARunThatChangesNothingPublishesNothing) {
+  createDatabase(name_, 2);
+  struct stat before {};
+  ASSERT_EQ(::stat(name_.c_str(), &before), 0);
+  {
+    const Opened database(name_);
+    EXPECT_EQ(scan(database, Record{}, [](auto) { return false; }), 5);
+    EXPECT_EQ(database.close(), "0/0");
+  }
+  {
+    const Opened abandoned(name_);
+    EXPECT_EQ(abandoned.add(makeRecord(7)), "0/0");
+    EXPECT_EQ(kdb::AbandonDatabase(abandoned.handle), 0);
+  }
+  struct stat after {};
+  ASSERT_EQ(::stat(name_.c_str(), &after), 0);
+  EXPECT_EQ(before.st_ino, after.st_ino);
+  EXPECT_THAT(scratch_.names(), ElementsAre("db"));
+}
+
+TEST_F(Kdb, NewDatabasesNeverReplaceAnything) {
+  createDatabase(name_, 2);
+  EXPECT_EQ(Opened(name_, kdb::openAsNew).opened, "4/46");
+  std::filesystem::create_symlink("nowhere", scratch_.file("dangling"));
+  EXPECT_EQ(Opened(scratch_.file("dangling"), kdb::openAsNew).opened, "4/46");
+  const std::string other = scratch_.file("other");
+  const Opened database(other, kdb::openAsNew);
+  EXPECT_EQ(database.opened, "0/0");
+  EXPECT_EQ(Opened(other, kdb::openAsNew).opened, "3/19") << "somebody is making it";
+  test::writeFile(other, "came meanwhile");
+  EXPECT_EQ(database.close(), "4/46");
+  EXPECT_EQ(test::readFile(other), "came meanwhile");
+  EXPECT_THAT(scratch_.names(), ElementsAre("dangling", "db", "other"));
+}
+
+// Any sequence of changes, against a map.
+TEST_F(Kdb, AgreesWithAMapOverManyRandomRuns) {
+  std::mt19937 generator(20261);
+  const auto random = [&] { return static_cast<std::uint32_t>(generator()); };
+  createDatabase(name_);
+  std::map<std::pair<std::uint32_t, std::uint32_t>, Record> expected;
+  for (int run = 0; run < 12; ++run) {
+    const Opened database(name_);
+    auto working = expected;
+    const bool ascending = run % 3 == 0;
+    for (std::uint32_t step = 0; step < 1500; ++step) {
+      const std::uint32_t object = ascending ? step : random() % 3000;
+      const Record record = makeRecord(object, random() % 3, static_cast<std::uint8_t>(random()));
+      const std::pair key(object, loadLE32(record.data() + 16));
+      const bool known = working.contains(key);
+      switch (random() % 4) {
+        case 0:
+          EXPECT_EQ(database.update(record), known ? "0/0" : "5/28");
+          if (known) working[key] = record;
+          break;
+        case 1:
+          EXPECT_EQ(database.erase(record), known ? "0/0" : "5/28");
+          working.erase(key);
+          break;
+        default:
+          EXPECT_EQ(database.add(record), known ? "4/46" : "0/0");
+          working.emplace(key, record);
+      }
+    }
+    if (run % 4 == 3) continue;  // abandoned
+    ASSERT_EQ(database.close(), "0/0");
+    expected = working;
+    std::vector<Record> wanted;
+    for (const auto& [key, record] : expected) wanted.push_back(record);
+    ASSERT_EQ(Opened(name_, kdb::openForReading).all(), wanted) << run;
+  }
+}
+
+}  // namespace
+}  // namespace orx

@@ -1,0 +1,147 @@
+// Plain records and short calls for tests of the keyed database.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <array>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/bytes.h"
+#include "platform/kdb.h"
+
+namespace orx::test {
+
+using Record = std::array<std::uint8_t, kdb::recordSize>;
+
+inline Record makeRecord(std::uint32_t object, std::uint32_t recn = 0, std::uint8_t fill = 1) {
+  Record record{};
+  record.fill(fill);
+  std::memset(record.data(), 0, 16);
+  storeBE32(record.data() + 8, object);
+  storeLE32(record.data() + 16, recn);
+  return record;
+}
+
+inline std::uint32_t objectOf(const Record& record) {
+  return loadBE32(record.data() + 8);
+}
+
+// A scratch directory that goes with the object.
+class ScratchDirectory {
+ public:
+  ScratchDirectory() {
+    std::string pattern = testing::TempDir() + "orx_kdb_XXXXXX";
+    path_ = ::mkdtemp(pattern.data());
+  }
+  ScratchDirectory(const ScratchDirectory&) = delete;
+  ScratchDirectory& operator=(const ScratchDirectory&) = delete;
+  ~ScratchDirectory() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  [[nodiscard]] std::string file(const std::string& name) const { return path_ + "/" + name; }
+  [[nodiscard]] std::vector<std::string> names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(path_)) {
+      names.push_back(entry.path().filename());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+ private:
+  std::string path_;
+};
+
+inline std::string readFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+inline void writeFile(const std::string& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+// "code/reason" of an outcome, for comparisons that read like the documentation.
+inline std::string text(const kdb::kdbStatus& status) {
+  return std::to_string(status.returnCode) + "/" + std::to_string(status.reason);
+}
+
+// An open database with calls that fail the test's expectation through their returned text.
+class Opened {
+ public:
+  explicit Opened(const std::string& name, std::int32_t mode = kdb::openForUpdate) {
+    kdb::kdbStatus status;
+    (void)kdb::kdbOpen(name.c_str(), static_cast<std::int32_t>(name.size()), mode, handle, status);
+    opened = text(status);
+  }
+  Opened(const Opened&) = delete;
+  Opened& operator=(const Opened&) = delete;
+  ~Opened() { (void)kdb::AbandonDatabase(handle); }
+
+  std::string status(std::int32_t code) const {
+    kdb::kdbStatus last;
+    if (code != 0) kdb::GetLastStatus(handle, last);
+    return std::to_string(code) + "/" + std::to_string(last.reason);
+  }
+  std::string add(const Record& r) const {
+    return status(kdb::AddRecord(handle, r.data(), 20, r.data(), 296));
+  }
+  std::string update(const Record& r) const {
+    return status(kdb::UpdateByKey(handle, r.data(), 20, r.data(), 296));
+  }
+  std::string erase(const Record& r) const {
+    return status(kdb::DeleteByKey(handle, r.data(), 20));
+  }
+  std::string readNext(Record& r) const {
+    std::int32_t length = 0;
+    return status(kdb::ReadNextByKey(handle, r.data(), 20, r.data(), 296, length));
+  }
+  std::string close() const {
+    kdb::kdbStatus closed;
+    (void)kdb::CloseDatabase(handle, closed);
+    return text(closed);
+  }
+  kdb::kdbHandle cursor() const {
+    kdb::kdbHandle made;
+    EXPECT_EQ(kdb::OpenCursor(handle, nullptr, 0, made), 0);
+    return made;
+  }
+  std::vector<Record> all(kdb::kdbHandle from, std::string* end = nullptr) const {
+    std::vector<Record> records;
+    Record record{};
+    std::int32_t length = 0;
+    std::int32_t code = kdb::ReadNextFromCursor(from, 0, record.data(), 296, length);
+    for (; code == 0; code = kdb::ReadNextFromCursor(from, 0, record.data(), 296, length)) {
+      records.push_back(record);
+    }
+    if (end != nullptr) *end = status(code);
+    return records;
+  }
+  std::vector<Record> all() const { return all(cursor()); }
+
+  kdb::kdbHandle handle;
+  std::string opened;
+};
+
+inline void createDatabase(const std::string& name, std::uint32_t records = 0) {
+  const Opened database(name, kdb::openAsNew);
+  for (std::uint32_t i = 1; i <= records; ++i) ASSERT_EQ(database.add(makeRecord(i)), "0/0");
+  ASSERT_EQ(database.close(), "0/0");
+}
+
+inline std::vector<std::uint32_t> objects(const std::string& name) {
+  std::vector<std::uint32_t> found;
+  const Opened database(name, kdb::openForReading);
+  EXPECT_EQ(database.opened, "0/0");
+  for (const Record& record : database.all()) found.push_back(objectOf(record));
+  return found;
+}
+
+}  // namespace orx::test
