@@ -1,0 +1,77 @@
+// BackupReader: the lines of a backup file, one after the other, from a regular file or a pipe.
+//
+// Line rules. A line is what stands before a line feed, at most 444 characters with it; a longer
+// one comes in pieces, each taken as a line of its own. One "\n" at the end is removed and then one
+// "\r" before it. A zero byte ends what counts as the text of the line, so the line end behind a
+// zero byte stays, like every byte there: the columns of a record reach past it. A line that begins
+// with a zero byte ends the input, as the end of the file does. Columns that a line does not reach
+// are zero.
+//
+// The reader keeps 256 KiB whatever the size of the file. Reading goes on after an interrupted
+// system call. Once the input has ended or failed, every further call says so again.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace orx {
+
+class CMDatabaseBackupRecord;
+
+// A line as read, line end removed, in an area that is zero behind it.
+struct BackupLine {
+  static constexpr std::size_t longest = 444;
+
+  std::array<char, longest + 1> chars{};
+
+  // Up to the first zero byte; lives as long as the line.
+  [[nodiscard]] std::string_view text() const { return chars.data(); }
+};
+
+enum class [[nodiscard]] ReadOutcome : std::int32_t{line, end, error};
+
+class BackupReader {
+ public:
+  BackupReader() = default;
+  BackupReader(const BackupReader&) = delete;
+  BackupReader& operator=(const BackupReader&) = delete;
+  ~BackupReader();
+
+  // Opens a file for reading and starts at its first line; a file that was open is closed. False
+  // when it cannot be opened or is a directory: errorNumber() tells why.
+  [[nodiscard]] bool open(const char* path);
+  void close();
+  [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
+
+  // The next line; `record` or `line` changes only when the outcome is `line`. Without an open file
+  // the outcome is `end`.
+  ReadOutcome next(CMDatabaseBackupRecord& record);
+  ReadOutcome next(BackupLine& line);
+
+  // The number, from 1 on, of the line in the file that the last result came from; the pieces of a
+  // long line share one. 0 before the first.
+  [[nodiscard]] std::uint64_t lineNumber() const { return lineNumber_; }
+  // The system's error number of the last failed open or read, else 0.
+  [[nodiscard]] int errorNumber() const { return errorNumber_; }
+
+ private:
+  ReadOutcome nextText(std::string_view& text);
+  std::size_t pieceLength();
+  void fill();
+  void countLine(std::string_view piece);
+  [[nodiscard]] bool openDescriptor(const char* path);
+
+  int descriptor_ = -1;
+  int errorNumber_ = 0;
+  bool ended_ = false;       // no more bytes come from the file
+  bool atLineStart_ = true;  // the next piece begins a line of the file
+  std::uint64_t lineNumber_ = 0;
+  std::vector<char> buffer_;  // bytes begin_ to end_ are unread
+  std::size_t begin_ = 0;
+  std::size_t end_ = 0;
+};
+
+}  // namespace orx
