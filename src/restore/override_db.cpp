@@ -1,18 +1,143 @@
-#include <cstdio>
+// The replace restore: empties the database and fills it from the backup file, record by record.
+// One line and one record are in memory at a time.
+#include <cstdint>
 
+#include "messages/message_print.h"
+#include "platform/kdb.h"
+#include "records/backup_reader.h"
+#include "records/backup_record.h"
+#include "records/data_buffer.h"
+#include "restore/database_session.h"
 #include "restore/exit_codes.h"
 #include "restore/operations.h"
+#include "restore/prototype_filter.h"
+#include "restore/restore_settings.h"
+#include "restore/step_progress.h"
 #include "restore/trace_unit.h"
 
 namespace orx {
 
+namespace {
+
+constexpr auto endOfRecords = static_cast<std::int32_t>(kdb::Code::notThere);
+constexpr auto recordLength = static_cast<std::int32_t>(data_layout::recordSize);
+constexpr auto keyLength = static_cast<std::int32_t>(data_layout::keySize);
+
+class ReplaceRestore {
+ public:
+  explicit ReplaceRestore(const RestoreSettings& settings)
+      : settings_(settings), progress_(settings.verbose != 0) {}
+
+  [[nodiscard]] int run() {
+    if (!openBackup()) return exitBackupNotOpened;
+    if (!database_.open(settings_.databaseName)) return exitDatabaseNotOpened;
+    if (!deletePhase()) return finish(exitFailed);
+    const int result = finish(addPhase());
+    if (result == exitSuccess) printMessage("IDS_MAIN_EIGHTH", addedCount_);
+    return result;
+  }
+
+ private:
+  [[nodiscard]] bool openBackup() {
+    if (backup_.open(settings_.backupFileName.c_str())) return true;
+    printMessage("IDS_MAIN_SECOND", settings_.backupFileName);
+    return false;
+  }
+
+  // True when the end of the database was reached and every record is deleted.
+  [[nodiscard]] bool deletePhase() {
+    std::int32_t code = startScan();
+    printMessage("IDS_MAIN_THIRD", settings_.databaseName);
+    while (code == 0) code = deleteNext();
+    if (code != endOfRecords) {
+      printMessage("IDS_MAIN_SIXTH", code);
+      return false;
+    }
+    printMessage("IDS_MAIN_FIFTH", deletedCount_);
+    return true;
+  }
+
+  std::int32_t startScan() {
+    record_.clear();
+    const std::int32_t code =
+        kdb::StartUpdate(database_.handle(), record_.data(), keyLength, scan_);
+    if (code != 0) database_.report(code, "*Error: in StartUpdate");
+    return code;
+  }
+
+  std::int32_t deleteNext() {
+    std::int32_t length = 0;
+    kdb::kdbHandle held;
+    std::int32_t code =
+        kdb::ReadNextForUpdate(scan_, 0, record_.data(), recordLength, length, held);
+    if (code != 0) {
+      if (code != endOfRecords) database_.report(code, "*Error: Error on ReadNextForUpdate");
+      return code;
+    }
+    code = kdb::DeleteHeldRecord(held);
+    if (code != 0) {
+      database_.report(code, "*Error: Error on DeleteHeldRecord");
+      return code;
+    }
+    ++deletedCount_;
+    if (progress_.step()) {
+      printMessage("IDS_MAIN_FOURTH", deletedCount_);
+      (void)kdb::Checkpoint(database_.handle());
+    }
+    return 0;
+  }
+
+  [[nodiscard]] ExitCode addPhase() {
+    progress_.restart();
+    CMDatabaseBackupRecord line;
+    ReadOutcome read = backup_.next(line);
+    for (; read == ReadOutcome::line; read = backup_.next(line)) {
+      line.buildDataBuffer(record_);
+      if (settings_.prototypesOnly != 0 && !belongsToPrototypes(record_)) continue;
+      if (!addRecord()) return exitFailed;
+    }
+    if (read == ReadOutcome::end) return exitSuccess;
+    reportBackupReadError();
+    database_.abandon();
+    return exitFailed;
+  }
+
+  [[nodiscard]] bool addRecord() {
+    const std::int32_t code =
+        kdb::AddRecord(database_.handle(), record_.data(), keyLength, record_.data(), recordLength);
+    if (code != 0) {
+      reportAddFailure(database_, code, addedCount_ + 1);
+      return false;
+    }
+    ++addedCount_;
+    if (progress_.step()) {
+      printMessage("IDS_MAIN_SEVENTH", addedCount_);
+      (void)kdb::Checkpoint(database_.handle());
+    }
+    return true;
+  }
+
+  // Closes file and database; what was added before an ordinary failure is kept.
+  [[nodiscard]] int finish(ExitCode result) {
+    backup_.close();
+    return database_.close() ? result : exitFailed;
+  }
+
+  const RestoreSettings& settings_;
+  BackupReader backup_;
+  DatabaseSession database_;
+  kdb::kdbHandle scan_;
+  DataBuffer record_;
+  StepProgress progress_;
+  std::int32_t deletedCount_ = 0;
+  std::int32_t addedCount_ = 0;
+};
+
+}  // namespace
+
 int overrideDB() {
   ORX_TRACE("overrideDB");
-  (void)std::fputs(
-      "orxrestore: the replace restore (-o) is not part of this version yet; nothing was "
-      "changed.\n",
-      stderr);
-  return trace.exit(exitFailed);
+  return trace.exit(ReplaceRestore(restoreSettings()).run());
 }
 
 }  // namespace orx

@@ -1,0 +1,64 @@
+#include "restore/database_session.h"
+
+#include <array>
+#include <cstdio>
+
+#include "messages/error_msg.h"
+
+namespace orx {
+
+namespace {
+// Error texts are formed in an area of this size; a name too long for it is cut at the end.
+constexpr std::size_t errorTextSize = 256;
+using ErrorText = std::array<char, errorTextSize>;
+}  // namespace
+
+DatabaseSession::~DatabaseSession() {
+  abandon();
+}
+
+bool DatabaseSession::open(const std::string& name) {
+  kdb::kdbStatus status;
+  status.returnCode = kdb::kdbOpen(name.c_str(), static_cast<std::int32_t>(name.size()),
+                                   kdb::openForUpdate, handle_, status);
+  if (status.returnCode == 0) return true;
+  ErrorText text{};
+  (void)std::snprintf(text.data(), text.size(), "*Error: Unable to open key1 database %s",
+                      name.c_str());
+  ErrorMsg(status.returnCode, status.reason, text.data());
+  return false;
+}
+
+void DatabaseSession::report(std::int32_t code, const char* text) {
+  kdb::kdbStatus status;
+  kdb::GetLastStatus(handle_, status);
+  ErrorMsg(code, status.reason, text);
+  if (kdb::isStorageFailure(static_cast<kdb::Code>(code))) lossReported_ = true;
+}
+
+bool DatabaseSession::close() {
+  kdb::kdbStatus status;
+  const std::int32_t code = kdb::CloseDatabase(handle_, status);
+  if (code == 0) return true;
+  if (!lossReported_) ErrorMsg(code, status.reason, "*Error: in CloseDatabase");
+  return false;
+}
+
+void DatabaseSession::abandon() {
+  (void)kdb::AbandonDatabase(handle_);
+}
+
+void reportBackupReadError() {
+  ErrorMsg(static_cast<std::int32_t>(kdb::inputOutputError.code),
+           static_cast<std::int32_t>(kdb::inputOutputError.reason),
+           "*Error: reading the backup file");
+}
+
+void reportAddFailure(DatabaseSession& database, std::int32_t code, std::int32_t recordNumber) {
+  ErrorText text{};
+  (void)std::snprintf(text.data(), text.size(), "*Error: Failure adding record %d to data base",
+                      recordNumber);
+  database.report(code, text.data());
+}
+
+}  // namespace orx

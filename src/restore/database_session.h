@@ -1,0 +1,45 @@
+// The database of one operation, with the error lines that every operation prints alike.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/kdb.h"
+
+namespace orx {
+
+class DatabaseSession {
+ public:
+  DatabaseSession() = default;
+  DatabaseSession(const DatabaseSession&) = delete;
+  DatabaseSession& operator=(const DatabaseSession&) = delete;
+  // A database that was not closed stays as it was before the run.
+  ~DatabaseSession();
+
+  // False, after the error line, when it cannot be opened; it is then untouched.
+  [[nodiscard]] bool open(const std::string& name);
+
+  // Prints the error line of a failed call: `text` with the code and the reason of the last status.
+  void report(std::int32_t code, const char* text);
+
+  // Publishes what the run changed. False when that failed, after an error line unless the storage
+  // failure behind it has been reported: the database is then as it was before the run.
+  [[nodiscard]] bool close();
+
+  // Closes without publishing; close() then fails without another line.
+  void abandon();
+
+  [[nodiscard]] kdb::kdbHandle handle() const { return handle_; }
+
+ private:
+  kdb::kdbHandle handle_;
+  bool lossReported_ = false;  // the operator has been told that nothing will be published
+};
+
+// Prints "*Error: reading the backup file" with the codes of an I/O error.
+void reportBackupReadError();
+
+// Prints "*Error: Failure adding record %d to data base" for the failed `code`.
+void reportAddFailure(DatabaseSession& database, std::int32_t code, std::int32_t recordNumber);
+
+}  // namespace orx

@@ -1,0 +1,27 @@
+// Counts the successful steps of a phase and tells every thousandth: that is when a verbose run
+// prints its progress and marks a checkpoint.
+#pragma once
+
+#include <cstdint>
+
+namespace orx {
+
+class StepProgress {
+ public:
+  explicit StepProgress(bool verbose) : verbose_(verbose) {}
+
+  [[nodiscard]] bool step() {
+    if (!verbose_ || ++steps_ < stepsPerMessage) return false;
+    steps_ = 0;
+    return true;
+  }
+  void restart() { steps_ = 0; }
+
+ private:
+  static constexpr std::int32_t stepsPerMessage = 1000;
+
+  bool verbose_;
+  std::int32_t steps_ = 0;
+};
+
+}  // namespace orx
