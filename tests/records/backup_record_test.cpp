@@ -52,11 +52,7 @@ TEST(BackupRecord, WritesTheColumnsAndReadsThemBack) {
   EXPECT_EQ(record.text(), std::string(440, ' '));
   EXPECT_EQ(built(record), DataBuffer());
   record = example();
-  const CMDatabaseBackupRecord copy(record);
-  record = CMDatabaseBackupRecord();
-  record = copy;
   EXPECT_EQ(record.text(), exampleLine());
-  EXPECT_EQ(built(CMDatabaseBackupRecord(std::string(440, '\0').c_str())), DataBuffer());
 }
 
 TEST(BackupRecord, RecordBytesLieWhereTheDatabaseExpectsThem) {
@@ -66,15 +62,13 @@ TEST(BackupRecord, RecordBytesLieWhereTheDatabaseExpectsThem) {
   buffer.setRecn(0xA1B2C3D4);
   const std::string bytes(buffer.data(), buffer.data() + DataBuffer::size());
   std::string expected(296, '\0');
-  expected.replace(0, 36,
-                   std::string("\5\0\0\0\0\0\2\1"
-                               "\4\3\2\1\0\0\5\1"
-                               "\xD4\xC3\xB2\xA1"
-                               "\3\0\0\0"
-                               "\x11\0\0\0\0\0\x8\1"
-                               "\xFF\xFF\xFF\xFF",
-                               36));
-  expected.replace(36, 3, "abc");
+  expected.replace(0, 8, std::string("\5\0\0\0\0\0\2\1", 8));
+  expected.replace(8, 8, std::string("\4\3\2\1\0\0\5\1", 8));
+  expected.replace(16, 8, std::string("\xD4\xC3\xB2\xA1\3\0\0\0", 8));
+  expected.replace(24, 8, std::string("\x11\0\0\0\0\0\x8\1", 8));
+  expected.replace(32, 7,
+                   "\xFF\xFF\xFF\xFF"
+                   "abc");
   expected[292] = 12;
   EXPECT_EQ(bytes, expected);
   EXPECT_EQ(std::string(buffer.key().begin(), buffer.key().end()), expected.substr(0, 20));
@@ -130,12 +124,11 @@ TEST(BackupRecord, RandomRecordsReturn) {
   std::mt19937 random(440296);
   std::uniform_int_distribution<std::int32_t> anyNumber(-9999999, 99999999);
   std::uniform_int_distribution<int> anyByte(1, 255);
-  std::uniform_int_distribution<int> anyType(1, 255);
   std::uniform_int_distribution<std::uint32_t> anyId;
   for (int i = 0; i < 20000; ++i) {
     DataBuffer buffer;
-    buffer.setParentHandle(CMConfigHandle(anyType(random), anyId(random)));
-    buffer.setObjectHandle(CMConfigHandle(anyType(random), anyId(random)));
+    buffer.setParentHandle(CMConfigHandle(anyByte(random), anyId(random)));
+    buffer.setObjectHandle(CMConfigHandle(anyByte(random), anyId(random)));
     buffer.setModelHandle(CMConfigHandle(CMHandleType(0), anyId(random)));
     buffer.setRecn(static_cast<std::uint32_t>(anyNumber(random)));
     buffer.setRecType(anyNumber(random));
@@ -170,10 +163,11 @@ TEST(CarryCheck, NamesWhatALineWouldLose) {
   }
 }
 
-std::string mergeLine(const char* parent, const char* object, const std::string& recType,
-                      const char* model) {
-  return padded(parent, 48) + padded(object, 48) + number("2") + number(recType) +
-         padded(model, 48) + number("6") + number("4") + padded("text", 256) + number("8");
+CMDatabaseBackupRecord mergeRecord(const std::string& handle, int recType) {
+  const std::string line = padded(handle, 48) + padded(handle, 48) + number("2") +
+                           number(std::to_string(recType)) + padded(handle, 48) + number("6") +
+                           number("4") + padded("text", 256) + number("8");
+  return CMDatabaseBackupRecord(line.c_str());
 }
 
 TEST(BackupRecord, MergeSkipsRecordsOfOtherTypes) {
@@ -182,13 +176,10 @@ TEST(BackupRecord, MergeSkipsRecordsOfOtherTypes) {
   tables.mergeTypes[7] = 0;
   tables.idBase.fill(100);
   for (const int recType : {255, -1, 7}) {
-    const char* const handle = "<1;1;5;0;0;0;1;>";
-    const CMDatabaseBackupRecord record(
-        mergeLine(handle, handle, std::to_string(recType), handle).c_str());
     DataBuffer buffer = example();
     DataBuffer expected;
     expected.setRecType(recType);
-    EXPECT_EQ(record.buildDataBufferForMerge(buffer, tables), 0);
+    EXPECT_EQ(mergeRecord("<1;1;5;0;0;0;1;>", recType).buildDataBufferForMerge(buffer, tables), 0);
     EXPECT_EQ(buffer, expected);
   }
   EXPECT_EQ(tables.nextId, MergeTables().nextId);
@@ -221,32 +212,16 @@ TEST(BackupRecord, MergeRenumbersHandlesOfMergedTypes) {
     tables.mergeTypes[5] = row.mergeType;
     tables.idBase[5] = row.idBase;
     tables.nextId[5] = row.nextId;
-    const CMDatabaseBackupRecord record(mergeLine("<1;1;0;0;0;0;0;>", row.handle, "1", "").c_str());
-    DataBuffer buffer;
+    const CMDatabaseBackupRecord record = mergeRecord(row.handle, 1);
+    DataBuffer expected = built(record);
+    expected.setParentHandle(row.expected);
+    expected.setObjectHandle(row.expected);
+    expected.setModelHandle(row.expected);
+    DataBuffer buffer = example();
     EXPECT_EQ(record.buildDataBufferForMerge(buffer, tables), 1);
-    EXPECT_EQ(buffer.objectHandle(), row.expected);
+    EXPECT_EQ(buffer, expected);
     EXPECT_EQ(tables.nextId[5], row.expectedNextId);
   }
-}
-
-TEST(BackupRecord, MergeTreatsTheThreeHandlesAlike) {
-  MergeTables tables;
-  tables.mergeTypes[0] = tables.mergeTypes[5] = 1;
-  tables.idBase[5] = 100;
-  DataBuffer expected;
-  expected.setParentHandle(CMConfigHandle(5, 102));
-  expected.setObjectHandle(CMConfigHandle(5, 101));
-  expected.setModelHandle(CMConfigHandle(5, 103));
-  expected.setRecn(2);
-  expected.setAuxValue1(6);
-  expected.setAttrText("text");
-  expected.setAuxValue2(8);
-  const CMDatabaseBackupRecord record(
-      mergeLine("<1;1;5;0;0;0;3;>", "<1;1;5;0;0;0;2;>", "0", "<1;1;5;0;0;0;4;>").c_str());
-  DataBuffer buffer;
-  EXPECT_EQ(record.buildDataBufferForMerge(buffer, tables), 1);
-  EXPECT_EQ(buffer, expected);
-  EXPECT_EQ(tables.nextId[5], 104u);
 }
 
 }  // namespace
