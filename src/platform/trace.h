@@ -18,9 +18,10 @@
 // standard output, and errno survives every call.
 //
 // Flag bits: 0x40 entry and exit, 0x01 detail, 0x08 and 0x10 as the traced function says.
-// Single-threaded, like its callers.
+// Events are for one thread at a time: whoever starts a second one asks traceIsOpen() first.
 #pragma once
 
+#include <atomic>
 #include <concepts>
 #include <cstdint>
 #include <source_location>
@@ -72,9 +73,9 @@ struct TraceAnchor {
   std::int32_t functionLength;
   std::int32_t line;
   const std::int32_t* syncCounter;
-  std::int32_t functionClass;  // 4096 for operations, 512 for members of value classes
-  std::int32_t flags;
-  std::int32_t flagsAt;
+  std::int32_t functionClass;       // 4096 for operations, 512 for members of value classes
+  std::atomic<std::int32_t> flags;  // atomic: a traced function may run in a second thread
+  std::atomic<std::int32_t> flagsAt;
 };
 
 constexpr TraceAnchor makeTraceAnchor(const TraceUnit& unit, const char* function,
@@ -93,6 +94,9 @@ void DIAG_Event(TraceAnchor& anchor, std::int32_t line, TraceEvent kind, std::in
 void DIAG_Dump(TraceAnchor& anchor, std::int32_t line, const void* address, std::int64_t length,
                const char* title);
 
+// Whether any gate may be open.
+[[nodiscard]] bool traceIsOpen();
+
 namespace trace_setting {
 // Replaces the setting read from the environment: `patterns` as ORX_TRACE, `file` as
 // ORX_TRACE_FILE (empty: standard error). Every anchor synchronises again.
@@ -107,7 +111,9 @@ class TraceScope {
 
   explicit TraceScope(TraceAnchor& anchor)
       : anchor_(anchor),
-        flags_(anchor.flagsAt == *anchor.syncCounter ? anchor.flags : DIAG_Sync(anchor)) {
+        flags_(anchor.flagsAt.load(std::memory_order_acquire) == *anchor.syncCounter
+                   ? anchor.flags.load(std::memory_order_relaxed)
+                   : DIAG_Sync(anchor)) {
     if (on(events)) DIAG_Event(anchor_, anchor_.line, TraceEvent::entry);
   }
   TraceScope(const TraceScope&) = delete;
