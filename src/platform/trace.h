@@ -24,7 +24,6 @@
 #include <atomic>
 #include <concepts>
 #include <cstdint>
-#include <source_location>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -127,11 +126,10 @@ class TraceScope {
 
   // Hands `result` through; a result that is no number, flag or enumerator is traced as 0.
   template <typename Result>
-  [[nodiscard]] std::remove_cvref_t<Result> exit(
-      Result&& result, const std::source_location& where = std::source_location::current()) {
+  [[nodiscard]] std::remove_cvref_t<Result> exit(Result&& result,
+                                                 std::int32_t line = __builtin_LINE()) {
     if (on(events)) {
-      DIAG_Event(anchor_, static_cast<std::int32_t>(where.line()), TraceEvent::exitWithValue,
-                 valueOf(result));
+      DIAG_Event(anchor_, line, TraceEvent::exitWithValue, valueOf(result));
       flags_ &= ~events;
     }
     return std::forward<Result>(result);
