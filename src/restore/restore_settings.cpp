@@ -1,0 +1,10 @@
+#include "restore/restore_settings.h"
+
+namespace orx {
+
+RestoreSettings& restoreSettings() {
+  static RestoreSettings settings;
+  return settings;
+}
+
+}  // namespace orx

@@ -1,0 +1,13 @@
+// The source unit that the driver and the operations belong to in the trace.
+#pragma once
+
+#include "platform/trace.h"
+
+namespace orx {
+
+extern const TraceUnit restoreTraceUnit;
+
+// The name that ORX_TRACE looks for.
+[[maybe_unused]] static constexpr const TraceUnit& traceUnit = restoreTraceUnit;
+
+}  // namespace orx
