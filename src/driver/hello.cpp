@@ -1,0 +1,13 @@
+#include "driver/hello.h"
+
+#include "messages/message_print.h"
+#include "restore/trace_unit.h"
+
+namespace orx {
+
+void HelloFn() {
+  ORX_TRACE("HelloFn");
+  printMessage("IDS_HELLOFN_FIRST", traceUnit.buildDate, traceUnit.buildTime);
+}
+
+}  // namespace orx

@@ -1,0 +1,58 @@
+#include "driver/run.h"
+
+#include <cstdio>
+#include <new>
+#include <string>
+
+#include "driver/hello.h"
+#include "driver/process_args.h"
+#include "messages/message_print.h"
+#include "restore/exit_codes.h"
+#include "restore/restore_settings.h"
+#include "restore/trace_unit.h"
+
+namespace orx {
+
+namespace {
+
+// Both kinds: a database is named without a path on every system.
+bool hasPathSeparator(const std::string& name) {
+  return name.find_first_of("\\/") != std::string::npos;
+}
+
+int runOperation(std::int32_t mode, const Operations& operations) {
+  switch (mode) {
+    case modeMerge:
+      return operations.merge();
+    case modeUseCount:
+      return operations.useCount();
+    default:
+      return operations.replace();
+  }
+}
+
+int runSteps(int argc, char* const argv[], const Operations& operations) {
+  HelloFn();
+  if (processArgs(argc, argv) == 0) return exitUsage;
+  const RestoreSettings& settings = restoreSettings();
+  if (hasPathSeparator(settings.databaseName)) {
+    printMessage("IDS_MAIN_FIRST");
+    return exitNameHasPath;
+  }
+  return runOperation(settings.mode, operations);
+}
+
+}  // namespace
+
+int run(int argc, char* const argv[], const Operations& operations) {
+  ORX_TRACE("main");
+  try {
+    return trace.exit(runSteps(argc, argv, operations));
+  } catch (const std::bad_alloc&) {
+    (void)std::fputs("orxrestore: out of memory, the run has ended; free memory and run it again\n",
+                     stderr);
+    return trace.exit(exitFailed);
+  }
+}
+
+}  // namespace orx
