@@ -32,6 +32,7 @@ CMAttributeIterator::CMAttributeIterator(const CMAttributeIterator& other)
 
 CMAttributeIterator& CMAttributeIterator::operator=(const CMAttributeIterator& other) {
   ORX_TRACE_VALUE("AssignmentOperator");
+  if (this == &other) return *trace.exit(this);
   attribute_ = other.attribute_;
   changeable_ = other.changeable_;
   index_ = other.index_;

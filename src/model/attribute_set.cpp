@@ -48,7 +48,7 @@ CMAttributeSet::CMAttributeSet() {
   ORX_TRACE("Constructor0");
 }
 
-CMAttributeSet::CMAttributeSet(const CMAttributeSet& other) : RWHashTable(), CMMemoryManager() {
+CMAttributeSet::CMAttributeSet(const CMAttributeSet& other) : CMAttributeSet() {
   ORX_TRACE("CopyConstructor");
   *this = other;
 }
