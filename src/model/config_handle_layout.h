@@ -1,0 +1,52 @@
+// What the source files of CMConfigHandle share: bits of bytes 6 and 7, and their trace unit.
+#pragma once
+
+#include <cstdint>
+
+#include "model/config_handle.h"
+#include "platform/trace.h"
+
+namespace orx {
+
+extern const TraceUnit configHandleTraceUnit;
+
+namespace handle_layout {
+
+inline constexpr std::uint8_t oldTypeMask = 0x1F;
+// The three flags lie side by side: model-inherited, flag 2, flag 3, from this bit of byte 6 (old
+// format) or byte 7 (new format) on.
+inline constexpr int oldFlagShift = 5;
+inline constexpr int newFlagShift = 1;
+inline constexpr unsigned modelInherited = 1;
+inline constexpr unsigned flag2 = 2;
+inline constexpr unsigned flag3 = 4;
+inline constexpr unsigned flagMask = 7;
+
+inline constexpr std::uint8_t newFormat = 0x01;  // byte 7
+inline constexpr std::uint8_t temporary = 0x10;  // byte 7, new format only
+
+inline bool isNewFormat(const HandleBytes& bytes) {
+  return (bytes[7] & newFormat) != 0;
+}
+inline std::uint8_t type(const HandleBytes& bytes) {
+  return isNewFormat(bytes) ? bytes[6] : bytes[6] & oldTypeMask;
+}
+inline unsigned flags(const HandleBytes& bytes) {
+  const unsigned raw =
+      isNewFormat(bytes) ? unsigned{bytes[7]} >> newFlagShift : unsigned{bytes[6]} >> oldFlagShift;
+  return raw & flagMask;
+}
+
+// Sets bytes 6 and 7 from a type and flags: new format for a positive type, else old format.
+inline void setTypeAndFlags(HandleBytes& bytes, std::int32_t type, unsigned flags) {
+  if (type > 0) {
+    bytes[6] = static_cast<std::uint8_t>(type);
+    bytes[7] = static_cast<std::uint8_t>(newFormat | flags << newFlagShift);
+  } else {
+    bytes[6] = static_cast<std::uint8_t>((type & oldTypeMask) | flags << oldFlagShift);
+    bytes[7] = 0;
+  }
+}
+
+}  // namespace handle_layout
+}  // namespace orx
