@@ -23,7 +23,7 @@
 #include "model/attribute_values.h"
 #include "model/collectable.h"
 #include "model/config_handle.h"
-#include "model/memory_manager.h"
+#include "platform/memory_manager.h"
 
 namespace orx {
 

@@ -13,13 +13,17 @@ namespace orx {
 
 namespace {
 
-// Where the converter that ICU picks for an identifier maps the byte 5C to the yen sign.
+// Identifiers whose table in use is not the one that ICU keeps under the bare number: there 943 has
+// the yen sign at 5C, and the Windows pages lack the euro sign.
 struct ConverterName {
   int ccsid;
   const char* name;
 };
 constexpr ConverterName converterNames[] = {
-    {943, "ibm-943_P15A-2003"},
+    {943, "ibm-943_P15A-2003"}, {1250, "windows-1250"}, {1251, "windows-1251"},
+    {1252, "windows-1252"},     {1253, "windows-1253"}, {1254, "windows-1254"},
+    {1255, "windows-1255"},     {1256, "windows-1256"}, {1257, "windows-1257"},
+    {1258, "windows-1258"},
 };
 
 // Codesets whose converter has no CCSID of its own, and the one of the nearest table.
@@ -48,6 +52,7 @@ UConverter* openByCcsid(int ccsid, UErrorCode& status) {
 }
 
 icu::LocalUConverterPointer openStrict(int ccsid) {
+  if (ccsid <= 0) return icu::LocalUConverterPointer();
   UErrorCode status = U_ZERO_ERROR;
   icu::LocalUConverterPointer converter(openByCcsid(ccsid, status));
   if (U_FAILURE(status)) return icu::LocalUConverterPointer();
