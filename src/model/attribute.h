@@ -6,8 +6,9 @@
 //
 // Text form: "ID;GROUP;COUNT;" and each value followed by ";". In values ";" and ">" are doubled;
 // an empty value behind another value is written as one blank. Key 4100 with the values "a;b", ""
-// and "c>" is "4;1;3;a;;b; ;c>>;". A value that begins with ";" behind another value does not read
-// back as it was, since its mark pairs up with the end of the value before it.
+// and "c>" is "4;1;3;a;;b; ;c>>;". Two kinds of value do not read back as they were: one that
+// begins with ";" behind another value, since its mark pairs up with the end of the value before
+// it, and one with a TAB at its end, which loses the blank that it became.
 //
 // Values are text; numbers are kept in decimal and handles as 16 hexadecimal digits or, when they
 // were added so, in the exported form. Indices count from 0. Reading with an index costs a walk up

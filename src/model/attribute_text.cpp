@@ -25,7 +25,7 @@ constexpr int headerAndNul = 14;               // what the size grants a usual h
 class TextReader {
  public:
   TextReader(std::string_view text, bool unescape)
-      : rest_(text), marks_(unescape ? ";>" : ";"), copies_(unescape ? 1 : 2) {}
+      : rest_(text), unescape_(unescape), copies_(unescape ? 1 : 2) {}
 
   std::optional<int> headerField() {
     const std::size_t end = rest_.substr(0, headerFieldLimit).find(';');
@@ -39,8 +39,8 @@ class TextReader {
   bool value(std::string& value) {
     value.clear();
     for (;;) {
-      const std::size_t stop = rest_.find_first_of(marks_);
-      if (stop == std::string_view::npos) return false;
+      const std::size_t stop = findMark();
+      if (stop == rest_.size()) return false;
       const char mark = rest_[stop];
       const bool doubled = stop + 1 < rest_.size() && rest_[stop + 1] == mark;
       value.append(rest_, 0, stop);
@@ -51,8 +51,14 @@ class TextReader {
   }
 
  private:
+  [[nodiscard]] std::size_t findMark() const {
+    const auto isMark = [this](char c) { return c == ';' || (unescape_ && c == '>'); };
+    return static_cast<std::size_t>(std::find_if(rest_.begin(), rest_.end(), isMark) -
+                                    rest_.begin());
+  }
+
   std::string_view rest_;
-  std::string_view marks_;
+  bool unescape_;
   std::size_t copies_;  // of a mark that was doubled
 };
 

@@ -5,7 +5,6 @@
 
 #include <cstdio>
 #include <fstream>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -13,8 +12,20 @@
 
 namespace orx {
 
-// Runs `action` with the trace set to `patterns`; returns its lines without time, unit, function
-// and line number.
+// A trace line without its time, unit, function and line number.
+inline std::string withoutHead(const std::string& line) {
+  constexpr std::size_t timeLength = 15;
+  std::size_t colon = line.find(':', timeLength);
+  while (colon != std::string::npos) {
+    const std::size_t end = line.find_first_not_of("0123456789", colon + 1);
+    if (end != std::string::npos && end > colon + 1 && line[end] == ' ')
+      return line.substr(end + 1);
+    colon = line.find(':', colon + 1);
+  }
+  return line;
+}
+
+// Runs `action` with the trace set to `patterns`; returns its lines without their heads.
 template <typename Action>
 std::vector<std::string> captureTrace(const std::string& patterns, Action action) {
   const std::string file = testing::TempDir() + "orx_capture.txt";
@@ -24,10 +35,7 @@ std::vector<std::string> captureTrace(const std::string& patterns, Action action
   trace_setting::configure("", "");
   std::vector<std::string> lines;
   std::ifstream in(file);
-  const std::regex head("^[0-9:.]{15} [A-Z0-9]+ [A-Za-z0-9_: ]+:[0-9]+ ");
-  for (std::string line; std::getline(in, line);) {
-    lines.push_back(std::regex_replace(line, head, ""));
-  }
+  for (std::string line; std::getline(in, line);) lines.push_back(withoutHead(line));
   return lines;
 }
 
