@@ -24,7 +24,7 @@
 #include "model/attribute_values.h"
 #include "model/collectable.h"
 #include "model/config_handle.h"
-#include "model/memory_manager.h"
+#include "platform/memory_manager.h"
 
 namespace orx {
 
@@ -113,6 +113,8 @@ class CMAttribute : public CMCollectable {
   // Whether an attribute of that key number holds a description; the table of those numbers.
   [[nodiscard]] static bool isUTF8DescAttr(int keyNumber);
   [[nodiscard]] static const int* getUTF8DescAttrID(int* count);
+  // The text with every "," and "=" doubled, as fields of a system-parameter text are written.
+  [[nodiscard]] static std::string getSymparmString(const char* text);
 
  private:
   friend class CMAttributeIterator;

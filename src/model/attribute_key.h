@@ -2,7 +2,7 @@
 //   number = attrGroup * 4096 + attrId
 #pragma once
 
-#include "model/memory_manager.h"
+#include "platform/memory_manager.h"
 
 namespace orx {
 

@@ -1,5 +1,7 @@
 // The queries of CMAttribute: its values by index, and what is among them.
 #include <algorithm>
+#include <string>
+#include <utility>
 
 #include "model/attribute.h"
 #include "model/attribute_iterator.h"
@@ -79,6 +81,16 @@ bool CMAttribute::doesHandleExist(const CMConfigHandle& handle) const {
     if (value.getValueHandle(found) == handle) return trace.exit(true);
   }
   return trace.exit(false);
+}
+
+std::string CMAttribute::getSymparmString(const char* text) {
+  ORX_TRACE("CMAttribute::getSymparmString");
+  std::string doubled;
+  for (; *text != '\0'; ++text) {
+    if (*text == ',' || *text == '=') doubled += *text;
+    doubled += *text;
+  }
+  return trace.exit(std::move(doubled));
 }
 
 }  // namespace orx

@@ -21,8 +21,8 @@
 #include <string_view>
 
 #include "model/attribute.h"
-#include "model/memory_manager.h"
 #include "platform/collection.h"
+#include "platform/memory_manager.h"
 
 namespace orx {
 

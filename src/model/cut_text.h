@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "model/memory_manager.h"
+#include "platform/memory_manager.h"
 
 namespace orx {
 
