@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "model/config_handle_layout.h"
+#include "model/handle_layout.h"
 #include "platform/bytes.h"
 
 namespace orx {

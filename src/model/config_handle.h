@@ -29,12 +29,10 @@
 #include <string_view>
 
 #include "model/collectable.h"
+#include "model/handle_layout.h"
 #include "model/handle_type.h"
 
 namespace orx {
-
-inline constexpr std::size_t handleSize = 8;
-using HandleBytes = std::array<std::uint8_t, handleSize>;
 
 enum class ModelInheritedKind : std::int32_t {
   none = 0,

@@ -1,6 +1,6 @@
 // CMConfigHandle::dump.
 #include "model/config_handle.h"
-#include "model/config_handle_layout.h"
+#include "model/handle_layout.h"
 
 namespace orx {
 

@@ -11,8 +11,8 @@
 #include <charconv>
 
 #include "model/config_handle.h"
-#include "model/config_handle_layout.h"
 #include "model/decimal.h"
+#include "model/handle_layout.h"
 #include "platform/bytes.h"
 
 namespace orx {

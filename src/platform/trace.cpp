@@ -112,8 +112,8 @@ std::int32_t DIAG_Sync(TraceAnchor& anchor) {
   for (const Gate& gate : setting().gates) {
     if (fnmatch(gate.pattern.c_str(), anchor.function, FNM_NOESCAPE) == 0) flags |= gate.flags;
   }
-  anchor.flags = flags;
-  anchor.flagsAt = *anchor.syncCounter;
+  anchor.flags.store(flags, std::memory_order_relaxed);
+  anchor.flagsAt.store(*anchor.syncCounter, std::memory_order_release);
   return flags;
 }
 
@@ -161,6 +161,10 @@ void DIAG_Dump(TraceAnchor& anchor, std::int32_t line, const void* address, std:
     printDumpRow(stream, bytes, offset, std::min<std::int64_t>(16, length - offset));
   }
   (void)std::fflush(stream);
+}
+
+bool traceIsOpen() {
+  return !setting().gates.empty();
 }
 
 namespace trace_setting {

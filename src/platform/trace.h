@@ -18,12 +18,12 @@
 // standard output, and errno survives every call.
 //
 // Flag bits: 0x40 entry and exit, 0x01 detail, 0x08 and 0x10 as the traced function says.
-// Single-threaded, like its callers.
+// Events are for one thread at a time: whoever starts a second one asks traceIsOpen() first.
 #pragma once
 
+#include <atomic>
 #include <concepts>
 #include <cstdint>
-#include <source_location>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -72,9 +72,9 @@ struct TraceAnchor {
   std::int32_t functionLength;
   std::int32_t line;
   const std::int32_t* syncCounter;
-  std::int32_t functionClass;  // 4096 for operations, 512 for members of value classes
-  std::int32_t flags;
-  std::int32_t flagsAt;
+  std::int32_t functionClass;       // 4096 for operations, 512 for members of value classes
+  std::atomic<std::int32_t> flags;  // atomic: a traced function may run in a second thread
+  std::atomic<std::int32_t> flagsAt;
 };
 
 constexpr TraceAnchor makeTraceAnchor(const TraceUnit& unit, const char* function,
@@ -93,6 +93,9 @@ void DIAG_Event(TraceAnchor& anchor, std::int32_t line, TraceEvent kind, std::in
 void DIAG_Dump(TraceAnchor& anchor, std::int32_t line, const void* address, std::int64_t length,
                const char* title);
 
+// Whether any gate may be open.
+[[nodiscard]] bool traceIsOpen();
+
 namespace trace_setting {
 // Replaces the setting read from the environment: `patterns` as ORX_TRACE, `file` as
 // ORX_TRACE_FILE (empty: standard error). Every anchor synchronises again.
@@ -107,7 +110,9 @@ class TraceScope {
 
   explicit TraceScope(TraceAnchor& anchor)
       : anchor_(anchor),
-        flags_(anchor.flagsAt == *anchor.syncCounter ? anchor.flags : DIAG_Sync(anchor)) {
+        flags_(anchor.flagsAt.load(std::memory_order_acquire) == *anchor.syncCounter
+                   ? anchor.flags.load(std::memory_order_relaxed)
+                   : DIAG_Sync(anchor)) {
     if (on(events)) DIAG_Event(anchor_, anchor_.line, TraceEvent::entry);
   }
   TraceScope(const TraceScope&) = delete;
@@ -121,11 +126,10 @@ class TraceScope {
 
   // Hands `result` through; a result that is no number, flag or enumerator is traced as 0.
   template <typename Result>
-  [[nodiscard]] std::remove_cvref_t<Result> exit(
-      Result&& result, const std::source_location& where = std::source_location::current()) {
+  [[nodiscard]] std::remove_cvref_t<Result> exit(Result&& result,
+                                                 std::int32_t line = __builtin_LINE()) {
     if (on(events)) {
-      DIAG_Event(anchor_, static_cast<std::int32_t>(where.line()), TraceEvent::exitWithValue,
-                 valueOf(result));
+      DIAG_Event(anchor_, line, TraceEvent::exitWithValue, valueOf(result));
       flags_ &= ~events;
     }
     return std::forward<Result>(result);

@@ -1,11 +1,10 @@
-// The replace restore: empties the database and fills it from the backup file, record by record.
-// One line and one record are in memory at a time.
+// The replace restore: empties the database and fills it from the backup file, record by record,
+// in memory that does not grow with either.
 #include <cstdint>
 
 #include "messages/message_print.h"
 #include "platform/kdb.h"
-#include "records/backup_reader.h"
-#include "records/backup_record.h"
+#include "records/backup_stream.h"
 #include "records/data_buffer.h"
 #include "restore/database_session.h"
 #include "restore/exit_codes.h"
@@ -31,6 +30,7 @@ class ReplaceRestore {
   [[nodiscard]] int run() {
     if (!openBackup()) return exitBackupNotOpened;
     if (!database_.open(settings_.databaseName)) return exitDatabaseNotOpened;
+    backup_.start();
     if (!deletePhase()) return finish(exitFailed);
     const int result = finish(addPhase());
     if (result == exitSuccess) printMessage("IDS_MAIN_EIGHTH", addedCount_);
@@ -89,10 +89,8 @@ class ReplaceRestore {
 
   [[nodiscard]] ExitCode addPhase() {
     progress_.restart();
-    CMDatabaseBackupRecord line;
-    ReadOutcome read = backup_.next(line);
-    for (; read == ReadOutcome::line; read = backup_.next(line)) {
-      line.buildDataBuffer(record_);
+    ReadOutcome read = backup_.next(record_);
+    for (; read == ReadOutcome::line; read = backup_.next(record_)) {
       if (settings_.prototypesOnly != 0 && !belongsToPrototypes(record_)) continue;
       if (!addRecord()) return exitFailed;
     }
@@ -124,7 +122,7 @@ class ReplaceRestore {
   }
 
   const RestoreSettings& settings_;
-  BackupReader backup_;
+  BackupStream backup_;
   DatabaseSession database_;
   kdb::kdbHandle scan_;
   DataBuffer record_;

@@ -9,23 +9,27 @@ HandleTable& HandleTable::instance() {
   return table;
 }
 
-kdbHandle HandleTable::enter(Object object, Database* database) {
-  if (free_.empty()) free_.push_back(&slots_.emplace_back());
-  Slot& slot = *free_.back();
-  free_.pop_back();
+kdbHandle HandleTable::renew(Slot& slot) {
   // The tag 0 is left to handles that were never filled.
   slot.tag = static_cast<std::int16_t>(slot.tag == -1 ? 1 : slot.tag + 1);
-  slot.object = std::move(object);
-  slot.database = database;
   kdbHandle handle;
   handle.tag = slot.tag;
   handle.slot = &slot;
   return handle;
 }
 
+kdbHandle HandleTable::enter(Object object, Database* database) {
+  if (free_.empty()) free_.push_back(&slots_.emplace_back());
+  Slot& slot = *free_.back();
+  free_.pop_back();
+  slot.object = std::move(object);
+  slot.database = database;
+  return renew(slot);
+}
+
 void HandleTable::release(Slot& slot) {
   const Object gone = std::exchange(slot.object, std::monostate());
-  slot.tag = static_cast<std::int16_t>(slot.tag == -1 ? 1 : slot.tag + 1);
+  (void)renew(slot);
   slot.database = nullptr;
   free_.push_back(&slot);
 }

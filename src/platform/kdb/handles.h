@@ -19,7 +19,7 @@ struct HeldRecord {
 
 struct OpenScan {
   Scan scan;
-  kdbHandle held;  // the last held record, let go by the next read
+  Slot* held = nullptr;  // of the held record; every read and the deletion renew its tag
 };
 
 using Object = std::variant<std::monostate, std::unique_ptr<Database>, std::unique_ptr<OpenScan>,
@@ -36,6 +36,8 @@ class HandleTable {
   static HandleTable& instance();
 
   kdbHandle enter(Object object, Database* database);
+  // Makes every handle to the slot stale; the result is the one that is not.
+  static kdbHandle renew(Slot& slot);
   // The slot's object goes; every handle to it is stale from now on.
   void release(Slot& slot);
   // Releases all that belongs to the database, the database itself last.

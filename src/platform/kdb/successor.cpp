@@ -23,6 +23,9 @@ constexpr unsigned transactionCost = 10000;
 constexpr std::size_t firstMapSize = std::size_t{64} << 20;
 constexpr std::size_t mapReserve = std::size_t{32} << 20;
 
+// How many new bytes are handed to the disk at a time.
+constexpr off_t writeBackStep = off_t{8} << 20;
+
 MDB_val valueOf(const Key& key) {
   return {keySize, const_cast<std::uint8_t*>(key.bytes.data())};  // the engine does not write to it
 }
@@ -126,7 +129,19 @@ Outcome Successor::commit() {
   cursor_.reset();
   pendingCost_ = 0;
   if (transaction_ == nullptr) return succeeded;
-  return outcomeOf(mdb_txn_commit(transaction_.release()));
+  const Outcome outcome = outcomeOf(mdb_txn_commit(transaction_.release()));
+  if (outcome.ok()) startWriteBack();
+  return outcome;
+}
+
+// Lets the disk work while the next records are prepared; the sync at the end then waits for less.
+void Successor::startWriteBack() {
+  MDB_envinfo info{};
+  if (mdb_env_info(environment_.get(), &info) != 0) return;
+  const auto end = static_cast<off_t>(info.me_last_pgno) * 4096;
+  if (end - writeBackFrom_ < writeBackStep) return;
+  (void)::sync_file_range(fd(), writeBackFrom_, end - writeBackFrom_, SYNC_FILE_RANGE_WRITE);
+  writeBackFrom_ = end;
 }
 
 Outcome Successor::commitWhenLarge(unsigned cost) {

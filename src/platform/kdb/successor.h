@@ -53,6 +53,7 @@ class Successor {
   [[nodiscard]] Outcome openEngine();
   [[nodiscard]] Outcome begin();
   [[nodiscard]] Outcome commit();
+  void startWriteBack();
   [[nodiscard]] Outcome commitWhenLarge(unsigned cost);
   [[nodiscard]] Outcome growMap();
   [[nodiscard]] Outcome put(const Key& key, const std::uint8_t* record, unsigned flags);
@@ -68,6 +69,7 @@ class Successor {
   Key lastKey_;  // the highest key, once there is one
   bool empty_ = true;
   unsigned pendingCost_ = 0;
+  off_t writeBackFrom_ = 0;
 };
 
 }  // namespace orx::kdb

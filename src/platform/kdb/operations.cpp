@@ -94,11 +94,6 @@ std::int32_t changeRecord(kdbHandle handle, const std::uint8_t* key, std::int32_
   });
 }
 
-void letGo(kdbHandle& held) {
-  if (objectOf<HeldRecord>(held) != nullptr) HandleTable::instance().release(*held.slot);
-  held = kdbHandle();
-}
-
 }  // namespace
 
 std::int32_t kdbOpen(const char* name, std::int32_t nameLength, std::int32_t mode,
@@ -115,11 +110,13 @@ std::int32_t StartUpdate(kdbHandle database, const std::uint8_t* key, std::int32
     if (!isKey(key, keyLength)) return badLength;
     OwnedSnapshot snapshot;
     if (const Outcome outcome = open.snapshot(snapshot); !outcome.ok()) return outcome;
-    auto made = std::make_unique<OpenScan>(OpenScan{Scan(std::move(*snapshot)), {}});
+    auto made = std::make_unique<OpenScan>(OpenScan{Scan(std::move(*snapshot))});
     if (const Key start = Key::ofRecord(key); start != Key()) {
       if (const Outcome outcome = made->scan.seek(start); !outcome.ok()) return outcome;
     }
+    OpenScan& started = *made;
     scan = HandleTable::instance().enter(std::move(made), &open);
+    started.held = HandleTable::instance().enter(HeldRecord{scan.slot}, &open).slot;
     return succeeded;
   });
 }
@@ -127,14 +124,14 @@ std::int32_t StartUpdate(kdbHandle database, const std::uint8_t* key, std::int32
 std::int32_t ReadNextForUpdate(kdbHandle scan, std::int32_t, std::uint8_t* buffer,
                                std::int32_t bufferLength, std::int32_t& length, kdbHandle& held) {
   held = kdbHandle();
-  return checked<OwnedScan>(scan, [&](OwnedScan& open, Database& database) -> Outcome {
+  return checked<OwnedScan>(scan, [&](OwnedScan& open, Database&) -> Outcome {
     if (!isRecord(buffer, bufferLength)) return badLength;
-    letGo(open->held);
+    const kdbHandle next = HandleTable::renew(*open->held);
     const std::uint8_t* record = nullptr;
     if (const Outcome outcome = open->scan.next(record); !outcome.ok()) return outcome;
     std::memcpy(buffer, record, recordSize);
     length = static_cast<std::int32_t>(recordSize);
-    held = open->held = HandleTable::instance().enter(HeldRecord{scan.slot}, &database);
+    held = next;
     return succeeded;
   });
 }
@@ -143,7 +140,7 @@ std::int32_t DeleteHeldRecord(kdbHandle held) {
   return checked<HeldRecord>(held, [&](HeldRecord& record, Database& database) -> Outcome {
     auto& open = std::get<OwnedScan>(record.scan->object);
     const Outcome outcome = database.deleteHeld(open->scan);
-    if (outcome.ok()) letGo(open->held);
+    if (outcome.ok()) (void)HandleTable::renew(*open->held);
     return outcome;
   });
 }

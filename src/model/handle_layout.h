@@ -1,12 +1,17 @@
-// What the source files of CMConfigHandle share: bits of bytes 6 and 7, and their trace unit.
+// The bytes of a configuration handle: size, the bits of bytes 6 and 7; and the trace unit that the
+// sources of CMConfigHandle share.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
-#include "model/config_handle.h"
 #include "platform/trace.h"
 
 namespace orx {
+
+inline constexpr std::size_t handleSize = 8;
+using HandleBytes = std::array<std::uint8_t, handleSize>;
 
 extern const TraceUnit configHandleTraceUnit;
 
