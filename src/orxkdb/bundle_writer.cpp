@@ -1,0 +1,43 @@
+#include "orxkdb/bundle_writer.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "messages/bundle_files.h"
+#include "platform/atomic_file.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+std::string_view textOf(const BundleFile& file) {
+  return {static_cast<const char*>(static_cast<const void*>(file.bytes.data())), file.bytes.size()};
+}
+
+int writeFile(const std::string& path, std::string_view bytes) {
+  AtomicFile file;
+  if (const int error = file.open(path); error != 0) return error;
+  if (const int error = file.write(bytes); error != 0) return error;
+  return file.publish();
+}
+
+}  // namespace
+
+Result putBundle(const std::string& directory) {
+  const std::string bundle = directory + "/" + bundleName;
+  std::error_code error;
+  std::filesystem::create_directory(bundle, error);
+  if (error) {
+    return fileFailure(exitNotOpened, "the directory of the messages cannot be made", bundle,
+                       error.value());
+  }
+  for (const BundleFile& file : bundleFiles()) {
+    const std::string path = bundle + "/" + std::string(file.name);
+    if (const int failed = writeFile(path, textOf(file)); failed != 0) {
+      return fileFailure(exitFailed, "a file of the messages cannot be written", path, failed);
+    }
+  }
+  return {};
+}
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,14 @@
+// The message bundle as files, where the programs look for it.
+#pragma once
+
+#include <string>
+
+#include "orxkdb/result.h"
+
+namespace orx::orxkdb {
+
+// Puts the directory PRESTORE_restore with its files into `directory`, which must exist. Each file
+// appears whole; one that is there is replaced.
+Result putBundle(const std::string& directory);
+
+}  // namespace orx::orxkdb

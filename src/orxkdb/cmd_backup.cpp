@@ -1,0 +1,74 @@
+#include "orxkdb/cmd_backup.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "orxkdb/database_reader.h"
+#include "orxkdb/output.h"
+#include "orxkdb/record_name.h"
+#include "records/backup_record.h"
+#include "records/carry_check.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+Result checkRecord(const BackupOptions& options, const DataBuffer& record) {
+  const CarryProblem problem = checkCarry(record);
+  if (problem == CarryProblem::none) return {};
+  return fail(exitNotAsExpected,
+              std::string("a backup line cannot carry this record: ") + describe(problem),
+              options.database + " " + recordName(record),
+              "use \"orxkdb dump\", which carries every record; no backup was made");
+}
+
+Result writeBackup(const BackupOptions& options, DatabaseReader& reader, Output& output) {
+  const std::string_view lineEnd = options.crlf ? "\r\n" : "\n";
+  CMDatabaseBackupRecord line;
+  Result written = reader.forEach([&](const DataBuffer& record) {
+    if (Result result = checkRecord(options, record); !result.ok()) return result;
+    line = record;
+    if (Result result = output.write(line.text()); !result.ok()) return result;
+    return output.write(lineEnd);
+  });
+  return written.ok() ? output.publish() : written;
+}
+
+}  // namespace
+
+Result backup(const BackupOptions& options) {
+  DatabaseReader reader;
+  if (Result result = reader.open(options.database); !result.ok()) return result;
+  Output output;
+  if (Result result = output.open(options.file, options.database); !result.ok()) return result;
+  if (Result result = writeBackup(options, reader, output); !result.ok()) return result;
+  if (!output.isStandard()) {
+    say(options.file + ": " + std::to_string(reader.count()) + " records backed up\n");
+  }
+  return {};
+}
+
+void addBackup(CLI::App& program, Action& action) {
+  auto options = std::make_shared<BackupOptions>();
+  CLI::App* const command =
+      program.add_subcommand("backup", "Write every record as a line that orxrestore reads");
+  command->add_option("DB", options->database, "Database to read; it is not changed")
+      ->required()
+      ->type_name("");
+  command
+      ->add_option("FILE", options->file,
+                   "File to write, whole or not at all; \"-\" is standard output")
+      ->required()
+      ->type_name("");
+  command->add_flag("--crlf", options->crlf, "End each line with CR LF");
+  command->footer(
+      "A line has 440 columns. A record that it cannot carry, because a number needs more than 8\n"
+      "characters or the data holds a line feed, is named, and then no file is written.\n\n"
+      "Examples:\n"
+      "  orxkdb backup rorxdata rorxdata.txt\n"
+      "  orxkdb backup --crlf rorxdata RORXbackup.txt\n"
+      "  orxkdb backup rorxdata - | gzip > rorxdata.txt.gz");
+  command->callback([options, &action] { action = [options] { return backup(*options); }; });
+}
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,20 @@
+// orxkdb backup: every record of a database as a line that orxrestore reads.
+#pragma once
+
+#include <string>
+
+#include "orxkdb/command.h"
+
+namespace orx::orxkdb {
+
+struct BackupOptions {
+  std::string database;
+  std::string file;
+  bool crlf = false;  // "\r\n" ends a line, not "\n"
+};
+
+Result backup(const BackupOptions& options);
+
+Registration addBackup;
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,52 @@
+#include "orxkdb/cmd_create.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "orxkdb/bundle_writer.h"
+#include "orxkdb/output.h"
+#include "platform/file.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+Result createDatabase(const std::string& name) {
+  kdb::kdbHandle database;
+  kdb::kdbStatus status;
+  if (kdb::kdbOpen(name.c_str(), static_cast<std::int32_t>(name.size()), kdb::openAsNew, database,
+                   status) != 0) {
+    return createFailure(name, status);
+  }
+  return kdb::CloseDatabase(database, status) == 0 ? Result() : databaseFailure(name, status);
+}
+
+}  // namespace
+
+Result create(const CreateOptions& options) {
+  if (Result result = createDatabase(options.database); !result.ok()) return result;
+  const std::string directory = directoryOf(options.database);
+  if (Result result = putBundle(directory); !result.ok()) {
+    result.text += "; the database is made, \"orxkdb messages " + directory + "\" adds the rest";
+    return result;
+  }
+  say(options.database + ": empty database made, messages beside it\n");
+  return {};
+}
+
+void addCreate(CLI::App& program, Action& action) {
+  auto options = std::make_shared<CreateOptions>();
+  CLI::App* const command = program.add_subcommand(
+      "create", "Make an empty database, and the message files that orxrestore prints from");
+  command->add_option("DB", options->database, "Name of the new database; must not exist yet")
+      ->required()
+      ->type_name("");
+  command->footer(
+      "The directory PRESTORE_restore with the messages goes beside the database.\n\n"
+      "Examples:\n"
+      "  orxkdb create rorxdata\n"
+      "  orxkdb create /srv/tdv/rorxdata");
+  command->callback([options, &action] { action = [options] { return create(*options); }; });
+}
+
+}  // namespace orx::orxkdb

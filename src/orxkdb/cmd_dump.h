@@ -1,0 +1,19 @@
+// orxkdb dump: every record of a database as text (dump_format.h).
+#pragma once
+
+#include <string>
+
+#include "orxkdb/command.h"
+
+namespace orx::orxkdb {
+
+struct DumpOptions {
+  std::string database;
+  std::string file = "-";
+};
+
+Result dump(const DumpOptions& options);
+
+Registration addDump;
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,125 @@
+#include "orxkdb/cmd_load.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "orxkdb/database_reader.h"
+#include "orxkdb/dump_reader.h"
+#include "orxkdb/output.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+constexpr auto endOfRecords = static_cast<std::int32_t>(kdb::endOfData.code);
+constexpr auto recordLength = static_cast<std::int32_t>(data_layout::recordSize);
+constexpr auto keyLength = static_cast<std::int32_t>(data_layout::keySize);
+
+// The database that is filled; unless it is published it stays as it was.
+class LoadedDatabase {
+ public:
+  LoadedDatabase() = default;
+  LoadedDatabase(const LoadedDatabase&) = delete;
+  LoadedDatabase& operator=(const LoadedDatabase&) = delete;
+  ~LoadedDatabase() { (void)kdb::AbandonDatabase(handle_); }
+
+  Result open(const LoadOptions& options) {
+    name_ = options.database;
+    const std::int32_t mode = options.replace ? kdb::openForUpdate : kdb::openAsNew;
+    kdb::kdbStatus status;
+    const std::int32_t code =
+        kdb::kdbOpen(name_.c_str(), static_cast<std::int32_t>(name_.size()), mode, handle_, status);
+    if (options.replace) return code == 0 ? deleteAll() : openFailure(name_, status);
+    return code == 0 ? Result() : createFailure(name_, status);
+  }
+
+  Result add(const DataBuffer& record, const DumpReader& dump) {
+    const std::int32_t code =
+        kdb::AddRecord(handle_, record.data(), keyLength, record.data(), recordLength);
+    return code == 0 ? Result() : lastFailure(name_ + " at " + dump.place(), handle_);
+  }
+
+  Result publish() {
+    kdb::kdbStatus status;
+    return kdb::CloseDatabase(handle_, status) == 0 ? Result() : databaseFailure(name_, status);
+  }
+
+ private:
+  Result deleteAll() {
+    DataBuffer record;
+    kdb::kdbHandle scan;
+    std::int32_t code = kdb::StartUpdate(handle_, record.data(), keyLength, scan);
+    while (code == 0) code = deleteNext(scan, record);
+    return code == endOfRecords ? Result() : lastFailure(name_, handle_);
+  }
+
+  static std::int32_t deleteNext(kdb::kdbHandle scan, DataBuffer& record) {
+    kdb::kdbHandle held;
+    std::int32_t length = 0;
+    const std::int32_t code =
+        kdb::ReadNextForUpdate(scan, 0, record.data(), recordLength, length, held);
+    return code == 0 ? kdb::DeleteHeldRecord(held) : code;
+  }
+
+  std::string name_;
+  kdb::kdbHandle handle_;
+};
+
+Result addAll(DumpReader& dump, LoadedDatabase& database) {
+  DataBuffer record;
+  while (dump.next(record)) {
+    if (Result result = database.add(record, dump); !result.ok()) return result;
+  }
+  return dump.result();
+}
+
+// Reads back what was published.
+Result compareCount(const std::string& database, std::uint64_t loaded) {
+  DatabaseReader reader;
+  if (Result result = reader.open(database); !result.ok()) return result;
+  Result read = reader.forEach([](const DataBuffer&) { return Result(); });
+  if (!read.ok()) return read;
+  if (reader.count() == loaded) return {};
+  return fail(exitFailed, "the database does not hold the records of the dump",
+              database + " (" + std::to_string(reader.count()) + " of " + std::to_string(loaded) +
+                  " records)",
+              "look into the system's log and load it again");
+}
+
+}  // namespace
+
+Result load(const LoadOptions& options) {
+  DumpReader dump;
+  if (Result result = dump.open(options.file); !result.ok()) return result;
+  if (Result result = dump.readHeader(); !result.ok()) return result;
+  LoadedDatabase database;
+  if (Result result = database.open(options); !result.ok()) return result;
+  if (Result result = addAll(dump, database); !result.ok()) return result;
+  if (Result result = database.publish(); !result.ok()) return result;
+  if (Result result = compareCount(options.database, dump.count()); !result.ok()) return result;
+  say(options.database + ": " + std::to_string(dump.count()) + " records loaded\n");
+  return {};
+}
+
+void addLoad(CLI::App& program, Action& action) {
+  auto options = std::make_shared<LoadOptions>();
+  CLI::App* const command =
+      program.add_subcommand("load", "Make a database from a dump, or replace the records of one");
+  command->add_option("DB", options->database, "Database to make, or to replace with --replace")
+      ->required()
+      ->type_name("");
+  command->add_option("FILE", options->file, "Dump to read; \"-\" or nothing is standard input")
+      ->type_name("");
+  command->add_flag("--replace", options->replace,
+                    "Replace all records of DB, which must exist; \"orxkdb undo\" takes it back");
+  command->footer(
+      "Reads what \"orxkdb dump\", db5.3_dump and mdb_dump write, without their option -p. Every\n"
+      "key and record is checked; a fault is named as FILE:LINE, and then nothing is loaded.\n\n"
+      "Examples:\n"
+      "  orxkdb load rorxdata rorxdata.dump\n"
+      "  orxkdb load --replace rorxdata rorxdata.dump\n"
+      "  gunzip -c rorxdata.dump.gz | orxkdb load rorxdata");
+  command->callback([options, &action] { action = [options] { return load(*options); }; });
+}
+
+}  // namespace orx::orxkdb

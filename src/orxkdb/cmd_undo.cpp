@@ -1,0 +1,57 @@
+#include "orxkdb/cmd_undo.h"
+
+#include <sys/stat.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "orxkdb/output.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+constexpr auto notFound = static_cast<std::int32_t>(kdb::Reason::notFound);
+constexpr auto wrongFormat = static_cast<std::int32_t>(kdb::Reason::format);
+constexpr auto ioError = static_cast<std::int32_t>(kdb::Reason::ioError);
+
+// The database itself or its previous generation may be what is missing or damaged.
+Result undoFailure(const std::string& name, const kdb::kdbStatus& status) {
+  struct stat file {};
+  const bool exists = ::stat(name.c_str(), &file) == 0;
+  const std::string previous = name + ".orx-previous";
+  if (status.reason == notFound && exists) {
+    return fail(exitNotOpened, "the database has no previous generation", previous,
+                "nothing can be undone; the database is as it was");
+  }
+  if (status.reason == wrongFormat && kdb::looksLikeDatabase(name.c_str())) {
+    return openFailure(previous, status);
+  }
+  return status.reason == ioError ? databaseFailure(name, status) : openFailure(name, status);
+}
+
+}  // namespace
+
+Result undo(const UndoOptions& options) {
+  const std::string& name = options.database;
+  kdb::kdbStatus status;
+  if (kdb::exchangeWithPrevious(name.c_str(), status) != 0) return undoFailure(name, status);
+  say(name + ": back to its previous generation; what it was until now is kept as " + name +
+      ".orx-previous, and another \"orxkdb undo " + name + "\" takes this back\n");
+  return {};
+}
+
+void addUndo(CLI::App& program, Action& action) {
+  auto options = std::make_shared<UndoOptions>();
+  CLI::App* const command = program.add_subcommand(
+      "undo", "Take the last change of a database back, whichever program made it");
+  command->add_option("DB", options->database, "Database to change")->required()->type_name("");
+  command->footer(
+      "Every run that changes a database keeps what it was as DB.orx-previous. undo exchanges the\n"
+      "two; a second undo exchanges them again. Only one generation is kept.\n\n"
+      "Examples:\n"
+      "  orxkdb undo rorxdata");
+  command->callback([options, &action] { action = [options] { return undo(*options); }; });
+}
+
+}  // namespace orx::orxkdb

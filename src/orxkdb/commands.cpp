@@ -1,0 +1,32 @@
+#include "orxkdb/commands.h"
+
+#include "orxkdb/cmd_backup.h"
+#include "orxkdb/cmd_create.h"
+#include "orxkdb/cmd_dump.h"
+#include "orxkdb/cmd_load.h"
+#include "orxkdb/cmd_messages.h"
+#include "orxkdb/cmd_stat.h"
+#include "orxkdb/cmd_undo.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+// In the order of the help; one line for each.
+constexpr Registration* registrations[] = {
+    addCreate,    //
+    addDump,      //
+    addLoad,      //
+    addBackup,    //
+    addStat,      //
+    addMessages,  //
+    addUndo,      //
+};
+
+}  // namespace
+
+void addCommands(CLI::App& program, Action& action) {
+  for (Registration* const add : registrations) add(program, action);
+}
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,42 @@
+#include "orxkdb/database_reader.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+constexpr auto endOfRecords = static_cast<std::int32_t>(kdb::endOfData.code);
+constexpr auto recordLength = static_cast<std::int32_t>(kdb::recordSize);
+
+}  // namespace
+
+DatabaseReader::~DatabaseReader() {
+  (void)kdb::AbandonDatabase(database_);
+}
+
+Result DatabaseReader::open(const std::string& name) {
+  name_ = name;
+  kdb::kdbStatus status;
+  if (kdb::kdbOpen(name.c_str(), static_cast<std::int32_t>(name.size()), kdb::openForReading,
+                   database_, status) != 0) {
+    return openFailure(name, status);
+  }
+  if (kdb::OpenCursor(database_, nullptr, 0, cursor_) != 0) return lastFailure(name, database_);
+  return {};
+}
+
+bool DatabaseReader::next(DataBuffer& record) {
+  if (!result_.ok()) return false;
+  std::int32_t length = 0;
+  const std::int32_t code =
+      kdb::ReadNextFromCursor(cursor_, 0, record.data(), recordLength, length);
+  if (code == 0) {
+    ++count_;
+    return true;
+  }
+  if (code != endOfRecords) {
+    result_ = lastFailure(name_ + " behind its record " + std::to_string(count_), database_);
+  }
+  return false;
+}
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,53 @@
+// DatabaseReader: one pass over the records of a database, in database order.
+//
+//   DatabaseReader reader;
+//   if (Result result = reader.open(name); !result.ok()) return result;
+//   return reader.forEach([&](const DataBuffer& record) -> Result { ... });
+//
+// It reads one whole state of the database, whatever is published meanwhile, and takes no lock.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "orxkdb/result.h"
+#include "platform/kdb.h"
+#include "records/data_buffer.h"
+
+namespace orx::orxkdb {
+
+class DatabaseReader {
+ public:
+  DatabaseReader() = default;
+  DatabaseReader(const DatabaseReader&) = delete;
+  DatabaseReader& operator=(const DatabaseReader&) = delete;
+  ~DatabaseReader();
+
+  Result open(const std::string& name);
+
+  // False at the end and after a failure; result() tells which.
+  [[nodiscard]] bool next(DataBuffer& record);
+  [[nodiscard]] const Result& result() const { return result_; }
+  // The number of records that next() gave.
+  [[nodiscard]] std::uint64_t count() const { return count_; }
+
+  // Calls visit(record) for every record until it returns a failure. That failure, or the one that
+  // ended the reading.
+  template <typename Visit>
+  Result forEach(Visit visit) {
+    DataBuffer record;
+    while (next(record)) {
+      if (Result visited = visit(record); !visited.ok()) return visited;
+    }
+    return result_;
+  }
+
+ private:
+  std::string name_;
+  kdb::kdbHandle database_;
+  kdb::kdbHandle cursor_;
+  std::uint64_t count_ = 0;
+  Result result_;
+};
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,108 @@
+#include "orxkdb/output.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+
+#include "platform/file.h"
+#include "platform/kdb.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+constexpr std::size_t bufferSize = std::size_t{256} * 1024;
+constexpr std::string_view successorSuffix = ".orx-new";
+constexpr std::array databaseSuffixes{successorSuffix, std::string_view(".orx-previous")};
+
+bool isFile(const struct stat& file, const std::string& name) {
+  struct stat named {};
+  return !name.empty() && ::stat(name.c_str(), &named) == 0 && sameFile(file, named);
+}
+
+Result refuse(std::string_view what, std::string_view name) {
+  return fail(exitNotAsExpected, what, name,
+              "give another name for the output; nothing is changed");
+}
+
+// AtomicFile writes beside its target first, so that name has to be free as well.
+Result refuseDatabase(const std::string& name, const std::string& database) {
+  struct stat file {};
+  if (::stat(name.c_str(), &file) == 0 && isFile(file, database)) {
+    return refuse("the output would replace the database itself", name);
+  }
+  for (const std::string_view suffix : databaseSuffixes) {
+    if (name.ends_with(suffix)) return refuse("names with this ending belong to databases", name);
+  }
+  const std::string target = resolvePath(name).value_or(name);
+  for (const std::string& path : {target, target + std::string(successorSuffix)}) {
+    if (kdb::looksLikeDatabase(path.c_str())) {
+      return refuse("the output would replace a database", path);
+    }
+  }
+  return {};
+}
+
+Result refuseRedirection(const std::string& database) {
+  struct stat file {};
+  if (::fstat(STDOUT_FILENO, &file) != 0 || !isFile(file, database)) return {};
+  return refuse("standard output is the database itself", database);
+}
+
+}  // namespace
+
+Result Output::open(const std::string& name, const std::string& database) {
+  name_ = name;
+  isStandard_ = name == standardStream;
+  if (isStandard_) return refuseRedirection(database);
+  if (Result refused = refuseDatabase(name, database); !refused.ok()) return refused;
+  const int error = file_.open(name);
+  if (error == 0) return {};
+  if (error == EEXIST) {
+    return fail(exitNotOpened, "the output is no regular file", name,
+                "give the name of a file, or \"-\" for standard output");
+  }
+  return fileFailure(exitNotOpened, "the output file cannot be made", name, error);
+}
+
+Result Output::write(std::string_view bytes) {
+  int error = 0;
+  if (isStandard_) {
+    buffer_.append(bytes);
+    if (buffer_.size() >= bufferSize) error = flush();
+  } else {
+    error = file_.write(bytes);
+  }
+  return error == 0 ? Result() : writeFailure(error);
+}
+
+Result Output::publish() {
+  const int error = isStandard_ ? flush() : file_.publish();
+  return error == 0 ? Result() : writeFailure(error);
+}
+
+int Output::flush() {
+  const int error = writeAll(STDOUT_FILENO, buffer_);
+  buffer_.clear();
+  return error;
+}
+
+Result Output::writeFailure(int error) const {
+  const std::string_view where = isStandard_ ? "standard output" : std::string_view(name_);
+  return fileFailure(exitFailed, "the output cannot be written", where, error);
+}
+
+Result writeStandardOutput(std::string_view text) {
+  Output output;
+  if (Result result = output.write(text); !result.ok()) return result;
+  return output.publish();
+}
+
+void say(std::string_view text) {
+  (void)writeAll(STDOUT_FILENO, text);
+}
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,47 @@
+// Output: where a subcommand writes its product, standard output or a file that appears whole or
+// not at all.
+//
+//   Output output;
+//   output.open(name, database); output.write(bytes); ...; output.publish();
+//
+// A file that was not published leaves nothing behind. No database is ever overwritten: open()
+// refuses the database that is being read under any of its names, every other file that is a
+// database, and the names that belong to databases.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "orxkdb/result.h"
+#include "platform/atomic_file.h"
+
+namespace orx::orxkdb {
+
+inline constexpr std::string_view standardStream = "-";
+
+class Output {
+ public:
+  // `name` is a file or "-"; `database` the name of the database that is read, or empty.
+  Result open(const std::string& name, const std::string& database);
+  Result write(std::string_view bytes);
+  Result publish();
+
+  [[nodiscard]] bool isStandard() const { return isStandard_; }
+
+ private:
+  [[nodiscard]] int flush();
+  [[nodiscard]] Result writeFailure(int error) const;
+
+  std::string name_;
+  bool isStandard_ = true;
+  AtomicFile file_;
+  std::string buffer_;  // for standard output
+};
+
+// Writes all of `text` on standard output as the product of a subcommand.
+Result writeStandardOutput(std::string_view text);
+
+// Tells the operator what was done; whether anybody listens does not matter.
+void say(std::string_view text);
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,96 @@
+#include "orxkdb/program.h"
+
+#include <unicode/uversion.h>
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <cstdio>
+#include <new>
+
+#include "orxkdb/commands.h"
+#include "orxkdb/output.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+constexpr const char* description =
+    "orxkdb makes, reads and copies the configuration databases that orxrestore works on.";
+
+constexpr const char* footer =
+    "\"orxkdb SUBCOMMAND --help\" tells more about a subcommand and shows examples.\n\n"
+    "Databases are changed in one step, whole or not at all; what was there before stays as\n"
+    "DB.orx-previous, see \"orxkdb undo --help\". Reading is safe while other programs work.\n\n"
+    "Exit codes:\n"
+    "  0  done\n"
+    "  1  the command line is unusable\n"
+    "  2  the input or the database is not what it should be\n"
+    "  5  a database or a file could not be opened\n"
+    "  6  a failure on the way: disk, memory, closed output";
+
+std::string versionText() {
+  std::array<std::uint8_t, U_MAX_VERSION_LENGTH> number{};
+  u_getVersion(number.data());
+  std::array<char, U_MAX_VERSION_STRING_LENGTH> icu{};
+  u_versionToString(number.data(), icu.data());
+  return std::string("orxkdb " ORX_VERSION "\n") + kdb::engineVersion() + "\nICU " + icu.data();
+}
+
+void describeProgram(CLI::App& program, Action& action) {
+  program.set_version_flag("--version", versionText, "Print the versions of orxkdb and its parts");
+  program.require_subcommand(1);
+  program.footer(footer);
+  addCommands(program, action);
+}
+
+// The parser calls a word that is no subcommand a missing one.
+Result usageFailure(const CLI::App& program, const CLI::ParseError& error,
+                    std::string_view firstWord) {
+  std::string what = error.what();
+  std::string help = "orxkdb";
+  const auto commands = program.get_subcommands();
+  if (!commands.empty()) {
+    help += " " + commands.front()->get_name();
+  } else if (!firstWord.empty() && !firstWord.starts_with('-')) {
+    what = "there is no subcommand \"" + std::string(firstWord) + "\"";
+  }
+  return fail(exitUsage, what, "command line", "see \"" + help + " --help\"");
+}
+
+// What the command line asks for; the help and the version are printed here.
+Result readCommandLine(CLI::App& program, int argc, const char* const argv[]) {
+  try {
+    program.parse(argc, argv);
+    return {};
+  } catch (const CLI::CallForHelp&) {
+    return writeStandardOutput(program.help());
+  } catch (const CLI::CallForVersion& version) {
+    return writeStandardOutput(std::string(version.what()) + "\n");
+  } catch (const CLI::ParseError& error) {
+    return usageFailure(program, error, argc > 1 ? argv[1] : "");
+  }
+}
+
+Result runSteps(int argc, const char* const argv[]) {
+  Action action;
+  CLI::App program(description, "orxkdb");
+  describeProgram(program, action);
+  Result read = readCommandLine(program, argc, argv);
+  return read.ok() && action ? action() : read;
+}
+
+}  // namespace
+
+int run(int argc, const char* const argv[]) {
+  try {
+    const Result result = runSteps(argc, argv);
+    if (!result.ok()) (void)std::fprintf(stderr, "orxkdb: %s\n", result.text.c_str());
+    return result.code;
+  } catch (const std::bad_alloc&) {
+    (void)std::fputs("orxkdb: memory ran out, the run has ended, free memory and run it again\n",
+                     stderr);
+    return exitFailed;
+  }
+}
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,128 @@
+#include "orxkdb/result.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+#include "messages/error_msg.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+struct Sentence {
+  kdb::Reason reason;
+  const char* what;
+  const char* next;
+};
+
+constexpr std::array sentences{
+    Sentence{kdb::Reason::notFound, "there is no such database",
+             "check the name, or make the database with \"orxkdb create\""},
+    Sentence{kdb::Reason::format, "this is no database, or it is damaged",
+             "check the name; move a damaged database away and restore its backup into a new one"},
+    Sentence{kdb::Reason::inUse, "the database is open in another program",
+             "wait until that program has ended"},
+    Sentence{kdb::Reason::authority, "no permission for the database or its directory",
+             "run this as the owner of the database"},
+    Sentence{kdb::Reason::unique, "there is already a file of that name",
+             "choose another name; \"orxkdb load --replace\" replaces the records of a database"},
+    Sentence{kdb::Reason::length, "the name is too long for the file system",
+             "choose a shorter name"},
+    Sentence{kdb::Reason::arguments, "the name of the database is empty", "give its name"},
+    Sentence{kdb::Reason::space, "there is no space left",
+             "free space where the database is and run this again; it is as it was"},
+    Sentence{kdb::Reason::storage, "memory ran out",
+             "free memory and run this again; the database is as it was"},
+    Sentence{kdb::Reason::ioError, "the disk could not be read or written",
+             "look into the system's log; the database is as it was"},
+};
+constexpr Sentence missingDirectory{kdb::Reason::notFound, "there is no directory for the database",
+                                    "make the directory, or check the name"};
+constexpr Sentence otherwise{kdb::Reason::noError, "the database refused the call",
+                             "tell the maintainers with these codes; the database is as it was"};
+
+const Sentence& sentenceOf(std::int32_t reason) {
+  const auto* found = std::ranges::find(sentences, static_cast<kdb::Reason>(reason),
+                                        [](const Sentence& entry) { return entry.reason; });
+  return found == sentences.end() ? otherwise : *found;
+}
+
+std::string numberAndName(std::int32_t number, std::string_view name) {
+  return std::to_string(number).append(" ").append(name);
+}
+
+std::string codesOf(const kdb::kdbStatus& status) {
+  return " (" + numberAndName(status.returnCode, returnCodeName(status.returnCode)) + ", " +
+         numberAndName(status.reason, reasonName(status.reason)) + ")";
+}
+
+Result statusFailure(ExitCode code, const std::string& where, const kdb::kdbStatus& status,
+                     const Sentence& sentence) {
+  return fail(code, sentence.what, where + codesOf(status), sentence.next);
+}
+
+const char* adviceFor(int error) {
+  switch (error) {
+    case ENOENT:
+    case ENOTDIR:
+    case ENAMETOOLONG:
+      return "check the name and its directory";
+    case EACCES:
+    case EPERM:
+    case EROFS:
+      return "check the permissions, or choose another place";
+    case EISDIR:
+      return "give the name of a file in it";
+    case EEXIST:
+      return "choose another name";
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+      return "free space, or choose another place";
+    case EPIPE:
+    case EBADF:
+      return "keep the receiver of the output open, or give the name of a file";
+    default:
+      return "remove the cause and run this again";
+  }
+}
+
+}  // namespace
+
+Result fail(ExitCode code, std::string_view what, std::string_view where, std::string_view next) {
+  std::string text(what);
+  text.append(", ").append(where).append(", ").append(next);
+  return {code, std::move(text)};
+}
+
+Result openFailure(const std::string& database, const kdb::kdbStatus& status) {
+  return statusFailure(exitNotOpened, database, status, sentenceOf(status.reason));
+}
+
+Result createFailure(const std::string& database, const kdb::kdbStatus& status) {
+  const bool isMissing = status.reason == static_cast<std::int32_t>(kdb::Reason::notFound);
+  return statusFailure(exitNotOpened, database, status,
+                       isMissing ? missingDirectory : sentenceOf(status.reason));
+}
+
+Result databaseFailure(const std::string& where, const kdb::kdbStatus& status) {
+  const bool damaged = status.reason == static_cast<std::int32_t>(kdb::Reason::format);
+  return statusFailure(damaged ? exitNotAsExpected : exitFailed, where, status,
+                       sentenceOf(status.reason));
+}
+
+Result lastFailure(const std::string& where, kdb::kdbHandle database) {
+  kdb::kdbStatus status;
+  (void)kdb::GetLastStatus(database, status);
+  return databaseFailure(where, status);
+}
+
+Result fileFailure(ExitCode code, std::string_view what, std::string_view file, int error) {
+  std::string where(file);
+  where.append(" (").append(std::generic_category().message(error)).append(")");
+  return fail(code, what, where, adviceFor(error));
+}
+
+}  // namespace orx::orxkdb

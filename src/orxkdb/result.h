@@ -1,0 +1,37 @@
+// Result: what came of a step of a subcommand, and the texts that tell the operator of a failure.
+//
+// A text has three parts, "what, where, what to do next", without the program's name before them
+// and without a line end. What the database and the system answer is put into plain sentences; the
+// numbers and names of their codes follow in brackets.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "orxkdb/exit_codes.h"
+#include "platform/kdb.h"
+
+namespace orx::orxkdb {
+
+struct [[nodiscard]] Result {
+  ExitCode code = exitDone;
+  std::string text;  // empty when done
+
+  [[nodiscard]] bool ok() const { return code == exitDone; }
+};
+
+Result fail(ExitCode code, std::string_view what, std::string_view where, std::string_view next);
+
+// A database that could not be opened.
+Result openFailure(const std::string& database, const kdb::kdbStatus& status);
+// The same for one that was to be made.
+Result createFailure(const std::string& database, const kdb::kdbStatus& status);
+// Any other call that failed; `where` names the database and, where there is one, the record.
+Result databaseFailure(const std::string& where, const kdb::kdbStatus& status);
+// The same with the status of the last failed call on `database`.
+Result lastFailure(const std::string& where, kdb::kdbHandle database);
+
+// A file call that failed with the system's error number.
+Result fileFailure(ExitCode code, std::string_view what, std::string_view file, int error);
+
+}  // namespace orx::orxkdb
