@@ -5,6 +5,7 @@
 #include "orxkdb/cmd_dump.h"
 #include "orxkdb/cmd_load.h"
 #include "orxkdb/cmd_messages.h"
+#include "orxkdb/cmd_sample.h"
 #include "orxkdb/cmd_stat.h"
 #include "orxkdb/cmd_undo.h"
 
@@ -21,6 +22,7 @@ constexpr Registration* registrations[] = {
     addStat,      //
     addMessages,  //
     addUndo,      //
+    addSample,    //
 };
 
 }  // namespace

@@ -97,7 +97,7 @@ std::string padded(std::uint32_t number) {
 
 }  // namespace
 
-// `share` is in thousandths of the objects; `firstId` keeps two kinds of one handle type apart.
+// `share` is in thousandths of the objects; identifiers count from 1 within a kind.
 struct Fleet::Kind {
   std::string_view name;
   std::int32_t type;

@@ -1,0 +1,54 @@
+#include "orxkdb/cmd_sample.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "orxkdb/sample_writer.h"
+
+namespace orx::orxkdb {
+
+namespace {
+constexpr std::uint32_t fewestObjects = 20;
+constexpr std::uint32_t mostObjects = 50'000'000;
+}  // namespace
+
+Result sample(const SampleOptions& options) {
+  Output output;
+  if (Result result = output.open(options.file, ""); !result.ok()) return result;
+  const SampleOrder order = options.order == "random" ? SampleOrder::random : SampleOrder::key;
+  Result written;
+  const bool complete =
+      writeSample({options.objects, options.seed}, order, [&](std::string_view lines) {
+        written = output.write(lines);
+        return written.ok();
+      });
+  return complete ? output.publish() : written;
+}
+
+void addSample(CLI::App& program, Action& action) {
+  auto options = std::make_shared<SampleOptions>();
+  CLI::App* const command =
+      program.add_subcommand("sample", "Write a backup of a made-up fleet, to try things with");
+  command
+      ->add_option("FILE", options->file,
+                   "File to write, whole or not at all; \"-\" or nothing is standard output")
+      ->type_name("");
+  command->add_option("--objects", options->objects, "How many objects")
+      ->check(CLI::Range(fewestObjects, mostObjects))
+      ->capture_default_str();
+  command->add_option("--seed", options->seed, "Another number gives another fleet")
+      ->capture_default_str();
+  command
+      ->add_option("--order", options->order, "Order of the lines: key (as a database) or random")
+      ->check(CLI::IsMember({"key", "random"}))
+      ->capture_default_str();
+  command->footer(
+      "The same options give the same text everywhere: systems, groups, resources, models with\n"
+      "their use counts, references, parameters and a system record with counters.\n\n"
+      "Examples:\n"
+      "  orxkdb sample fleet.txt\n"
+      "  orxkdb sample --objects 100000 --seed 7 --order random fleet.txt");
+  command->callback([options, &action] { action = [options] { return sample(*options); }; });
+}
+
+}  // namespace orx::orxkdb

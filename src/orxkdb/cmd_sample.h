@@ -1,0 +1,23 @@
+// orxkdb sample: a realistic backup of a fleet that does not exist.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "orxkdb/command.h"
+#include "orxkdb/output.h"
+
+namespace orx::orxkdb {
+
+struct SampleOptions {
+  std::string file{standardStream};
+  std::uint32_t objects = 10000;
+  std::uint64_t seed = 1;
+  std::string order = "key";  // or "random"
+};
+
+Result sample(const SampleOptions& options);
+
+Registration addSample;
+
+}  // namespace orx::orxkdb
