@@ -7,8 +7,11 @@
 #include <span>
 
 #include "platform/kdb_codes.h"
+#include "platform/trace.h"
 
 namespace orx {
+
+ORX_TRACE_UNIT("orxrestore.cpp", "ORXRESTORE");
 
 namespace {
 
@@ -66,6 +69,7 @@ std::string_view reasonName(std::int32_t reason) {
 
 // The names are literals and end with a zero.
 void ErrorMsg(std::int32_t returnCode, std::int32_t reason, const char* text) {
+  ORX_TRACE("ErrorMsg");
   (void)std::printf("%s, RC=%d(%s), RSN=%d(%s)\n", text, returnCode,
                     returnCodeName(returnCode).data(), reason, reasonName(reason).data());
 }

@@ -61,12 +61,11 @@ inline constexpr std::array messageSignatures{
     detail::message("IDS_HELP_14"),
 };
 
-// nullptr when no message has this key.
-[[nodiscard]] constexpr const MessageSignature* findMessage(std::string_view key) {
-  for (const MessageSignature& signature : messageSignatures) {
-    if (signature.key == key) return &signature;
-  }
-  return nullptr;
+// The index of the message with this key in messageSignatures, or its size when there is none.
+[[nodiscard]] constexpr std::size_t findMessage(std::string_view key) {
+  std::size_t i = 0;
+  while (i < messageSignatures.size() && messageSignatures[i].key != key) ++i;
+  return i;
 }
 
 }  // namespace orx

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -23,14 +24,16 @@ template <typename... Arguments>
 class MessageKey {
  public:
   // NOLINTNEXTLINE(google-explicit-constructor): a key is written as its plain text
-  consteval MessageKey(const char* key) : signature_(findMessage(key)) {
-    if (signature_ == nullptr) throw "no such message";
-    if (signature_->count != sizeof...(Arguments)) throw "wrong number of arguments";
+  consteval MessageKey(const char* key) : index_(findMessage(key)) {
+    if (index_ == messageSignatures.size()) throw "no such message";
+    if (signature().count != sizeof...(Arguments)) throw "wrong number of arguments";
     [[maybe_unused]] std::size_t i = 0;
-    if (!(... && (kindOf<Arguments>() == signature_->kinds[i++]))) throw "wrong argument type";
+    if (!(... && (kindOf<Arguments>() == signature().kinds[i++]))) throw "wrong argument type";
   }
 
-  [[nodiscard]] constexpr const MessageSignature& signature() const { return *signature_; }
+  [[nodiscard]] constexpr const MessageSignature& signature() const {
+    return messageSignatures[index_];
+  }
 
  private:
   template <typename Argument>
@@ -42,7 +45,7 @@ class MessageKey {
     return isNumber ? MessageArgument::number : MessageArgument::text;
   }
 
-  const MessageSignature* signature_;
+  std::size_t index_;
 };
 
 namespace detail {

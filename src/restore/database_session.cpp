@@ -46,6 +46,7 @@ bool DatabaseSession::close() {
 
 void DatabaseSession::abandon() {
   (void)kdb::AbandonDatabase(handle_);
+  lossReported_ = true;
 }
 
 void reportBackupReadError() {

@@ -21,7 +21,7 @@ using test::createDatabase;
 using test::makeRecord;
 using test::Opened;
 using test::Record;
-using test::ScratchDirectory;
+using test::TempDir;
 using testing::ElementsAre;
 using testing::SizeIs;
 
@@ -40,7 +40,7 @@ class KdbSurroundings : public testing::Test {
  protected:
   static std::string openResult(const std::string& name) { return Opened(name).opened; }
 
-  ScratchDirectory scratch_;
+  TempDir scratch_;
   std::string name_ = scratch_.file("db");
 };
 
@@ -65,7 +65,7 @@ TEST_F(KdbSurroundings, WhatIsNoDatabaseIsRefusedAndLeftAlone) {
        [](const std::string& name) { std::filesystem::create_symlink(name, name); }, "5/28"},
   };
   for (const auto& row : cases) {
-    const ScratchDirectory scratch;
+    const TempDir scratch;
     const std::string name = scratch.file("db");
     row.make(name);
     const auto before = scratch.names();

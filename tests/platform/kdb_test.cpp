@@ -17,7 +17,7 @@ using test::makeRecord;
 using test::objectOf;
 using test::Opened;
 using test::Record;
-using test::ScratchDirectory;
+using test::TempDir;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -41,7 +41,7 @@ class Kdb : public testing::Test {
     }
   }
 
-  ScratchDirectory scratch_;
+  TempDir scratch_;
   std::string name_ = scratch_.file("db");
 };
 
@@ -184,7 +184,7 @@ TEST_F(Kdb, ScansDeleteWhatTheyHold) {
   };
   for (const auto& row : cases) {
     for (const bool thenAdd : {false, true}) {
-      const ScratchDirectory scratch;
+      const TempDir scratch;
       const std::string name = scratch.file("db");
       createDatabase(name, 100);
       const Opened database(name);

@@ -2,18 +2,16 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <array>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "platform/bytes.h"
 #include "platform/kdb.h"
+#include "tests/support/temp_dir.h"
 
 namespace orx::test {
 
@@ -30,42 +28,6 @@ inline Record makeRecord(std::uint32_t object, std::uint32_t recn = 0, std::uint
 
 inline std::uint32_t objectOf(const Record& record) {
   return loadBE32(record.data() + 8);
-}
-
-// A scratch directory that goes with the object.
-class ScratchDirectory {
- public:
-  ScratchDirectory() {
-    std::string pattern = testing::TempDir() + "orx_kdb_XXXXXX";
-    path_ = ::mkdtemp(pattern.data());
-  }
-  ScratchDirectory(const ScratchDirectory&) = delete;
-  ScratchDirectory& operator=(const ScratchDirectory&) = delete;
-  ~ScratchDirectory() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  [[nodiscard]] std::string file(const std::string& name) const { return path_ + "/" + name; }
-  [[nodiscard]] std::vector<std::string> names() const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(path_)) {
-      names.push_back(entry.path().filename());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-  }
-
- private:
-  std::string path_;
-};
-
-inline std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
-inline void writeFile(const std::string& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary) << bytes;
 }
 
 // "code/reason" of an outcome, for comparisons that read like the documentation.

@@ -1,4 +1,4 @@
-#include "model/memory_manager.h"
+#include "platform/memory_manager.h"
 
 #include <algorithm>
 #include <cstring>

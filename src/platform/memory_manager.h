@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 
 namespace orx {
 
@@ -31,6 +32,28 @@ class CMMemoryManager {
 
   [[nodiscard]] static std::uint32_t bytesInUse();
   [[nodiscard]] static std::uint32_t peakBytesInUse();
+};
+
+// Counted memory for standard containers.
+template <typename T>
+struct CountingAllocator {
+  using value_type = T;
+
+  CountingAllocator() = default;
+  template <typename U>
+  CountingAllocator(const CountingAllocator<U>&) noexcept {}  // NOLINT: converts by design
+
+  [[nodiscard]] T* allocate(std::size_t count) {
+    if (count > SIZE_MAX / sizeof(T)) throw std::bad_alloc();
+    return static_cast<T*>(CMMemoryManager::operator new(count * sizeof(T)));
+  }
+  void deallocate(T* block, std::size_t count) noexcept {
+    CMMemoryManager::operator delete(block, count * sizeof(T));
+  }
+  template <typename U>
+  bool operator==(const CountingAllocator<U>&) const {
+    return true;
+  }
 };
 
 // A character buffer from the counting allocation, released with the size it was taken with.

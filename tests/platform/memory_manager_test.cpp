@@ -1,10 +1,8 @@
-#include "model/memory_manager.h"
+#include "platform/memory_manager.h"
 
 #include <gtest/gtest.h>
 
 #include <utility>
-
-#include "model/collectable.h"
 
 namespace orx {
 namespace {
@@ -45,17 +43,6 @@ TEST(CountedBuffer, MovesAndReleasesOnce) {
     EXPECT_EQ(third.size(), 100u);
   }
   EXPECT_EQ(CMMemoryManager::bytesInUse(), before);
-}
-
-TEST(Collectable, CopiesArePlainCollectables) {
-  const CMCollectable object;
-  const std::unique_ptr<RWCollectable> copy(object.copy());
-  const std::unique_ptr<RWCollectable> species(object.newSpecies());
-  EXPECT_EQ(copy->isA(), 0);
-  EXPECT_EQ(species->isA(), 0);
-  EXPECT_TRUE(object.isEqual(&object));
-  EXPECT_FALSE(object.isEqual(copy.get()));
-  EXPECT_EQ(object.compareTo(copy.get()), -copy->compareTo(&object));
 }
 
 }  // namespace

@@ -1,0 +1,198 @@
+#include "descriptions/description_field.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "encoding/code_pages.h"
+#include "model/attribute.h"
+#include "model/attribute_set.h"
+#include "tests/support/trace_capture.h"
+
+namespace orx {
+namespace {
+
+using testing::ElementsAre;
+
+CMAttribute make(int key, const std::string& value) {
+  CMAttribute attribute{CMAttributeKey(key)};
+  attribute.setValue(value);
+  return attribute;
+}
+
+std::string valueOf(const CMAttribute& attribute) {
+  std::string value;
+  attribute.getValue3(value, 0);
+  return value;
+}
+
+// The field, with a byte beyond it that must stay; "" for a failure that left it zeroed.
+std::string fieldOf(const CMAttribute& attribute, int width) {
+  std::string field(static_cast<std::size_t>(width) + 1, '#');
+  const int done = createUTF8Desc(attribute, field.data(), width);
+  EXPECT_EQ(field.back(), '#');
+  field.pop_back();
+  if (done == 1) return field;
+  EXPECT_EQ(field, std::string(static_cast<std::size_t>(width), '\0'));
+  return "";
+}
+
+TEST(DescriptionField, IsWrittenToItsWidthWithoutSplittingACharacter) {
+  const struct {
+    int key;
+    const char* value;
+    int width;
+    const char* field;
+  } cases[] = {
+      {6, "Web server", 20, "6;Web server        "},
+      {6, "abcdef", 6, "6;abc "},
+      {6, "abc", 6, "6;abc "},
+      {6, "", 4, "6;  "},
+      {6, "aé", 5, "6;a  "},
+      {6, "aé", 6, "6;aé "},
+      {6, "é", 4, "6;  "},
+      {6, "€", 5, "6;   "},
+      {6, "€", 6, "6;€ "},
+      {6, "a😀b", 7, "6;a    "},
+      {6, "\xBF\xBF\xBF", 6, "6;    "},
+      {6, "ab\xFF", 8, "6;ab    "},
+      {6,
+       "\xFF"
+       "ab",
+       8,
+       "6;\xFF"
+       "a    "},
+      {6103, "x", 6, "6103; "},
+      {6103, "x", 5, ""},
+      {6103, "x", 4, ""},
+      {6103, "x", 1, ""},
+  };
+  for (const auto& row : cases) {
+    EXPECT_EQ(fieldOf(make(row.key, row.value), row.width), row.field) << row.value << row.width;
+  }
+  EXPECT_EQ(createUTF8Desc(make(6, "x"), nullptr, 0), 0);
+  EXPECT_THAT(captureTrace("none=1", [] { fieldOf(make(6103, ""), 5); }),
+              ElementsAre("The destination buffer is too small"));
+}
+
+TEST(DescriptionField, IsReadBackOrLeavesTheAttributeAlone) {
+  const struct {
+    const char* text;
+    int key;
+    const char* value;
+  } cases[] = {
+      {"46;Mail relay   ", 46, "Mail relay"},
+      {"6;a;b<>", 6, "a;b<>"},
+      {"0007;", 7, ""},
+      {";x", 0, "x"},
+      {"2147483647;x", 2147483647, "x"},
+  };
+  for (const auto& row : cases) {
+    CMAttribute attribute = make(1, "first");
+    attribute.setValue("second");
+    EXPECT_EQ(getUTF8Desc(row.text, &attribute, 0, 0), 1) << row.text;
+    EXPECT_EQ(attribute.key().number(), row.key) << row.text;
+    EXPECT_EQ(attribute.attrCount(), 1) << row.text;
+    EXPECT_EQ(valueOf(attribute), row.value) << row.text;
+  }
+  const std::string longNumber = std::string(64, '0') + "6;x";
+  for (const char* bad : {"", "abc", "46", "x6;abc", "6x;abc", "-6;abc", " 6;abc", "2147483648;x",
+                          longNumber.c_str(), static_cast<const char*>(nullptr)}) {
+    CMAttribute attribute = make(1, "kept");
+    EXPECT_EQ(getUTF8Desc(bad, &attribute, 1, 0), 0) << bad;
+    EXPECT_TRUE(attribute == make(1, "kept")) << bad;
+  }
+  EXPECT_EQ(getUTF8Desc("6;x", nullptr, 0, 0), 0);
+  CMAttribute attribute;
+  EXPECT_THAT(captureTrace("none=1", [&] { (void)getUTF8Desc("x;", &attribute, 0, 0); }),
+              ElementsAre("The String contain invalid number", "dump of original string (2 bytes)",
+                          testing::HasSubstr("78 3B")));
+}
+
+TEST(DescriptionField, ReadingCanTranslateAndKeepsUtf8WhereItCannot) {
+  CMAttribute attribute;
+  EXPECT_EQ(getUTF8Desc("6;é€  ", &attribute, 1, 1252), 1);
+  EXPECT_EQ(valueOf(attribute), "\xE9\x80");
+  EXPECT_EQ(getUTF8Desc("7;é€  ", &attribute, 1, 819), 1);
+  EXPECT_EQ(valueOf(attribute), "é€");
+  EXPECT_EQ(attribute.key().number(), 7);
+}
+
+std::string times(int count, const std::string& text) {
+  std::string all;
+  for (int i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+TEST(DescriptionTranslation, CutsAtSixtyFourBytesBetweenCharacters) {
+  const struct {
+    const char* name;
+    std::string value;
+    int toUTF8, ccsid, limit64;
+    std::string expected;
+  } cases[] = {
+      {"exact fit", times(64, "é"), 0, 819, 1, times(64, "\xE9")},
+      {"code page", times(70, "é"), 0, 819, 1, times(64, "\xE9")},
+      {"no limit", times(70, "é"), 0, 819, 0, times(70, "\xE9")},
+      {"two bytes, even", times(40, "\xE9"), 1, 819, 1, times(32, "é")},
+      {"two bytes, odd", "x" + times(40, "\xE9"), 1, 819, 1, "x" + times(31, "é")},
+      {"three bytes", times(30, "\x80"), 1, 1252, 1, times(21, "€")},
+      {"UTF-8 as code page", times(22, "€"), 0, 1208, 1, times(21, "€")},
+      {"UTF-8 as local code page", times(22, "€"), 0, 0, 1, times(21, "€")},
+      {"no value", "", 1, 819, 1, ""},
+      {"only 510 bytes count", times(600, "x"), 1, 819, 0, times(510, "x")},
+  };
+  for (const auto& row : cases) {
+    CMAttribute attribute = make(6, row.value);
+    attribute.setValue("second");
+    EXPECT_EQ(TranslateAttrValue(&attribute, row.toUTF8, row.ccsid, row.limit64), 1) << row.name;
+    EXPECT_EQ(valueOf(attribute), row.expected) << row.name;
+    EXPECT_EQ(attribute.attrCount(), 1) << row.name;
+  }
+  const auto lines = captureTrace("none=1", [] {
+    CMAttribute attribute = make(6, times(70, "\xE9"));
+    EXPECT_EQ(TranslateAttrValue(&attribute, 1, 819, 1), 1);
+  });
+  EXPECT_EQ(lines.at(0), "The DESCR is too long and is truncated to 64 bytes (140 bytes)");
+}
+
+TEST(DescriptionTranslation, FailsWithoutAChange) {
+  const struct {
+    const char* name;
+    std::string value;
+    int toUTF8, ccsid;
+  } cases[] = {{"no UTF-8", "\xE9", 0, 819},
+               {"unmappable", "€", 0, 819},
+               {"no such page", "x", 1, 924},
+               {"cut within a character at 510 bytes", "x" + times(300, "é"), 0, 819},
+               {"too long in UTF-8", times(300, "\xE9"), 1, 819}};
+  for (const auto& row : cases) {
+    CMAttribute attribute = make(6, row.value);
+    attribute.setValue("second");
+    const CMAttribute before = attribute;
+    EXPECT_EQ(TranslateAttrValue(&attribute, row.toUTF8, row.ccsid, 1), 0) << row.name;
+    EXPECT_TRUE(attribute == before) << row.name;
+  }
+  EXPECT_EQ(TranslateAttrValue(nullptr, 1, 819, 1), 0);
+}
+
+TEST(DescriptionSearch, FollowsTheTableAndDetachesOnDemand) {
+  CMAttributeSet set("<1;0;1;A;><4094;1;0;><4096;1;1;C;><13;0;1;B;><7;0;1;A;><46;0;1;D;>", 1);
+  const std::size_t entries = set.entries();
+  EXPECT_EQ(findDescAttr(&set, 0)->key().number(), 7);
+  EXPECT_EQ(set.entries(), entries);
+  std::vector<int> keys;
+  for (std::unique_ptr<CMAttribute> taken(findDescAttr(&set, 1)); taken != nullptr;
+       taken.reset(findDescAttr(&set, 1))) {
+    keys.push_back(taken->key().number());
+  }
+  EXPECT_THAT(keys, ElementsAre(7, 13, 46, 8190));
+  EXPECT_EQ(set.entries(), entries - 4);
+  EXPECT_EQ(findDescAttr(nullptr, 1), nullptr);
+}
+
+}  // namespace
+}  // namespace orx

@@ -1,0 +1,203 @@
+#include "encoding/code_pages.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unicode/ustring.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "platform/memory_manager.h"
+#include "platform/trace.h"
+#include "tests/support/trace_capture.h"
+
+namespace orx {
+namespace {
+
+using testing::ElementsAre;
+
+// Whether ICU reads the bytes as characters throughout.
+bool icuAccepts(const std::string& bytes) {
+  UChar utf16[8];
+  UErrorCode status = U_ZERO_ERROR;
+  (void)u_strFromUTF8(utf16, 8, nullptr, bytes.data(), static_cast<int>(bytes.size()), &status);
+  return U_SUCCESS(status);
+}
+
+TEST(Utf8, EverySequenceOfUpToFourBytesIsJudgedAsIcuJudgesIt) {
+  // All pairs of bytes; for longer sequences all first bytes and the borders of every range.
+  const char borders[] = "\x01\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xFF";
+  int valid = 0;
+  const auto check = [&valid](const std::string& bytes) {
+    const bool expected = icuAccepts(bytes);
+    valid += expected ? 1 : 0;
+    ASSERT_EQ(isValidUTF8String(bytes.c_str()) == 1, expected) << testing::PrintToString(bytes);
+  };
+  for (int a = 1; a < 256; ++a) {
+    const std::string one(1, static_cast<char>(a));
+    for (int b = 1; b < 256; ++b) check(one + static_cast<char>(b));
+    for (int i = 0; i < 1000; ++i) {
+      const std::string three = one + borders[i / 100] + borders[i / 10 % 10];
+      check(three);
+      check(three + borders[i % 10]);
+    }
+  }
+  EXPECT_GT(valid, 1000);
+  EXPECT_EQ(isValidUTF8String(""), 1);
+}
+
+TEST(Utf8, FindsTheStartOfTheCharacterThatCoversAByte) {
+  const struct {
+    const char* text;
+    int end, expected;
+  } rows[] = {{"a\xE2\x82\xAC", 3, 1},
+              {"a\xE2\x82\xAC", 1, 1},
+              {"a\xE2\x82\xAC", 0, 0},
+              {"a\xE2\x82\xAC", 4, 4},
+              {"\x80\xBF", 1, -1},
+              {"\xC3\xA9", 1, 0},
+              {"\xF0\x9F\x98\x80", 2, 0},
+              {"a\x80\xBF", 2, 0},
+              {nullptr, 9, 0},
+              {"a", -1, -1}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(myfindUTF8Len(row.text, row.end), row.expected) << row.end;
+  }
+}
+
+TEST(Fields, AreFilledToTheirWidthAndNoFurther) {
+  const struct {
+    const char* text;
+    int width;
+    const char* copied;
+    const char* filled;
+  } rows[] = {{"abcdef", 4, "abcd####", "abcdef\0#"}, {"ab", 4, "ab  ####", "ab  ####"},
+              {"", 3, "   #####", "   #####"},        {"ab", 0, "########", "ab\0#####"},
+              {"ab", -5, "########", "ab\0#####"},    {"ab", 2, "ab######", "ab\0#####"}};
+  for (const auto& row : rows) {
+    char field[9] = "########";
+    UTF8StrNCopy(field, row.text, row.width);
+    EXPECT_EQ(std::string(field, 8), std::string(row.copied, 8)) << row.text << row.width;
+    std::strcpy(field, "########");
+    std::strcpy(field, row.text);
+    UTF8FillTail(field, row.width);
+    EXPECT_EQ(std::string(field, 8), std::string(row.filled, 8)) << row.text << row.width;
+  }
+}
+
+TEST(Conversion, GoesInTheDirectionOfTheFlag) {
+  const struct {
+    int flag, ccsid;
+    const char* source;
+    const char* expected;
+  } rows[] = {{0, 1252, "\x80", "€"},
+              {1, 1252, "€", "\x80"},
+              {-7, 273, "ä", "\xC0"},
+              {1, 5488, "€", "\xA2\xE3"},
+              {0, 5488, "\xB0\xA1", "啊"}};
+  for (const auto& row : rows) {
+    char target[16] = {};
+    EXPECT_EQ(ConvertStringToUTF8(row.flag, target, sizeof target, row.source,
+                                  static_cast<int>(std::strlen(row.source)), row.ccsid),
+              0);
+    EXPECT_STREQ(target, row.expected) << row.ccsid;
+  }
+}
+
+TEST(Conversion, ATextOfAnyLengthIsConvertedInPlaceOrStaysAsItWas) {
+  std::string accents, letters;
+  for (int length = 0; length <= 1100; length += length < 505 || length > 1015 ? 1 : 85) {
+    const auto count = static_cast<std::size_t>(length);
+    std::string text(count, '\xE9');
+    EXPECT_EQ(ConvertStringToUTF8_RWCString(0, text, 819), 0);
+    ASSERT_EQ(text.size(), 2 * count);
+    EXPECT_EQ(ConvertStringToUTF8_RWCString(2, text, 819), 0);
+    EXPECT_EQ(text, std::string(count, '\xE9'));
+    for (const char* bad : {"€", "\xFF"}) {
+      std::string broken = std::string(count, 'x') + bad;
+      const std::string before = broken;
+      const int error = ConvertStringToUTF8_RWCString(1, broken, 819);
+      EXPECT_TRUE(error != 0 && error != 15) << error;
+      EXPECT_EQ(broken, before);
+    }
+  }
+}
+
+TEST(Conversion, BuffersAreGivenBack) {
+  const auto before = CMMemoryManager::bytesInUse();
+  std::string text(5000, '\xE9');
+  EXPECT_EQ(ConvertStringToUTF8_RWCString(0, text, 819), 0);
+  EXPECT_EQ(CMMemoryManager::bytesInUse(), before);
+}
+
+TEST(Conversion, ErrorsAndDetailsAreTraced) {
+  char target[2] = {};
+  const auto lines = captureTrace("ConvertStringToUTF8=1", [&target] {
+    (void)ConvertStringToUTF8(1, target, 2, "abc", 3, 819);
+    std::string empty;
+    EXPECT_EQ(ConvertStringToUTF8_RWCString(1, empty, 1), 0);  // never reaches the library
+  });
+  EXPECT_THAT(lines,
+              ElementsAre("Convert Error, the error id is 15",
+                          "Input Codepage ID is [819], flagUTF8 is [1]", "Dump of srcBuf (3 bytes)",
+                          "  000000  61 62 63                                         abc",
+                          "Dump of dstBuf (2 bytes)",
+                          "  000000  61 00                                            a."));
+}
+
+// In a process of its own, where nothing is known yet.
+TEST(LocalCodePageDeathTest, IsAskedUntilItIsKnownAndThenKept) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        (void)setenv("LC_ALL", "xx_XX.NOSUCH", 1);
+        const auto lines = captureTrace("none=1", [] {
+          if (UTF8GetLocaleDefaultCodePageID() != 0) std::exit(1);
+        });
+        if (lines.empty() || lines[0] != "Error: Unable to get locale object") std::exit(2);
+        (void)setenv("LC_ALL", "C.UTF-8", 1);
+        if (UTF8GetLocaleDefaultCodePageID() != 1208) std::exit(3);
+        (void)setenv("LC_ALL", "C", 1);
+        if (UTF8GetLocaleDefaultCodePageID() != 1208) std::exit(4);
+        std::string text = "é";
+        std::exit(ConvertStringToUTF8_RWCString(1, text, 0) == 0 && text == "é" ? 0 : 5);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST(Ebcdic, AcceptsExactlyTheFormsOfTheAsciiCharacters) {
+  int accepted = 0;
+  for (int byte = 1; byte < 256; ++byte) {
+    const char text[2] = {static_cast<char>(byte), '\0'};
+    std::string utf8 = text;
+    EXPECT_EQ(ConvertStringToUTF8_RWCString(0, utf8, 1047), 0);
+    const bool ascii = utf8.size() == 1 && static_cast<unsigned char>(utf8[0]) < 0x80;
+    EXPECT_EQ(isValidEBCDICEnglishString(text), ascii ? 1 : 0) << byte;
+    accepted += ascii ? 1 : 0;
+  }
+  EXPECT_EQ(accepted, 127);
+  EXPECT_EQ(isValidEBCDICEnglishString(""), 1);
+  EXPECT_EQ(isValidEBCDICEnglishString("\xC8\x85\x93\x93\x96\x6B\x40\xAD\x5A"), 1);
+  EXPECT_EQ(isValidEBCDICEnglishString("\xC8\x85\x93\x93\x96\x41"), 0);
+}
+
+TEST(ManagedSystems, TheFirstRegistrationStays) {
+  const auto before = CMMemoryManager::bytesInUse();
+  const auto lines = captureTrace("insertCodedCharSetId=8", [] {
+    insertCodedCharSetId("ALPHA", 37);
+    insertCodedCharSetId("a rather long name of a managed system", 500);
+    insertCodedCharSetId("ALPHA", 273);
+  });
+  EXPECT_GT(CMMemoryManager::bytesInUse(), before);
+  EXPECT_EQ(findCodedCharSetId("ALPHA"), 37);
+  EXPECT_EQ(findCodedCharSetId("alpha"), 0);
+  EXPECT_EQ(findCodedCharSetId("ALPH"), 0);
+  EXPECT_EQ(findCodedCharSetId("a rather long name of a managed system"), 500);
+  EXPECT_THAT(lines, ElementsAre("Inserting CCSID!! Managed System is = a rather long name of a "
+                                 "managed system. Its CCSID is = 500",
+                                 ""));
+}
+
+}  // namespace
+}  // namespace orx

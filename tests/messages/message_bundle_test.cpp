@@ -1,0 +1,188 @@
+#include "messages/message_bundle.h"
+
+#include <gtest/gtest.h>
+#include <unicode/locid.h>
+
+#include <map>
+#include <string>
+
+#include "messages/bundle_files.h"
+#include "messages/message_print.h"
+#include "tests/support/temp_dir.h"
+#include "tests/support/test_bundle.h"
+
+namespace orx {
+namespace {
+
+class DefaultLocale {
+ public:
+  explicit DefaultLocale(const char* name) { set(icu::Locale(name)); }
+  DefaultLocale(const DefaultLocale&) = delete;
+  DefaultLocale& operator=(const DefaultLocale&) = delete;
+  ~DefaultLocale() { set(before_); }
+
+ private:
+  static void set(const icu::Locale& locale) {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::Locale::setDefault(locale, status);
+  }
+  icu::Locale before_ = icu::Locale::getDefault();
+};
+
+class Bundle : public testing::Test {
+ protected:
+  test::TempDir directory_;
+  test::WorkingDirectory inDirectory_{directory_.path()};
+  DefaultLocale english_{"en_US"};
+  MessageBundle bundle_;
+};
+
+std::string textOf(MessageBundle& bundle, const char* key) {
+  const char* text = bundle.getMessage(key);
+  return text == nullptr ? "(none)" : text;
+}
+
+void expectAsNew(const MessageBundle& bundle) {
+  EXPECT_STREQ(bundle.path(), "");
+  EXPECT_STREQ(bundle.localeName(), "");
+  EXPECT_EQ(bundle.capacity(), 0);
+  EXPECT_EQ(bundle.status(), U_ZERO_ERROR);
+}
+
+TEST_F(Bundle, IsEmptyWhenItCannotBeOpened) {
+  expectAsNew(bundle_);
+  EXPECT_EQ(bundle_.open(nullptr), -1);
+  EXPECT_EQ(bundle_.open(bundleName), -2);
+  expectAsNew(bundle_);
+  EXPECT_EQ(textOf(bundle_, "IDS_MAIN_FIRST"), "(none)");
+
+  const test::TempDir other;
+  std::filesystem::create_directory(other / "gone");
+  const test::WorkingDirectory inGone(other / "gone");
+  std::filesystem::remove(other / "gone");
+  EXPECT_EQ(bundle_.open(bundleName), -2);
+  expectAsNew(bundle_);
+}
+
+TEST_F(Bundle, GivesEveryNonEmptyStringAsItStands) {
+  test::compileBundle(directory_.path(), "root", R"(root {
+    SHORT { "a" } LONG { "0123456789" } ANY_FORMAT { "%n %*d" } EMPTY { "" }
+    NUMBER:int { 3 } LIST:array { "a", "b" } TABLE { INNER { "x" } } LONE { "<\uD800>" } })");
+  ASSERT_EQ(bundle_.open(bundleName), 0);
+  EXPECT_EQ(bundle_.path(), (std::filesystem::current_path() / bundleName).string());
+  EXPECT_STREQ(bundle_.localeName(), "en_US");
+  const struct {
+    const char* key;
+    const char* text;
+    std::int32_t capacity;
+  } cases[] = {
+      {"SHORT", "a", 1},       {"LONG", "0123456789", 10},     {"SHORT", "a", 10},
+      {"EMPTY", "(none)", 10}, {"ANY_FORMAT", "%n %*d", 10},   {"NUMBER", "(none)", 10},
+      {"LIST", "(none)", 10},  {"TABLE", "(none)", 10},        {"ABSENT", "(none)", 10},
+      {nullptr, "(none)", 10}, {"LONE", "<\xEF\xBF\xBD>", 10},
+  };
+  for (const auto& [key, text, capacity] : cases) {
+    EXPECT_EQ(textOf(bundle_, key), text) << (key == nullptr ? "null" : key);
+    EXPECT_EQ(bundle_.capacity(), capacity) << text;
+  }
+  bundle_.close();
+  expectAsNew(bundle_);
+  EXPECT_EQ(textOf(bundle_, "SHORT"), "(none)");
+}
+
+TEST_F(Bundle, OpeningAgainReleasesTheFirstBundle) {
+  test::compileBundle(directory_.path(), "root", R"(root { KEY { "text" } })");
+  ASSERT_EQ(bundle_.open(bundleName), 0);
+  EXPECT_EQ(textOf(bundle_, "KEY"), "text");
+  EXPECT_EQ(bundle_.open("other"), -2);
+  expectAsNew(bundle_);
+}
+
+TEST_F(Bundle, SpeaksTheLanguageOfTheLocaleOrElseEnglish) {
+  test::writeShippedBundle(directory_.path());
+  const std::map<std::string, std::string> firstWords{
+      {"en_US", "Restore"},           {"en_GB", "Restore"},           {"pt_BR", "Restore"},
+      {"de_DE", "Wiederherstellung"}, {"de_AT", "Wiederherstellung"}, {"de", "Wiederherstellung"},
+      {"fr_CA", "Restauration"},      {"es_MX", "Restauración"},      {"en_US_POSIX", "Restore"},
+  };
+  for (const auto& [locale, word] : firstWords) {
+    const DefaultLocale speaker(locale.c_str());
+    ASSERT_EQ(bundle_.open(bundleName), 0) << locale;
+    EXPECT_TRUE(textOf(bundle_, "IDS_MAIN_EIGHTH").starts_with(word + " ")) << locale;
+  }
+}
+
+// A key that a language lacks would come from root, so it would read as in English.
+TEST_F(Bundle, EveryLanguageHasEveryTextWithExactlyItsArguments) {
+  test::writeShippedBundle(directory_.path());
+  ASSERT_EQ(bundleFiles().size(), 5u);
+  for (const char* locale : {"en_US", "de_DE", "fr_FR", "es_ES", "ja_JP"}) {
+    const DefaultLocale speaker(locale);
+    MessageBundle inEnglish;
+    {
+      const DefaultLocale english("en_US");
+      ASSERT_EQ(inEnglish.open(bundleName), 0);
+    }
+    ASSERT_EQ(bundle_.open(bundleName), 0);
+    for (const MessageSignature& signature : messageSignatures) {
+      const std::string text = textOf(bundle_, signature.key);
+      const std::string where = std::string(locale) + " " + signature.key;
+      EXPECT_EQ(argumentsTaken(text, signature.arguments()), signature.count) << where;
+      EXPECT_TRUE(text.ends_with('\n')) << where;
+      EXPECT_EQ(text == textOf(inEnglish, signature.key), locale == std::string("en_US")) << where;
+    }
+  }
+}
+
+std::string printed(auto&& print) {
+  testing::internal::CaptureStdout();
+  print();
+  return testing::internal::GetCapturedStdout();
+}
+
+TEST_F(Bundle, OnlyTextsThatFitTheirArgumentsArePrinted) {
+  const auto printAll = [] {
+    printMessage("IDS_HELLOFN_FIRST", "Feb 17 2016", "10:17:37");
+    printMessage("IDS_PROCESSARGS_FIRST", std::string("100%s"));
+    printMessage("IDS_PROCESSARGS_THIRD");
+    printMessage("IDS_MAIN_SIXTH", -1);
+    printMessage("IDS_MAIN_THIRD", "rorxdata");
+    printMessage("IDS_MAIN_FIRST");
+  };
+  EXPECT_EQ(printed(printAll), "");
+  const test::TempDir withBundle;
+  const test::WorkingDirectory inBundle(withBundle.path());
+  test::compileBundle(withBundle.path(), "root", R"(root {
+    IDS_HELLOFN_FIRST { "date %s only\n" } IDS_PROCESSARGS_FIRST { "file %s\n" }
+    IDS_PROCESSARGS_THIRD { "leak %s\n" } IDS_MAIN_SIXTH { "100%% of %d\n" }
+    IDS_MAIN_THIRD { "%n" } })");
+  EXPECT_EQ(printed(printAll), "date Feb 17 2016 only\nfile 100%s\n100% of -1\n");
+}
+
+TEST(MessageFormat, CountsTheArgumentsOrRefuses) {
+  constexpr auto n = MessageArgument::number;
+  constexpr auto t = MessageArgument::text;
+  constexpr std::array numberThenText{n, t};
+  const struct {
+    const char* format;
+    int taken;  // -1: refused
+  } cases[] = {
+      {"", 0},        {"100%%", 0},     {"%d", 1},        {"%d %s", 2},    {"%i%%%s", 2},
+      {"%c%s", 2},    {"%u", 1},        {"%x%-10.3s", 2}, {"%#X", 1},      {"%+05d", 1},
+      {"%-3c", 1},    {"%999.999o", 1}, {"%.d", 1},       {"%s", -1},      {"%d%d", -1},
+      {"%d%s%d", -1}, {"%d%s%%%s", -1}, {"%", -1},        {"x%d%", -1},    {"%5%", -1},
+      {"%n", -1},     {"%d%n", -1},     {"%*d", -1},      {"%.*d", -1},    {"%1$d", -1},
+      {"%ld", -1},    {"%hhd", -1},     {"%1000d", -1},   {"%.1000d", -1}, {"%f", -1},
+      {"%p", -1},     {"%m", -1},       {"%C", -1},       {"%'d", -1},     {"%#d", -1},
+      {"%05c", -1},   {"%.1c", -1},     {"%d%05s", -1},   {"%d%#s", -1},   {"%d%ls", -1},
+      {"%.-1d", -1},  {"% ", -1},       {"%0", -1},       {"%.", -1},      {"%I64d", -1},
+  };
+  for (const auto& [format, taken] : cases) {
+    EXPECT_EQ(argumentsTaken(format, numberThenText),
+              taken < 0 ? std::nullopt : std::optional(static_cast<std::size_t>(taken)))
+        << format;
+  }
+}
+
+}  // namespace
+}  // namespace orx

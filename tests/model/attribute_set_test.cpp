@@ -1,0 +1,234 @@
+#include "model/attribute_set.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "model/attribute_set_iterator.h"
+#include "tests/support/trace_capture.h"
+
+namespace orx {
+namespace {
+
+TEST(AttributeSet, ReadsItsTextUpToTheFirstFault) {
+  const struct {
+    const char* text;
+    std::string kept;
+  } rows[] = {
+      {"<1;0;1;A=1;><84;0;1;3;>", "<1;0;1;A=1;><84;0;1;3;>"},
+      {"<84;0;1;3;><4;1;0;><-3;0;0;><1;0;1;A;>", "<-3;0;0;><1;0;1;A;><84;0;1;3;><4;1;0;>"},
+      {"<9;0;1;b;><1;0;0;><9;0;1;a;>", "<1;0;0;><9;0;1;b;><9;0;1;a;>"},
+      {"<6;0;1;a>>b;>", "<6;0;1;a>>b;>"},
+      {"<6;0;1;a>>>;>", "<6;0;0;>"},
+      {"<6;0;1;a;>>;>", "<6;0;1;a;>"},
+      {"<1;0;1;x;>junk<2;0;0;>", "<1;0;1;x;>"},
+      {"<1;0;1;x;>\n<2;0;0;>", "<1;0;1;x;>"},
+      {"<1;0;1;x;", ""},
+      {"<1;0;1;x;>><2;0;0;>", "<1;0;1;x;>"},
+      {"<><<1;0;0;><3", "<0;0;0;><0;0;0;>"},
+      {" <1;0;1;x;>", ""},
+      {"", ""},
+      {nullptr, ""},
+  };
+  for (const auto& row : rows) {
+    CMAttributeSet set(row.text, 1);
+    EXPECT_EQ(set.text(), row.kept);
+    std::string buffer(static_cast<std::size_t>(set.getCharAttributeSize()), 'X');
+    set.getCharAttribute(buffer.data(), static_cast<int>(buffer.size()));
+    EXPECT_STREQ(buffer.c_str(), row.kept.c_str());
+  }
+  EXPECT_EQ(CMAttributeSet().getCharAttributeSize(), 1);
+  EXPECT_EQ(CMAttributeSet("<6;0;1;a>>b;;;>", 0).getFirst()->text(), "6;0;1;a>>>>b;;;;;");
+}
+
+TEST(AttributeSet, LooksUpByKey) {
+  CMAttributeSet set("<1;0;1;A=1;><84;0;1;3;><4;1;1;x;><84;0;1;4;>", 1);
+  const CMAttributeSet& constant = set;
+  CMAttribute* counter = set.findAttrKey(CMAttributeKey(84));
+  ASSERT_NE(counter, nullptr);
+  EXPECT_EQ(counter, set.findAttrKey(84, 0));
+  EXPECT_EQ(counter, set.findAttrKey(65536 + 84, -65536));
+  EXPECT_EQ(counter, constant.findAttrKey(CMAttributeKey(84)));
+  EXPECT_EQ(set.findAttrKey(short{4}, short{1})->text(), "4;1;1;x;");
+  EXPECT_EQ(set.findAttrKey(85, 0), nullptr);
+  EXPECT_EQ(set.getNumericAttributeValue(CMAttributeKey(84)), 3);
+  EXPECT_EQ(set.getNumericAttributeValue(CMAttributeKey(1)), 0);
+  EXPECT_EQ(set.getNumericAttributeValue(CMAttributeKey(85)), 0);
+  EXPECT_EQ(set.getAttributeValue(CMAttributeKey(1)), "A=1");
+  EXPECT_EQ(set.getAttributeValue(CMAttributeKey(85)), "");
+  EXPECT_EQ(set.getFirst()->key().number(), 1);
+  EXPECT_EQ(constant.getFirst(), set.getFirst());
+  EXPECT_EQ(CMAttributeSet().getFirst(), nullptr);
+  EXPECT_EQ(set.isA(), 32728);
+  counter->clearValues();
+  counter->setValue(5);
+  EXPECT_EQ(set.text(), "<1;0;1;A=1;><84;0;1;5;><84;0;1;4;><4;1;1;x;>");
+}
+
+TEST(AttributeSet, OwnsWhatItTakesAndNothingElse) {
+  const auto before = CMMemoryManager::bytesInUse();
+  {
+    auto set = std::make_unique<CMAttributeSet>("<2;0;1;this value is long;>", 1);
+    EXPECT_GT(CMMemoryManager::bytesInUse(), before + sizeof(CMAttributeSet));
+    auto refused = std::make_unique<CMAttribute>(short{2}, short{0});
+    EXPECT_FALSE(set->insertIfUnique(refused.get()) || set->insertIfUnique(nullptr));
+    auto taken = std::make_unique<CMAttribute>("1;0;1;another long value;", 1);
+    EXPECT_TRUE(set->insertIfUnique(taken.release()));
+    CMAttributeSet other("<1;0;1;1;><2;0;1;2;><2;0;1;3;><3;0;0;>", 1);
+    set->copyInto(other);
+    EXPECT_EQ(set->text(), "<1;0;1;another long value;><2;0;1;this value is long;><3;0;0;>");
+    set->copyInto(*set);
+    const CMAttributeSet& self = *set;
+    *set = self;
+    EXPECT_EQ(set->entries(), 3u);
+    const CMAttribute probe(2, 0);
+    const std::unique_ptr<RWCollectable> detached(set->remove(&probe));
+    set->removeAndDestroy(set->findAttrKey(1, 0));
+    EXPECT_EQ(set->text(), "<3;0;0;>");
+    *set = other;
+    EXPECT_EQ(set->text(), "<1;0;1;1;><2;0;1;2;><3;0;0;>");
+    EXPECT_EQ(CMAttributeSet(other).text(), set->text());
+    set->insert(new CMConfigHandle(5, 1));  // no attribute: neither met nor written, but destroyed
+    EXPECT_EQ(CMAttributeSet(*set).entries(), 3u);
+    *set = "<1;0;1;<9;;0;;2;;x;;y;;>>;>";
+    *set = set->findAttrKey(1, 0)->values().begin().operator*().data();
+    EXPECT_EQ(set->text(), "<9;0;2;x;y;>");
+    *set = static_cast<const char*>(nullptr);
+    EXPECT_TRUE(set->isEmpty());
+  }
+  EXPECT_EQ(CMMemoryManager::bytesInUse(), before);
+}
+
+TEST(AttributeSet, ComparesByKeyAndValues) {
+  const struct {
+    const char *left, *right;
+    bool equal;
+  } rows[] = {{"<1;0;1;a;><2;0;0;>", "<2;0;0;><1;0;1;a;>", true},
+              {"<1;0;1;a;>", "<1;0;1;a;><2;0;0;>", false},
+              {"<1;0;1;a;><2;0;0;>", "<1;0;1;a;><3;0;0;>", false},
+              {"<1;0;1;a;>", "<1;0;1;b;>", false},
+              {"<1;0;2;;;>", "<1;0;2; ; ;>", false},
+              {"", "", true}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(CMAttributeSet(row.left, 1) == CMAttributeSet(row.right, 1), row.equal) << row.left;
+  }
+}
+
+CMAttributeSet randomSet(std::mt19937& random) {
+  const std::string alphabet = "<>>;;\t &a0\xf0";
+  CMAttributeSet set;
+  for (auto count = random() % 8; count > 0; --count) {
+    auto attribute =
+        std::make_unique<CMAttribute>(CMAttributeKey(static_cast<int>(random() % 9000)));
+    for (auto values = random() % 4; values > 0; --values) {
+      std::string value(1, 'x');
+      for (auto length = random() % 20; length > 0; --length)
+        value += alphabet[random() % alphabet.size()];
+      attribute->setValue(random() % 7 == 0 ? "" : value + "y");
+    }
+    if (set.insertIfUnique(attribute.get())) (void)attribute.release();
+  }
+  return set;
+}
+
+TEST(AttributeSet, RandomSetsSurviveTheirTextAndCutOnesKeepTheirBeginning) {
+  std::mt19937 random(45);
+  for (int round = 0; round < 300; ++round) {
+    const CMAttributeSet set = randomSet(random);
+    const std::string text = set.text();
+    EXPECT_TRUE(CMAttributeSet(text.c_str(), 1) == set) << text;
+    const int size = set.getCharAttributeSize();
+    for (std::size_t cut = 0; cut <= text.size(); ++cut) {
+      std::string buffer(cut + 2, 'X');
+      set.getCharAttribute(buffer.data(), static_cast<int>(cut) + 1);
+      EXPECT_EQ(buffer, text.substr(0, cut) + '\0' + 'X');
+      const std::string kept = CMAttributeSet(buffer.c_str(), 1).text();
+      if (text.compare(cut, 1, ">") != 0) {
+        EXPECT_EQ(text.compare(0, kept.size(), kept), 0) << buffer;
+      }
+      (void)CMAttributeSet(text.c_str() + cut, 0);
+    }
+    EXPECT_GT(size, static_cast<int>(text.size()));
+  }
+}
+
+TEST(AttributeSet, WorkGrowsWithTheText) {
+  const auto steps = [](int attributes) {
+    std::string text;
+    for (int key = attributes; key > 0; --key)
+      text += "<" + std::to_string(key) + ";0;2;value;;;second;>";
+    return captureTrace("*=0x40",
+                        [&] {
+                          const CMAttributeSet set(text.c_str(), 1);
+                          EXPECT_EQ(set.text().size(), text.size());
+                        })
+        .size();
+  };
+  const std::size_t small = steps(40);
+  EXPECT_LT(steps(400), 11 * small);
+}
+
+TEST(AttributeSet, HoldsManyAttributesOfAnyKeys) {
+  std::string same;
+  std::string ascending;
+  for (int i = 0; i < 60'000; ++i) {
+    same += "<1;0;1;" + std::to_string(i) + ";>";
+    ascending += "<" + std::to_string(i % 4096) + ";" + std::to_string(i / 4096) + ";1;v;>";
+  }
+  for (const std::string& text : {same, ascending}) {
+    const CMAttributeSet set(text.c_str(), 1);
+    EXPECT_EQ(set.entries(), 60'000u);
+    std::string buffer(static_cast<std::size_t>(set.getCharAttributeSize()), 'X');
+    set.getCharAttribute(buffer.data(), static_cast<int>(buffer.size()));
+    EXPECT_STREQ(buffer.c_str(), text.c_str());
+  }
+}
+
+struct HookCounter : CMAttributeSet {
+  using CMAttributeSet::operator=;
+  int beginIteration(int mode, int) const override { return begun += mode + 1; }
+  void endIteration(int mode) const override { ended += mode + 1; }
+  int beginAccess(int, int) const override { return ++accesses; }
+  void endAccess(int) const override { ++releases; }
+  mutable int begun = 0, ended = 0, accesses = 0, releases = 0;
+};
+
+TEST(AttributeSetIterator, WalksInKeyOrderBetweenTheHooks) {
+  HookCounter set;
+  set = "<3;0;0;><1;0;0;><2;0;0;>";
+  set.insert(new CMConfigHandle(2, 2));
+  {
+    CMAttributeSetIterator next(set, 4);
+    std::string keys;
+    while (CMAttribute* attribute = next()) {
+      keys += std::to_string(attribute->key().number());
+      if (attribute->key().number() == 2) set.removeAndDestroy(attribute);
+    }
+    EXPECT_EQ(keys, "123");
+    EXPECT_EQ(set.begun, 5);
+    EXPECT_EQ(set.ended, 0);
+  }
+  EXPECT_EQ(set.ended, 5);
+  EXPECT_FALSE(CMAttributeSet("<1;0;0;>", 1) == set);
+  EXPECT_EQ(set.accesses, 1);
+  EXPECT_EQ(set.releases, 1);
+  (void)set.text();
+  EXPECT_EQ(set.begun, set.ended);
+}
+
+TEST(AttributeSet, PrintsItsAttributes) {
+  const CMAttributeSet set("<84;0;1;3;><1;0;1;A;>", 1);
+  const auto lines = captureTrace("none=0x40", [&] { set.print(); });
+  ASSERT_EQ(lines.size(), 20u);
+  EXPECT_EQ(lines[0].substr(0, 53),
+            "----- Print of 2 Attributes for Attribute Set @0x" + lines[0].substr(49, 4));
+  EXPECT_EQ(lines[2], "Key           = 1");
+  EXPECT_EQ(lines[12], "Value         ='3\t'");
+  EXPECT_EQ(lines[19], "----- End of Attributes -----");
+}
+
+}  // namespace
+}  // namespace orx

@@ -1,0 +1,392 @@
+#include "model/attribute.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <numeric>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "model/attribute_iterator.h"
+#include "tests/support/trace_capture.h"
+
+namespace orx {
+namespace {
+
+using testing::ElementsAre;
+using Values = std::vector<std::string>;
+
+CMAttribute make(int key, const Values& values) {
+  CMAttribute attribute{CMAttributeKey(key)};
+  for (const std::string& value : values) attribute.setValue(value);
+  return attribute;
+}
+
+Values valuesOf(const CMAttribute& attribute) {
+  const auto range = attribute.values();
+  return {range.begin(), range.end()};
+}
+
+std::vector<std::string> printed(const CMAttribute& attribute) {
+  auto lines = captureTrace("none=0x40", [&] { attribute.print(); });
+  lines.erase(lines.begin());  // the address
+  return lines;
+}
+
+TEST(AttributeKey, SplitsAndJoinsItsNumber) {
+  const struct {
+    short attrId, attrGroup;
+    int number, idBack, groupBack;
+  } rows[] = {{4, 1, 4100, 4, 1},
+              {0, 1, 4096, 0, 1},
+              {5, -1, -4091, -4091, 0},
+              {-1, -1, -4097, -1, -1},
+              {32767, 32767, 134246399, 4095, 32774}};
+  for (const auto& row : rows) {
+    const CMAttributeKey key(row.attrId, row.attrGroup);
+    EXPECT_EQ(key, CMAttributeKey(row.number));
+    EXPECT_EQ(key.attrId(), row.idBack) << row.number;
+    EXPECT_EQ(key.attrGroup(), row.groupBack) << row.number;
+  }
+}
+
+TEST(Attribute, StoresValuesAndGrowsByItsRule) {
+  const struct {
+    Values add;
+    std::string stored;
+    int allocated, free;
+  } rows[] = {
+      {{}, "", 0, 10},
+      {{"abcdefgh"}, "abcdefgh\t", 0, 1},
+      {{"abcdefghi"}, "abcdefghi\t", 20, 10},
+      {{"123456789012345"}, "123456789012345\t", 30, 14},
+      {{"abcdefgh", ""}, "abcdefgh\t\t", 20, 10},
+      {{"abcdefgh", "123456789012"}, "abcdefgh\t123456789012\t", 33, 11},
+      {{"", "", "", "", "", "", "", "", "", ""}, std::string(10, '\t'), 20, 10},
+      {{"x  "}, "x\t", 0, 8},
+      {{"a\tb"}, "a b\t", 0, 6},
+      {{"a \t  ", "   "}, "a  \t\t", 0, 5},
+      {{std::string("a\0b", 3)}, "a\t", 0, 8},
+  };
+  for (const auto& row : rows) {
+    CMAttribute grown(17, 0);
+    for (const auto& value : row.add) grown.setValue(value);
+    const auto used = std::to_string(row.stored.size());
+    EXPECT_THAT(printed(grown),
+                ElementsAre("Key           = 17", "Value         ='" + row.stored + "'",
+                            "Allocated     = " + std::to_string(row.allocated),
+                            "AttrCount     = " + std::to_string(row.add.size()),
+                            "StorageFree   = " + std::to_string(row.free),
+                            "NextAvail     = " + used, "SizeOfCharAttr= -1", "SymbolicRefs  = No"));
+  }
+}
+
+TEST(Attribute, PrintsKeysCachedSizeAndSymbolicReferences) {
+  CMAttribute attribute = make(4100, {"a", "&X"});
+  EXPECT_EQ(attribute.getCharAttributeSize(), 5 + 2 + 14);
+  EXPECT_EQ(printed(attribute)[0], "Key           = 4100 (4 + 4096)");
+  EXPECT_EQ(printed(attribute)[6], "SizeOfCharAttr= 21");
+  EXPECT_EQ(printed(attribute)[7], "SymbolicRefs  = Yes");
+  attribute.removeValue(1);
+  EXPECT_TRUE(attribute.symbolicRefs());
+  attribute.clearValues();
+  EXPECT_FALSE(attribute.symbolicRefs());
+  attribute.setKey(CMAttributeKey(4096));
+  EXPECT_EQ(printed(attribute)[0], "Key           = 4096");
+  attribute.setValue(static_cast<const char*>(nullptr));
+  EXPECT_EQ(printed(attribute)[1], "Value         ='\t'");
+  const auto detail = captureTrace("setValue=1", [&] { attribute.setValue("v"); });
+  EXPECT_EQ(detail.size(), 9u);
+}
+
+TEST(Attribute, ReadsItsTextForm) {
+  const std::string longField(255, '0');
+  const struct {
+    std::string text;
+    int unescape, key;
+    Values values;
+  } rows[] = {
+      {"4;1;3;a;;b; ;c>>;", 1, 4100, {"a;b", "", "c>"}},
+      {"6;1;2;x;;y;z;", 1, 4102, {"x;y", "z"}},
+      {"6;1;2;x;;y;z;", 0, 4102, {"x;;y", "z"}},
+      {"6;0;1;a>b>>c;", 1, 6, {"a>b>c"}},
+      {"6;0;1;a>b>>c;", 0, 6, {"a>b>>c"}},
+      {"12;0;3;a;b", 1, 12, {"a"}},
+      {"12;0;0;", 1, 12, {}},
+      {"12;0;2", 1, 12, {}},
+      {"12;", 1, 0, {}},
+      {"12;5", 1, 0, {}},
+      {"", 1, 0, {}},
+      {"7;0;2;;x;", 1, 7, {"", "x"}},
+      {"7;0;1;;;x;", 1, 7, {";x"}},
+      {"7;0;9;a;b;c;", 1, 7, {"a", "b", "c"}},
+      {"7;0;1;a;b;c;", 1, 7, {"a"}},
+      {"7;0;-1;a;b;c;", 1, 7, {"a", "b", "c"}},
+      {"7;0;2147483648;a;b;c", 1, 7, {"a", "b"}},
+      {"7;0;99999999999999999999;a;", 1, 7, {"a"}},
+      {" \t7;+0;1x;a ;", 1, 7, {"a"}},
+      {"65543;65536;1;a;", 1, 7, {"a"}},
+      {"-7;-1;1;a\tb;", 1, -4103, {"a b"}},
+      {longField + ";0;1;a;", 1, 0, {"a"}},
+      {longField + "0;0;1;a;", 1, 0, {}},
+      {"7;0;" + longField + "1;a;", 1, 7, {}},
+      {std::string("7;0;2;a;b\0c;", 12), 1, 7, {"a"}},
+  };
+  for (const auto& row : rows) {
+    const CMAttribute attribute(std::string_view(row.text), row.unescape);
+    EXPECT_EQ(attribute.key().number(), row.key) << row.text;
+    EXPECT_EQ(valuesOf(attribute), row.values) << row.text;
+    EXPECT_EQ(attribute.attrCount(), static_cast<int>(row.values.size())) << row.text;
+  }
+  EXPECT_EQ(CMAttribute(static_cast<const char*>(nullptr), 1).attrCount(), 0);
+}
+
+TEST(Attribute, WritesItsTextFormAndCutsItToTheBuffer) {
+  const struct {
+    int key;
+    Values values;
+    std::string text;
+  } rows[] = {{4100, {"a;b", "", "c>"}, "4;1;3;a;;b; ;c>>;"},
+              {7, {"", "x"}, "7;0;2;;x;"},
+              {7, {"a", "", "", "b"}, "7;0;4;a; ; ;b;"},
+              {4096, {}, "0;1;0;"},
+              {-134250496, {}, "0;32760;0;"},
+              {134217729, {}, "1;-32768;0;"}};
+  for (const auto& row : rows) {
+    const CMAttribute attribute = make(row.key, row.values);
+    const std::string& expected = row.text;
+    EXPECT_EQ(attribute.text(), expected);
+    for (int size = 0; size < attribute.getCharAttributeSize() + 3; ++size) {
+      std::string buffer(static_cast<std::size_t>(size) + 1, 'X');
+      attribute.getCharAttribute(buffer.data(), size);
+      EXPECT_EQ(buffer.back(), 'X');
+      const auto shown = size == 0 ? 0 : std::min(expected.size(), buffer.size() - 2);
+      EXPECT_EQ(buffer,
+                expected.substr(0, shown) + std::string(buffer.size() - 1 - shown, '\0') + 'X');
+    }
+  }
+}
+
+TEST(Attribute, SizeIsNeverSmallerThanTheText) {
+  CMAttribute attribute(-4095, -32767);
+  for (int count = 0; count < 12000; ++count) {
+    if (count % 997 == 0) {
+      EXPECT_GT(attribute.getCharAttributeSize(), static_cast<int>(attribute.text().size()));
+    }
+    attribute.setValue("");
+  }
+  attribute.setKey(CMAttributeKey(1));
+  EXPECT_EQ(attribute.getCharAttributeSize(), 12000 + 12000 + 14);
+  attribute.setKey(CMAttributeKey(-4095, -32767));
+  EXPECT_EQ(attribute.getCharAttributeSize(), 19 + 12000 + 11999 + 1);
+}
+
+TEST(Attribute, RandomValuesSurviveTheirText) {
+  std::mt19937 random(44);
+  const std::string alphabet = ";;>><\t  &a-0\x80\xff";
+  for (int round = 0; round < 3000; ++round) {
+    CMAttribute attribute(static_cast<short>(random() % 4096), static_cast<short>(random() % 3));
+    for (auto count = random() % 6; count > 0; --count) {
+      std::string value;
+      for (auto length = random() % 12; length > 0; --length)
+        value += alphabet[random() % alphabet.size()];
+      if (attribute.attrCount() > 0 && !value.empty() && value[0] == ';') value[0] = 'x';
+      const auto last = value.find_last_not_of(' ');
+      if (last != std::string::npos && value[last] == '\t') value[last] = 'x';  // stays as a blank
+      attribute.setValue(value);
+    }
+    const std::string text = attribute.text();
+    EXPECT_TRUE(CMAttribute(text, 1) == attribute) << text;
+    EXPECT_LT(text.size(), static_cast<std::size_t>(attribute.getCharAttributeSize()));
+    for (std::size_t cut = 0; cut < text.size(); ++cut) {
+      EXPECT_LE(CMAttribute(text.substr(0, cut), 1).attrCount(), attribute.attrCount());
+      (void)CMAttribute(text.substr(cut), static_cast<int>(cut % 2));
+    }
+  }
+}
+
+TEST(Attribute, LongTextsOfAnyKindReadInOneWalk) {
+  constexpr std::size_t length = 2'000'000;
+  std::string many = "1;0;-1;";
+  while (many.size() < length) many += "x;";
+  EXPECT_EQ(CMAttribute(many, 1).attrCount(), static_cast<int>((many.size() - 7) / 2));
+  for (const std::string part : {"x", ";", ">", ">>;;", "<1;0;"}) {
+    std::string text = "1;0;2147483648;";
+    while (text.size() < length) text += part;
+    const CMAttribute attribute(text, 1);
+    EXPECT_TRUE(CMAttribute(attribute.text(), 1).key() == attribute.key()) << part;
+  }
+}
+
+TEST(Attribute, ReadsValuesAsNumbers) {
+  const struct {
+    std::string value;
+    int isNumeric, number;
+  } rows[] = {{"-12", 1, -12},
+              {"12a", 0, 0},
+              {"", 1, 0},
+              {"1-2", 1, 1},
+              {"--5", 1, 0},
+              {" 7", 0, 0},
+              {"4294967291", 1, -5},
+              {"+7", 0, 0},
+              {"2147483647", 1, 2147483647},
+              {"0000000000000000012abc", 1, 12}};
+  for (const auto& row : rows) {
+    const CMAttribute attribute = make(1, {row.value});
+    int isNumeric = -1;
+    EXPECT_EQ(attribute.getValue(&isNumeric, 0), row.number) << row.value;
+    EXPECT_EQ(isNumeric, row.isNumeric) << row.value;
+    EXPECT_EQ(attribute.doesValueExist(row.number), row.isNumeric == 1) << row.value;
+  }
+  int isNumeric = 1;
+  EXPECT_EQ(CMAttribute().getValue(&isNumeric, 0), 0);
+  EXPECT_EQ(isNumeric, 0);
+  EXPECT_FALSE(CMAttribute().doesValueExist(0));
+}
+
+TEST(Attribute, ReadsValuesByIndexAndFindsThem) {
+  const std::string longValue(150, 'v');
+  const CMAttribute attribute = make(1, {"abc", "", longValue});
+  const struct {
+    int index;
+    std::string value;
+  } rows[] = {{0, "abc"}, {1, ""},  {2, longValue},       {3, ""},
+              {99, ""},   {-1, ""}, {-2147483647 - 1, ""}};
+  for (const auto& row : rows) {
+    std::string value = "before";
+    attribute.getValue3(value, row.index);
+    EXPECT_EQ(value, row.value);
+    EXPECT_EQ(attribute.getValueLength(row.index), static_cast<int>(row.value.size()) + 1);
+    char buffer[3] = "XX";
+    attribute.getValue2(buffer, 3, row.index);
+    EXPECT_EQ(buffer, row.value.substr(0, 2));
+  }
+  EXPECT_TRUE(attribute.doesValueExist2("abc") && attribute.doesValueExist2(""));
+  EXPECT_FALSE(attribute.doesValueExist2("ab") || attribute.doesValueExist2(nullptr));
+  EXPECT_FALSE(attribute.isNull());
+  EXPECT_TRUE(make(1, {"", " "}).isNull() && CMAttribute().isNull());
+}
+
+TEST(Attribute, KeepsHandlesInEitherForm) {
+  const CMConfigHandle handle(5, 1);
+  CMAttribute attribute(84, 0);
+  attribute.setValue3(handle);
+  attribute.setValue("<1;1;5;0;0;0;12;>");
+  EXPECT_EQ(valuesOf(attribute)[0], "0100000000000501");
+  CMConfigHandle out(9, 9);
+  EXPECT_EQ(&attribute.getValue3(out, 0), &out);
+  EXPECT_TRUE(out == handle);
+  EXPECT_TRUE(attribute.getValue3(out, 1) == CMConfigHandle(5, 12));
+  EXPECT_TRUE(attribute.getValue3(out, 2).isNull());
+  EXPECT_TRUE(attribute.doesHandleExist(CMConfigHandle(5, 12)));
+  EXPECT_FALSE(attribute.doesHandleExist(CMConfigHandle(5, 2)));
+}
+
+TEST(Attribute, RemovesValues) {
+  const struct {
+    int index;
+    Values left;
+  } rows[] = {{0, {"b", "c"}}, {1, {"a", "c"}}, {3, {"a", "b", "c"}}, {-1, {"a", "b", "c"}}};
+  for (const auto& row : rows) {
+    CMAttribute attribute = make(1, {"a", "b", "c"});
+    attribute.removeValue(row.index);
+    EXPECT_EQ(valuesOf(attribute), row.left);
+    EXPECT_EQ(attribute.storageFree(), 10 - 2 * static_cast<int>(row.left.size()));
+    EXPECT_EQ(attribute.text(), make(1, row.left).text());
+  }
+}
+
+TEST(AttributeIterator, WalksStepsAndRemoves) {
+  CMAttribute attribute = make(1, {"a", "b", "c", "d"});
+  CMAttributeIterator value(attribute);
+  EXPECT_EQ((value++).value(), "b");
+  EXPECT_EQ((value + 2).value(), "d");
+  EXPECT_EQ((value + -1).value(), "a");
+  EXPECT_TRUE((value + -2).done() && (value + 2147483647).done());
+  EXPECT_TRUE(value == CMAttributeIterator(attribute) + 1);
+  EXPECT_FALSE(value == CMAttributeIterator(make(1, {"a", "b"})) + 1);
+  value.remove();
+  EXPECT_EQ(value.value(), "c");
+  EXPECT_TRUE(value.set(1) && value.set(0) && value.set(3));
+  EXPECT_TRUE(value.done());  // behind the last of three
+  EXPECT_FALSE(value.next() || value.set(4) || value.set(-1));
+  value.remove();
+  EXPECT_EQ(valuesOf(attribute), (Values{"a", "c", "d"}));
+  const CMAttribute& constant = attribute;
+  CMAttributeIterator(constant).remove();
+  EXPECT_EQ(attribute.attrCount(), 3);
+  attribute.clearValues();
+  (void)value.set(0);
+  EXPECT_TRUE(value.done() && !value.next());
+}
+
+TEST(AttributeIterator, EscapesWithinTheBuffer) {
+  const CMAttribute attribute = make(1, {"a;>b"});
+  const std::string cuts[] = {"", "", "a", "a", "a;;", "a;;", "a;;>>", "a;;>>b", "a;;>>b"};
+  for (int size = 0; size < 9; ++size) {
+    std::string buffer(9, 'X');
+    CMAttributeIterator(attribute).getCharValue(buffer.data(), size);
+    if (size > 0) {
+      EXPECT_STREQ(buffer.c_str(), cuts[size].c_str());
+    }
+    EXPECT_EQ(buffer.substr(static_cast<std::size_t>(size)),
+              std::string(static_cast<std::size_t>(9 - size), 'X'));
+  }
+}
+
+TEST(Attribute, CopiesCompareAndGiveTheirMemoryBack) {
+  const auto before = CMMemoryManager::bytesInUse();
+  {
+    CMAttribute source = make(1, {"0123456789", "&"});
+    EXPECT_EQ(CMMemoryManager::bytesInUse(), before + 20);
+    CMAttribute copy(source);
+    EXPECT_TRUE(copy == source && copy.storageFree() == source.storageFree() &&
+                copy.symbolicRefs());
+    EXPECT_EQ(CMMemoryManager::bytesInUse(), before + 40);
+    copy.setValue(copy.values().begin().operator*().data());  // own storage, up to its NUL
+    EXPECT_EQ(valuesOf(copy)[2], "0123456789 & ");
+    const CMAttribute& self = copy;
+    copy = self;
+    EXPECT_EQ(copy.attrCount(), 3);
+    EXPECT_FALSE(copy == source);
+    copy = make(2, {"x"});
+    EXPECT_EQ(valuesOf(copy), Values{"x"});
+    EXPECT_EQ(CMMemoryManager::bytesInUse(), before + 20);
+    source.clearValues();
+    EXPECT_EQ(source.storageFree(), 20);
+    source.reset();
+    EXPECT_EQ(source.storageFree(), 10);
+    EXPECT_EQ(CMMemoryManager::bytesInUse(), before);
+    source.setValue("0123456789");
+  }
+  EXPECT_EQ(CMMemoryManager::bytesInUse(), before);
+  EXPECT_TRUE(make(1, {"", ""}) == make(1, {" ", "  "}));
+  EXPECT_FALSE(make(1, {"a", "b"}) == make(1, {"b", "a"}));
+  EXPECT_FALSE(make(1, {}) == make(2, {}));
+  EXPECT_FALSE(make(1, {""}) == make(1, {}));
+}
+
+TEST(Attribute, IsWhatItsKeyIsToACollection) {
+  const CMAttribute attribute = make(4100, {"a"});
+  EXPECT_EQ(attribute.isA(), 32767);
+  EXPECT_EQ(attribute.hash(), 4100u);
+  const CMAttribute probe{CMAttributeKey(4100)};
+  EXPECT_TRUE(attribute.isEqual(&probe));
+  const CMConfigHandle handle;
+  EXPECT_FALSE(CMAttribute().isEqual(&handle) || attribute.isEqual(nullptr));
+}
+
+TEST(Attribute, KnowsTheDescriptionAttributes) {
+  int count = 0;
+  const int* keys = CMAttribute::getUTF8DescAttrID(&count);
+  ASSERT_EQ(count, 21);
+  EXPECT_EQ(std::accumulate(keys, keys + count, 0), 102911);
+  int known = 0;
+  for (int key = -9000; key < 9000; ++key) known += CMAttribute::isUTF8DescAttr(key) ? 1 : 0;
+  EXPECT_EQ(known, count);
+}
+
+}  // namespace
+}  // namespace orx

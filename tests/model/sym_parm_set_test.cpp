@@ -1,0 +1,149 @@
+#include "model/sym_parm_set.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "model/attribute_set.h"
+#include "tests/support/trace_capture.h"
+
+namespace orx {
+namespace {
+
+using testing::ElementsAre;
+using Rows = std::vector<std::string>;
+
+void read(CMSymParmSet& set, const std::string& text) {
+  CMAttribute attribute{CMAttributeKey(1)};
+  attribute.setValue(text);
+  set = attribute;
+}
+
+// NAME=VALUE|DESCRIPTION of each parameter.
+Rows rowsOf(const CMSymParmSet& set) {
+  Rows rows;
+  for (std::size_t i = 0; i < set.entries(); ++i) {
+    const CMSymParm& parameter = *set.at(i);
+    rows.push_back(std::string(parameter.name()) + '=' + std::string(parameter.value()) + '|' +
+                   parameter.description());
+  }
+  return rows;
+}
+
+std::string written(const CMSymParmSet& set) {
+  std::string text;
+  set.ConstructFromSymParmSet().getValue3(text, 0);
+  return text;
+}
+
+TEST(SymParmSet, ReadsAndWritesItsText) {
+  const struct {
+    const char* text;
+    Rows rows;
+    const char* written;
+  } cases[] = {
+      {"A=1,B=2", {"A=1|", "B=2|"}, "A=1,B=2"},
+      {"A= 1 =  note", {"A=1|note"}, "A=1= note"},
+      {"A=x,,y", {"A=x,y|"}, "A=x,,y"},
+      {"A=p==q", {"A=p=q|"}, "A=p==q"},
+      {"A=1,,,B=2", {"A=1,|", "B=2|"}, "A=1,,,B=2"},
+      {",A=1", {}, ""},
+      {"A=1,", {"A=1|"}, "A=1"},
+      {"A=1,B=2,,", {"A=1|", "B=2,|"}, "A=1,B=2,,"},
+      {"A", {"A=|"}, "A="},
+      {"=1,B=2", {"B=2|"}, "B=2"},
+      {"A=1,A=2", {"A=1|"}, "A=1"},
+      {" A =1", {" A =1|"}, " A =1"},
+      {"A=1=d=more", {"A=1|d"}, "A=1= d"},
+      {"A=== b,,", {"A==b,|"}, "A===b,,"},
+      {"A= ,B=x,,y= temp", {"A=|", "B=x,y|temp"}, "A= ,B=x,,y= temp"},
+      {"A=1=t,,u==v", {"A=1|t,u=v"}, "A=1= t,,u==v"},
+  };
+  for (const auto& row : cases) {
+    CMSymParmSet set;
+    read(set, row.text);
+    const Rows rows = rowsOf(set);
+    EXPECT_EQ(rows, row.rows) << row.text;
+    EXPECT_EQ(written(set), row.written) << row.text;
+    CMSymParmSet again;
+    again = set.ConstructFromSymParmSet();
+    EXPECT_EQ(rowsOf(again), rows) << row.text;
+  }
+}
+
+TEST(SymParmSet, OnlyTheSystemParameterAttributeIsRead) {
+  CMSymParmSet set;
+  read(set, "KEPT=1,NODE_FILTER=*");
+  EXPECT_EQ(set.at(1)->kind(), 4u);
+  EXPECT_EQ(set.at(0)->kind(), 2u);
+  EXPECT_EQ(set.at(2), nullptr);
+  set = CMAttribute("2;0;1;A=1;", 1);
+  set = CMAttributeSet("<2;0;1;A=1;><4097;0;1;B=1;>", 1);
+  EXPECT_THAT(rowsOf(set), ElementsAre("KEPT=1|", "NODE_FILTER=*|"));
+  set = CMAttributeSet("<9;0;1;1;><1;0;2;A=1;B=2;>", 1);
+  EXPECT_THAT(rowsOf(set), ElementsAre("A=1|"));
+  set = CMAttribute("1;0;0;", 1);
+  EXPECT_EQ(set.entries(), 0u);
+}
+
+TEST(SymParmSet, MergingKeepsWhatIsThere) {
+  CMSymParmSet current, other;
+  read(current, "A=9,B=2");
+  read(other, "A=1,C=3=note");
+  current.merge(other);
+  EXPECT_THAT(rowsOf(current), ElementsAre("A=9|", "B=2|", "C=3|note"));
+  EXPECT_THAT(rowsOf(other), ElementsAre("A=1|", "C=3|note"));
+  current.merge(current);
+  current.AssignCMSymParmSet(current);
+  EXPECT_EQ(current.entries(), 3u);
+  current.AssignCMSymParmSet(other);
+  EXPECT_EQ(rowsOf(CMSymParmSet(current)), rowsOf(other));
+}
+
+TEST(SymParmSet, FindsTakesOutAndRefuses) {
+  CMSymParmSet set;
+  read(set, "A=1,B=2,C=3");
+  EXPECT_EQ(set.findSymbolName1("B"), set.findSymbolName2("B"));
+  EXPECT_EQ(set.findSymbolName1("b"), nullptr);
+  auto taken = set.remove(*set.findSymbolName2("B"));
+  EXPECT_EQ(set.findSymbolName2("B"), nullptr);
+  EXPECT_EQ(set.remove(*taken), nullptr);
+  EXPECT_EQ(set.insertUniqueParm(taken), 1);
+  EXPECT_EQ(taken, nullptr);
+  auto twin = std::make_unique<CMSymParm>("B", "other", 2, 0, nullptr);
+  EXPECT_EQ(set.insertUniqueParm(twin), 0);
+  EXPECT_NE(twin, nullptr);
+  EXPECT_THAT(rowsOf(set), ElementsAre("A=1|", "C=3|", "B=2|"));
+  EXPECT_THAT(captureTrace("none=1", [&set] { set.dump(); }),
+              ElementsAre("SymParm Name is [A], value is [1]", "SymParm Name is [C], value is [3]",
+                          "SymParm Name is [B], value is [2]"));
+}
+
+TEST(SymParmSet, ResolvesEachValueAgainstTheSetAsItIs) {
+  CMSymParmSet set;
+  read(set, "A=1,B=&A.x,C=&B.&A");
+  CMAttribute attribute{CMAttributeKey(4100)};
+  for (const char* value : {"&C", "plain", "", "&B,&B", "&A<"}) attribute.setValue(value);
+  const auto resolved = set.resolveSymbols(&attribute);
+  const auto values = resolved->values();
+  EXPECT_THAT(Rows(values.begin(), values.end()), ElementsAre("1x1", "plain", "", "1x,1x", "1<"));
+  EXPECT_EQ(resolved->key().number(), 4100);
+  EXPECT_THAT(rowsOf(set), ElementsAre("A=1|", "B=&A.x|", "C=&B.&A|"));
+  EXPECT_EQ(set.resolveSymbols(nullptr), nullptr);
+}
+
+// Resolving "&A" leaves "12&A" in A; with that, "&B" would be "212&A" afterwards.
+TEST(SymParmSet, ACircleLooksTheSameFromEveryValue) {
+  CMSymParmSet set;
+  read(set, "A=1&B,B=2&A");
+  CMAttribute attribute{CMAttributeKey(4100)};
+  for (const char* value : {"x&A", "x&B", "x&A"}) attribute.setValue(value);
+  const auto resolved = set.resolveSymbols(&attribute);
+  const auto values = resolved->values();
+  EXPECT_THAT(Rows(values.begin(), values.end()), ElementsAre("x12&A", "x21&B", "x12&A"));
+}
+
+}  // namespace
+}  // namespace orx

@@ -1,0 +1,212 @@
+#include "model/symbol_resolution.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/support/trace_capture.h"
+
+namespace orx {
+namespace {
+
+using Pairs = std::vector<std::pair<std::string, std::string>>;
+
+void add(CMSymParmSet& set, const Pairs& pairs) {
+  for (const auto& [name, value] : pairs) {
+    auto parameter = std::make_unique<CMSymParm>(name.c_str(), value.c_str(), 2, 0, nullptr);
+    EXPECT_EQ(set.insertUniqueParm(parameter), 1);
+  }
+}
+
+std::string resolve(const Pairs& pairs, const std::string& text, int utf8Mode = 0) {
+  CMSymParmSet set;
+  add(set, pairs);
+  return ResolveSymbolsInString(text.c_str(), &set, utf8Mode);
+}
+
+TEST(SymbolResolution, ReplacesReferencesAndLeavesTheRest) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"", ""},
+      {"&A", "xyz"},
+      {"&A.b", "xyzb"},
+      {"&A..b", "xyz.b"},
+      {"&A,b", "xyz,b"},
+      {"&A&A", "xyzxyz"},
+      {"a&&b", "a&b"},
+      {"&&A", "&A"},
+      {"&&&A", "&xyz"},
+      {"abc&", "abc&"},
+      {"& A", "& A"},
+      {"&.", "&."},
+      {"&B", "&B"},
+      {"&B.<1>", "&B.<1>"},
+      {"&a", "&a"},
+      {"x,&E,y", "x,y"},
+      {"&E.y", "y"},
+      {"&E z", " z"},
+      {"&E<2>,y", "y"},
+      {"&F<3>", "abc"},
+      {"&F<3>.x", "abcx"},
+      {"&F<3><2>", "abc<2>"},
+      {"&F<2:3>", "bcd"},
+      {"&F<4:>", "def"},
+      {"&F<4:0>", "def"},
+      {"&F<>", "abcdef"},
+      {"&F<:2>", "abcdef"},
+      {"&F<0:2>", "abcdef"},
+      {"&F<6:9>", "f"},
+      {"&F<7:1>", ""},
+      {"&F<9999999999:1>", ""},
+      {"&F<2:9999999999>", "bcdef"},
+      {"&F<2147483648:1>", ""},
+      {"&F<x>", "abcdef<x>"},
+      {"&F<3:x>", "cdef<3:x>"},
+      {"&F<1:2:3>", "abcdef<1:2:3>"},
+      {"&F<3", "abcdef<3"},
+      {"&F<<", "abcdef<"},
+      {"&F<<3>", "abcdef<3>"},
+      {"&F<", "abcdef<"},
+  };
+  for (const auto& [text, expected] : cases) {
+    EXPECT_EQ(resolve({{"A", "xyz"}, {"E", ""}, {"F", "abcdef"}}, text), expected) << text;
+  }
+  EXPECT_EQ(ResolveSymbolsInString("&A<1>.", nullptr, 0), "&A<1>.");
+}
+
+TEST(SymbolResolution, ARangeOfOneHundredBytesIsTooLong) {
+  const std::string zeros(95, '0');
+  EXPECT_EQ(resolve({{"F", "abcdef"}}, "&F<" + zeros + "2:02>"), "bc");
+  EXPECT_EQ(resolve({{"F", "abcdef"}}, "&F<" + zeros + "02:02>"), "abcdef<" + zeros + "02:02>");
+}
+
+TEST(SymbolResolution, ValuesOfValuesAreResolvedAndKept) {
+  CMSymParmSet set;
+  add(set, {{"B", "&A.x"}, {"A", "1"}, {"C", "c"}});
+  std::vector<CMSymParm*> changed;
+  EXPECT_EQ(ResolveSymbolsInString("&B<2:1>&C", &set, 0, &changed), "xc");
+  EXPECT_STREQ(set.at(2)->name(), "B");
+  EXPECT_EQ(set.at(2)->value(), "1x");
+  EXPECT_THAT(changed, testing::ElementsAre(set.findSymbolName2("B")));
+}
+
+TEST(SymbolResolution, NoValueRefersToItself) {
+  const struct {
+    Pairs pairs;
+    const char* text;
+    const char* expected;
+  } cases[] = {
+      {{{"A", "&A"}}, "&A", "&A"},
+      {{{"A", "&A"}}, "x&A", "x&A"},
+      {{{"A", "<&A>"}}, "&A&A", "<&A><&A>"},
+      {{{"A", "1&B"}, {"B", "2&A"}}, "&A", "12&A"},
+      {{{"A", "&B"}, {"B", "&A"}}, "&B.", "&B"},
+  };
+  for (const auto& row : cases) EXPECT_EQ(resolve(row.pairs, row.text), row.expected) << row.text;
+}
+
+TEST(SymbolResolution, ReferencesAreFollowedSixtyFourLevelsDeep) {
+  for (const int depth : {63, 64, 65, 200}) {
+    Pairs pairs;
+    for (int i = 1; i < depth; ++i) {
+      pairs.emplace_back("P" + std::to_string(i), "&P" + std::to_string(i + 1) + ".-");
+    }
+    pairs.emplace_back("P" + std::to_string(depth), "end");
+    // The value of P64 stands on level 64 and may be plain; that of P65 is one too deep.
+    const std::string core = depth <= 65 ? "end" : "&P65.";
+    const int dashes = depth <= 65 ? depth - 1 : 64;
+    EXPECT_EQ(resolve(pairs, "&P1"), core + std::string(static_cast<std::size_t>(dashes), '-'))
+        << depth;
+  }
+}
+
+TEST(SymbolResolution, ResultsStayBelowTheirLimit) {
+  const std::string half(symbol_limits::resultBytes / 2, 'h');
+  EXPECT_EQ(resolve({{"H", half}}, "&H&H"), half + half);
+  EXPECT_EQ(resolve({{"H", half}}, "-&H&H<1>.&H."), "-" + half + "h&H.");
+  // Doubling sixty times would fill any memory.
+  Pairs doubling = {{"P0", "0123456789"}};
+  for (int i = 1; i <= 60; ++i) {
+    const std::string below = "&P" + std::to_string(i - 1);
+    doubling.emplace_back("P" + std::to_string(i), below + below);
+  }
+  const std::string result = resolve(doubling, "&P60");
+  EXPECT_GT(result.size(), symbol_limits::resultBytes / 2);
+  EXPECT_LT(result.size(), symbol_limits::resultBytes + 100);
+}
+
+// A value with an unknown reference is never settled, so every reference to it reads it again.
+TEST(SymbolResolution, LongValuesAreNotReadOverAndOverWithoutEnd) {
+  const std::string reference = "&Q<1>";
+  std::string text;
+  for (int i = 0; i < 100000; ++i) text += reference;
+  const std::string unsettled = std::string(symbol_limits::resultBytes - 10, 'q') + "&U";
+  const std::string result = resolve({{"Q", unsettled}}, text);
+  const std::size_t replaced = result.find('&');
+  EXPECT_GE(replaced, 60u);
+  EXPECT_LE(replaced, 64u);
+  EXPECT_EQ(result.substr(replaced), text.substr(replaced * reference.size()));
+}
+
+TEST(SymbolResolution, TracesItsResult) {
+  CMSymParmSet set;
+  add(set, {{"A", "xyz"}});
+  const auto lines =
+      captureTrace("ResolveSymbols*=0x40", [&] { (void)ResolveSymbolsInString("&A!", &set, 0); });
+  EXPECT_THAT(lines, testing::ElementsAre(
+                         "entry", "Returning string &A! from ResolveSymbolsInString", "exit 0"));
+}
+
+TEST(SymbolRange, AppendsThePartThatExists) {
+  const struct {
+    SubstrRange range;
+    const char* expected;
+  } cases[] = {
+      {{0, 0}, "abc"},       {{0, 2}, "abc"},  {{1, 2}, "ab"},       {{2, 0}, "bc"},
+      {{3, 1}, "c"},         {{3, 5}, "c"},    {{4, 1}, ""},         {{INT_MAX, INT_MAX}, ""},
+      {{INT_MIN, 1}, "abc"}, {{-1, 1}, "abc"}, {{2, INT_MAX}, "bc"}, {{2, -1}, "bc"},
+      {{2, INT_MIN}, "bc"}};
+  for (const auto& row : cases) {
+    std::string out = ">";
+    AddCharToString(out, "abcdef", 3, &row.range);
+    EXPECT_EQ(out.substr(1), row.expected) << row.range.start << ':' << row.range.length;
+  }
+  std::string out;
+  AddCharToString(out, "abc", 2, nullptr);
+  AddCharToString(out, "abc", -1, nullptr);
+  EXPECT_EQ(out, "ab");
+}
+
+// In processes of their own, since the local code page is kept once it is known.
+TEST(SymbolResolutionDeathTest, InUtf8ModeTextAndValuesMeetInTheLocalCodePage) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const Pairs pairs = {{"É", "ä"},
+                       {"N", "&A"},
+                       {"A", "é1"},
+                       {"L", std::string(256, 'l')},
+                       {"S", std::string(255, 's')}};
+  const struct {
+    const char* locale;
+    const char* text;
+    std::string expected;
+  } cases[] = {
+      {"C.UTF-8", "ö&É<1:2>.", "öä"},           {"C.UTF-8", "&N", "é1"}, {"C.UTF-8", "-&L.-", "--"},
+      {"C.UTF-8", "&S", std::string(255, 's')}, {"C", "&A.ö", "ö"},      {"C", "&É.", ""},
+  };
+  for (const auto& row : cases) {
+    EXPECT_EXIT(
+        {
+          (void)setenv("LC_ALL", row.locale, 1);
+          std::exit(resolve(pairs, row.text, 1) == row.expected ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "")
+        << row.locale << row.text;
+  }
+}
+
+}  // namespace
+}  // namespace orx

@@ -1,0 +1,79 @@
+#include "platform/collection.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+namespace orx {
+namespace {
+
+int alive = 0;
+
+struct Item : RWCollectable {
+  Item(int hash, char name) : hashed(hash), name(name) { ++alive; }
+  Item(const Item&) = delete;
+  ~Item() override { --alive; }
+  std::uint32_t hash() const override { return static_cast<std::uint32_t>(hashed); }
+  bool isEqual(const RWCollectable* other) const override {
+    return static_cast<const Item*>(other)->hashed == hashed;
+  }
+  int hashed;
+  char name;
+};
+
+std::string namesOf(RWHashTable& table) {
+  std::string names;
+  table.apply([&](RWCollectable& entry) { names += static_cast<Item&>(entry).name; });
+  return names;
+}
+
+TEST(HashTable, OrdersByHashAndThenByInsertion) {
+  RWHashTable table;
+  const Item probe(7, '?');
+  EXPECT_TRUE(table.isEmpty());
+  for (auto* item : {new Item(7, 'c'), new Item(-2, 'a'), new Item(7, 'd'), new Item(5, 'b')}) {
+    EXPECT_EQ(table.insert(item), item);
+    EXPECT_EQ(table.insert(item), nullptr) << "held already";
+  }
+  EXPECT_EQ(table.insert(nullptr), nullptr);
+  EXPECT_EQ(namesOf(table), "abcd");
+  EXPECT_EQ(table.occurrencesOf(&probe), 2u);
+  EXPECT_EQ(static_cast<Item*>(table.find(&probe))->name, 'c');
+  const std::unique_ptr<RWCollectable> taken(table.remove(&probe));
+  EXPECT_EQ(static_cast<Item*>(taken.get())->name, 'c');
+  table.removeAndDestroy(table.find(&probe));
+  EXPECT_FALSE(table.contains(&probe) || table.contains(nullptr));
+  EXPECT_EQ(table.remove(&probe), nullptr);
+  EXPECT_EQ(alive, 4);
+  const std::unique_ptr<RWHashTable> shared(table.copy());
+  table.clear();
+  EXPECT_EQ(namesOf(*shared), "ab");
+  EXPECT_EQ(table.entries(), 0u);
+  shared->clearAndDestroy();
+  EXPECT_EQ(alive, 2);
+}
+
+TEST(HashTable, IteratorsSurviveTheRemovalOfWhatTheyReturned) {
+  RWHashTable table;
+  for (const int hash : {1, 2, 2, 3}) table.insert(new Item(hash, static_cast<char>('0' + hash)));
+  const Item two(2, '?');
+  RWHashTableIterator next(table);
+  EXPECT_EQ(next.key(), nullptr);
+  int found = 0;
+  while (RWCollectable* entry = next.findNext(&two)) {
+    EXPECT_EQ(entry, next.key());
+    table.removeAndDestroy(entry);
+    ++found;
+  }
+  EXPECT_EQ(found, 2);
+  EXPECT_EQ(next(), nullptr);
+  next.reset();
+  std::string names;
+  while (RWCollectable* entry = next()) names += static_cast<Item*>(entry)->name;
+  EXPECT_EQ(names, "13");
+  table.clearAndDestroy();
+}
+
+}  // namespace
+}  // namespace orx

@@ -1,0 +1,42 @@
+// What an action sends to the trace.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "platform/trace.h"
+
+namespace orx {
+
+// A trace line without its time, unit, function and line number.
+inline std::string withoutHead(const std::string& line) {
+  constexpr std::size_t timeLength = 15;
+  std::size_t colon = line.find(':', timeLength);
+  while (colon != std::string::npos) {
+    const std::size_t end = line.find_first_not_of("0123456789", colon + 1);
+    if (end != std::string::npos && end > colon + 1 && line[end] == ' ')
+      return line.substr(end + 1);
+    colon = line.find(':', colon + 1);
+  }
+  return line;
+}
+
+// Runs `action` with the trace set to `patterns`; returns its lines without their heads.
+template <typename Action>
+std::vector<std::string> captureTrace(const std::string& patterns, Action action) {
+  const std::string file = testing::TempDir() + "orx_capture.txt";
+  (void)std::remove(file.c_str());
+  trace_setting::configure(patterns, file);
+  action();
+  trace_setting::configure("", "");
+  std::vector<std::string> lines;
+  std::ifstream in(file);
+  for (std::string line; std::getline(in, line);) lines.push_back(withoutHead(line));
+  return lines;
+}
+
+}  // namespace orx
