@@ -1,5 +1,6 @@
 #include "orxkdb/bundle_writer.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
@@ -28,8 +29,9 @@ Result putBundle(const std::string& directory) {
   std::error_code error;
   std::filesystem::create_directory(bundle, error);
   if (error) {
+    const int number = error.value() == EEXIST ? ENOTDIR : error.value();  // a file has the name
     return fileFailure(exitNotOpened, "the directory of the messages cannot be made", bundle,
-                       error.value());
+                       number);
   }
   for (const BundleFile& file : bundleFiles()) {
     const std::string path = bundle + "/" + std::string(file.name);

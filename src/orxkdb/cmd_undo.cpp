@@ -13,7 +13,6 @@ namespace {
 
 constexpr auto notFound = static_cast<std::int32_t>(kdb::Reason::notFound);
 constexpr auto wrongFormat = static_cast<std::int32_t>(kdb::Reason::format);
-constexpr auto ioError = static_cast<std::int32_t>(kdb::Reason::ioError);
 
 // The database itself or its previous generation may be what is missing or damaged.
 Result undoFailure(const std::string& name, const kdb::kdbStatus& status) {
@@ -27,7 +26,7 @@ Result undoFailure(const std::string& name, const kdb::kdbStatus& status) {
   if (status.reason == wrongFormat && kdb::looksLikeDatabase(name.c_str())) {
     return openFailure(previous, status);
   }
-  return status.reason == ioError ? databaseFailure(name, status) : openFailure(name, status);
+  return openFailure(name, status);
 }
 
 }  // namespace

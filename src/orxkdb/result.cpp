@@ -63,6 +63,18 @@ Result statusFailure(ExitCode code, const std::string& where, const kdb::kdbStat
   return fail(code, sentence.what, where + codesOf(status), sentence.next);
 }
 
+// Disk and memory can fail an opening that was in order.
+ExitCode openCode(const kdb::kdbStatus& status) {
+  switch (static_cast<kdb::Reason>(status.reason)) {
+    case kdb::Reason::space:
+    case kdb::Reason::storage:
+    case kdb::Reason::ioError:
+      return exitFailed;
+    default:
+      return exitNotOpened;
+  }
+}
+
 const char* adviceFor(int error) {
   switch (error) {
     case ENOENT:
@@ -98,12 +110,12 @@ Result fail(ExitCode code, std::string_view what, std::string_view where, std::s
 }
 
 Result openFailure(const std::string& database, const kdb::kdbStatus& status) {
-  return statusFailure(exitNotOpened, database, status, sentenceOf(status.reason));
+  return statusFailure(openCode(status), database, status, sentenceOf(status.reason));
 }
 
 Result createFailure(const std::string& database, const kdb::kdbStatus& status) {
   const bool isMissing = status.reason == static_cast<std::int32_t>(kdb::Reason::notFound);
-  return statusFailure(exitNotOpened, database, status,
+  return statusFailure(openCode(status), database, status,
                        isMissing ? missingDirectory : sentenceOf(status.reason));
 }
 

@@ -22,7 +22,7 @@ struct [[nodiscard]] Result {
 
 Result fail(ExitCode code, std::string_view what, std::string_view where, std::string_view next);
 
-// A database that could not be opened.
+// A database that could not be opened: exitNotOpened, or exitFailed for want of disk or memory.
 Result openFailure(const std::string& database, const kdb::kdbStatus& status);
 // The same for one that was to be made.
 Result createFailure(const std::string& database, const kdb::kdbStatus& status);

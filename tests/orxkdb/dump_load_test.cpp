@@ -1,0 +1,244 @@
+// Dumps of databases, and loading them: round trips, and everything that is refused.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "orxkdb/cmd_dump.h"
+#include "orxkdb/cmd_load.h"
+#include "orxkdb/dump_format.h"
+#include "tests/support/kdb_records.h"
+
+namespace orx::orxkdb {
+namespace {
+
+using test::createDatabase;
+using test::makeRecord;
+using test::Opened;
+using test::Record;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
+
+using Lines = std::vector<std::string>;
+
+std::string join(const Lines& lines, const std::string& lineEnd = "\n") {
+  std::string text;
+  for (const std::string& line : lines) text += line + lineEnd;
+  return text;
+}
+
+std::string hex(const std::string& digitPair, std::size_t count) {
+  std::string text;
+  while (count-- > 0) text += digitPair;
+  return text;
+}
+
+// The lines of a record, filled with `fill`: object `object`, `recn` in both byte orders.
+Lines entry(const std::string& object, const std::string& bigEndian,
+            const std::string& littleEndian, const std::string& fill) {
+  const std::string handles = hex("00", 8) + object + hex("00", 4);
+  return {" " + handles + bigEndian, " " + handles + littleEndian + hex(fill, 276)};
+}
+
+// Objects 1 (recn 0) and 2 (recn 0x0102), as makeRecord makes them.
+Lines validDump() {
+  Lines lines{"VERSION=3", "format=bytevalue", "type=btree", "HEADER=END"};
+  for (const Lines& record : {entry("00000001", "00000000", "00000000", "01"),
+                              entry("00000002", "00000102", "02010000", "ab")}) {
+    lines.insert(lines.end(), record.begin(), record.end());
+  }
+  lines.emplace_back("DATA=END");
+  return lines;
+}
+
+class DumpLoad : public testing::Test {
+ protected:
+  // The subcommands tell what they did.
+  void SetUp() override { testing::internal::CaptureStdout(); }
+  void TearDown() override { (void)testing::internal::GetCapturedStdout(); }
+
+  Result loadText(const std::string& text, bool replace = false) {
+    test::writeFile(file_, text);
+    return load({.database = database_, .file = file_, .replace = replace});
+  }
+  std::string dumped() {
+    const std::string file = scratch_.file("again");
+    const Result result = dump({.database = database_, .file = file});
+    EXPECT_EQ(result.text, "");
+    return test::readFile(file);
+  }
+
+  test::ScratchDirectory scratch_;
+  std::string database_ = scratch_.file("db");
+  std::string file_ = scratch_.file("dump");
+};
+
+TEST_F(DumpLoad, WritesKeysBigEndianInDatabaseOrder) {
+  {
+    const Opened database(database_, kdb::openAsNew);
+    ASSERT_EQ(database.add(makeRecord(2, 0x102, 0xAB)), "0/0");
+    ASSERT_EQ(database.add(makeRecord(1)), "0/0");
+    ASSERT_EQ(database.close(), "0/0");
+  }
+  EXPECT_EQ(dumped(), join(validDump()));
+}
+
+TEST_F(DumpLoad, TakesWhatTheToolsOfTheEnginesWrite) {
+  const std::string expected = join(validDump());
+  Lines upperCase = validDump();
+  for (char& c : upperCase[7]) c = static_cast<char>(std::toupper(c));
+  Lines longHeader = validDump();
+  longHeader.insert(longHeader.begin() + 3, {"duplicates=0", "dupsort=0", "mapsize=1048576",
+                                             "maxreaders=126", "db_pagesize=4096", "keys=1"});
+  std::string noLineEnd = expected;
+  noLineEnd.pop_back();
+  for (const std::string& text :
+       {expected, join(upperCase), join(longHeader), join(validDump(), "\r\n"), noLineEnd}) {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(loadText(text).text, "");
+    EXPECT_EQ(dumped(), expected);
+    std::filesystem::remove(database_);
+  }
+}
+
+TEST_F(DumpLoad, LargeDatabaseReturnsByteForByte) {
+  constexpr std::uint32_t records = 3000;  // more than one input buffer
+  {
+    const Opened database(database_, kdb::openAsNew);
+    for (std::uint32_t i = 0; i < records; ++i) {
+      Record record = makeRecord(i / 300, i % 300);
+      for (std::size_t at = 20; at < record.size(); ++at) {
+        record[at] = static_cast<std::uint8_t>(i * 7 + at);
+      }
+      ASSERT_EQ(database.add(record), "0/0");
+    }
+    ASSERT_EQ(database.close(), "0/0");
+  }
+  const std::string first = dumped();
+  EXPECT_EQ(first.size(), dump_format::header.size() + records * sizeof(dump_format::Entry) + 9);
+  ASSERT_EQ(loadText(first, true).text, "");
+  EXPECT_EQ(dumped(), first);
+}
+
+struct Reject {
+  const char* what;
+  std::function<void(Lines&)> change;
+  const char* place;
+  const char* text;
+};
+
+std::function<void(Lines&)> setLine(std::size_t number, const std::string& text) {
+  return [=](Lines& lines) { lines[number - 1] = text; };
+}
+std::function<void(Lines&)> insertLine(std::size_t number, const std::string& text) {
+  return [=](Lines& lines) {
+    lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(number - 1), text);
+  };
+}
+std::function<void(Lines&)> keepLines(std::size_t count) {
+  return [=](Lines& lines) { lines.resize(count); };
+}
+
+const Lines first = entry("00000001", "00000000", "00000000", "01");
+const Lines lower = entry("00000000", "ffffffff", "ffffffff", "01");
+
+const Reject rejects[] = {
+    {"nothing", keepLines(0), ":1", "the dump is empty"},
+    {"another version", setLine(1, "VERSION=2"), ":1", "only dumps of VERSION=3 can be loaded"},
+    {"no dump", setLine(1, "<1;1;2;"), ":1", "this is no dump, its first line is not VERSION=3"},
+    {"no dump in long lines", setLine(1, std::string(5000, 'x')), ":1", "this is no dump"},
+    {"print format", setLine(2, "format=print"), ":2", "format=print cannot be loaded"},
+    {"unknown format", setLine(2, "format=x"), ":2", "the format is not bytevalue"},
+    {"hash", setLine(3, "type=hash"), ":3", "the type is not btree"},
+    {"repeated keys", insertLine(4, "duplicates=1"), ":4", "repeated keys"},
+    {"no keys", insertLine(4, "keys=0"), ":4", "the dump holds no keys"},
+    {"header line", insertLine(4, "db_pagesize"), ":4", "not of the form NAME=VALUE"},
+    {"no format", setLine(2, "x=y"), ":4", "no line format=bytevalue"},
+    {"no type", setLine(3, "x=y"), ":4", "no line type=btree"},
+    {"cut in the header", keepLines(3), ":4", "the dump ends in its header"},
+    {"cut behind the header", keepLines(4), ":5", "the dump ends without DATA=END"},
+    {"cut behind a key", keepLines(7), ":8", "the dump ends behind a key"},
+    {"cut behind a record", keepLines(8), ":9", "the dump ends without DATA=END"},
+    {"key alone", [](Lines& lines) { lines.erase(lines.begin() + 7); }, ":8", "no record for"},
+    {"no blank", setLine(5, first[0].substr(1)), ":5", "does not begin with a blank"},
+    {"two blanks", setLine(5, " " + first[0]), ":5", "a key has 40 hexadecimal digits"},
+    {"short key", setLine(5, first[0].substr(0, 39)), ":5", "this one has 38"},
+    {"odd digits", setLine(6, first[1].substr(0, 592)), ":6", "this one has 591"},
+    {"short record", setLine(8, first[1].substr(0, 591)), ":8", "a record has 592"},
+    {"long record", setLine(6, first[1] + "00"), ":6", "this one has 594"},
+    {"endless line", setLine(6, first[1] + std::string(3 << 20, '0')), ":6", "longer than the 593"},
+    {"no digit", [](Lines& lines) { lines[5][100] = 'g'; }, ":6", "column 101 of a record line"},
+    {"zero byte", [](Lines& lines) { lines[4][2] = '\0'; }, ":5", "column 3 of a key line"},
+    {"key of another record", setLine(6, lower[1]), ":6", "does not begin with the key"},
+    {"recn little-endian in the key", setLine(7, entry("00000002", "02010000", "", "")[0]), ":8",
+     "does not begin with the key"},
+    {"repeated", [](Lines& lines) { std::copy(first.begin(), first.end(), lines.begin() + 6); },
+     ":8", "the key is there a second time"},
+    {"descending", [](Lines& lines) { std::copy(lower.begin(), lower.end(), lines.begin() + 6); },
+     ":8", "the keys do not ascend"},
+    {"something behind", insertLine(10, "VERSION=3"), ":10", "something behind DATA=END"},
+    {"blank line behind", insertLine(10, ""), ":10", "something behind DATA=END"},
+};
+
+TEST_F(DumpLoad, FaultsAreNamedByLineAndLoadNothing) {
+  for (const Reject& reject : rejects) {
+    SCOPED_TRACE(reject.what);
+    Lines lines = validDump();
+    reject.change(lines);
+    const Result result = loadText(join(lines));
+    EXPECT_EQ(result.code, exitNotAsExpected);
+    EXPECT_THAT(result.text, HasSubstr(", " + file_ + reject.place + ", "));
+    EXPECT_THAT(result.text, HasSubstr(reject.text));
+    EXPECT_THAT(result.text, testing::EndsWith("nothing was loaded"));
+    EXPECT_THAT(scratch_.names(), ElementsAre("dump"));
+  }
+}
+
+TEST_F(DumpLoad, FaultLeavesTheDatabaseThatWasToBeReplaced) {
+  createDatabase(database_, 5);
+  const std::string before = test::readFile(database_);
+  Lines lines = validDump();
+  lines[7][100] = 'x';
+  EXPECT_EQ(loadText(join(lines), true).code, exitNotAsExpected);
+  EXPECT_EQ(test::readFile(database_), before);
+  EXPECT_THAT(scratch_.names(), UnorderedElementsAre("db", "dump"));
+}
+
+TEST_F(DumpLoad, ReplacesAllRecordsAndKeepsThePreviousGeneration) {
+  createDatabase(database_, 5);
+  ASSERT_EQ(loadText(join(validDump()), true).text, "");
+  EXPECT_THAT(test::objects(database_), ElementsAre(1, 2));
+  EXPECT_THAT(test::objects(database_ + ".orx-previous"), ElementsAre(1, 2, 3, 4, 5));
+  Lines empty = validDump();
+  empty.erase(empty.begin() + 4, empty.begin() + 8);
+  ASSERT_EQ(loadText(join(empty), true).text, "");
+  EXPECT_THAT(test::objects(database_), ElementsAre());
+}
+
+TEST_F(DumpLoad, OpeningDecidesBeforeAnythingIsRead) {
+  test::writeFile(file_, join(validDump()));
+  Result result = load({.database = database_, .file = file_, .replace = true});
+  EXPECT_EQ(result.code, exitNotOpened);
+  EXPECT_THAT(result.text, StartsWith("there is no such database, " + database_ + " (5 NotThere"));
+  createDatabase(database_);
+  result = load({.database = database_, .file = file_});
+  EXPECT_EQ(result.code, exitNotOpened);
+  EXPECT_THAT(result.text, HasSubstr("(4 Duplicate, 46 Unique)"));
+  result = load({.database = scratch_.file("no/db"), .file = file_});
+  EXPECT_THAT(result.text, StartsWith("there is no directory for the database"));
+  result = load({.database = scratch_.file("new"), .file = scratch_.file("none")});
+  EXPECT_EQ(result.code, exitNotOpened);
+  EXPECT_THAT(result.text, HasSubstr("none (No such file or directory)"));
+  const Opened locked(database_);
+  result = load({.database = database_, .file = file_, .replace = true});
+  EXPECT_EQ(result.code, exitNotOpened);
+  EXPECT_THAT(result.text, HasSubstr("(3 BusyObject, 19 InUse)"));
+}
+
+}  // namespace
+}  // namespace orx::orxkdb
