@@ -38,17 +38,18 @@ class CMMemoryManager {
 template <typename T>
 struct CountingAllocator {
   using value_type = T;
+  static constexpr std::size_t elementSize = sizeof(T);  // NOLINT: containers count pointers too
 
   CountingAllocator() = default;
   template <typename U>
   CountingAllocator(const CountingAllocator<U>&) noexcept {}  // NOLINT: converts by design
 
   [[nodiscard]] T* allocate(std::size_t count) {
-    if (count > SIZE_MAX / sizeof(T)) throw std::bad_alloc();
-    return static_cast<T*>(CMMemoryManager::operator new(count * sizeof(T)));
+    if (count > SIZE_MAX / elementSize) throw std::bad_alloc();
+    return static_cast<T*>(CMMemoryManager::operator new(count* elementSize));
   }
   void deallocate(T* block, std::size_t count) noexcept {
-    CMMemoryManager::operator delete(block, count * sizeof(T));
+    CMMemoryManager::operator delete(block, count* elementSize);
   }
   template <typename U>
   bool operator==(const CountingAllocator<U>&) const {

@@ -17,20 +17,18 @@ TEST(MarkerSequences, AreFoundInOrderAndReplaced) {
     int position;  // -1: no marker
     int which;
     const char* replaced;
-  } cases[] = {
-      {"", -1, -1, nullptr},
-      {"a<b>;", -1, -1, nullptr},
-      {"a" LESS "b", 1, 0, "a<b"},
-      {LESS MORE SEMI, 0, 0, "<>;"},
-      {SEMI "x" LESS, 0, 2, ";x<"},
-      {MORE MORE "tail", 0, 1, ">>tail"},
-      {"ab" SEMI, 2, 2, "ab;"},
-      {"\xFE\xFD\xFC\xFB\xFA", -1, -1, nullptr},
-      {"\xFE\xFD\xFC\xFB\xFA\xF2", -1, -1, nullptr},
-      {"\xFE\xFD\xFC\xFB", -1, -1, nullptr},
-      {"\xFE\xFD\xFC\xFB" MORE "\xFE\xFD", 4, 1, "\xFE\xFD\xFC\xFB>\xFE\xFD"},
-      {"\xFE" LESS "\xFA\xF0", 1, 0, "\xFE<\xFA\xF0"},
-  };
+  } cases[] = {{"", -1, -1, nullptr},
+               {"a<b>;", -1, -1, nullptr},
+               {"a" LESS "b", 1, 0, "a<b"},
+               {LESS MORE SEMI, 0, 0, "<>;"},
+               {SEMI "x" LESS, 0, 2, ";x<"},
+               {MORE MORE "tail", 0, 1, ">>tail"},
+               {"ab" SEMI, 2, 2, "ab;"},
+               {"\xFE\xFD\xFC\xFB\xFA", -1, -1, nullptr},
+               {"\xFE\xFD\xFC\xFB\xFA\xF2", -1, -1, nullptr},
+               {"\xFE\xFD\xFC\xFB", -1, -1, nullptr},
+               {"\xFE\xFD\xFC\xFB" MORE "\xFE\xFD", 4, 1, "\xFE\xFD\xFC\xFB>\xFE\xFD"},
+               {"\xFE" LESS "\xFA\xF0", 1, 0, "\xFE<\xFA\xF0"}};
   for (const auto& row : cases) {
     int which = 7;
     const char* found = searchSpecString(row.text, &which);

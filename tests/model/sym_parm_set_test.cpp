@@ -43,24 +43,19 @@ TEST(SymParmSet, ReadsAndWritesItsText) {
     const char* text;
     Rows rows;
     const char* written;
-  } cases[] = {
-      {"A=1,B=2", {"A=1|", "B=2|"}, "A=1,B=2"},
-      {"A= 1 =  note", {"A=1|note"}, "A=1= note"},
-      {"A=x,,y", {"A=x,y|"}, "A=x,,y"},
-      {"A=p==q", {"A=p=q|"}, "A=p==q"},
-      {"A=1,,,B=2", {"A=1,|", "B=2|"}, "A=1,,,B=2"},
-      {",A=1", {}, ""},
-      {"A=1,", {"A=1|"}, "A=1"},
-      {"A=1,B=2,,", {"A=1|", "B=2,|"}, "A=1,B=2,,"},
-      {"A", {"A=|"}, "A="},
-      {"=1,B=2", {"B=2|"}, "B=2"},
-      {"A=1,A=2", {"A=1|"}, "A=1"},
-      {" A =1", {" A =1|"}, " A =1"},
-      {"A=1=d=more", {"A=1|d"}, "A=1= d"},
-      {"A=== b,,", {"A==b,|"}, "A===b,,"},
-      {"A= ,B=x,,y= temp", {"A=|", "B=x,y|temp"}, "A= ,B=x,,y= temp"},
-      {"A=1=t,,u==v", {"A=1|t,u=v"}, "A=1= t,,u==v"},
-  };
+  } cases[] = {{"A=1,B=2", {"A=1|", "B=2|"}, "A=1,B=2"},
+               {"A= 1 =  note", {"A=1|note"}, "A=1= note"},
+               {"A=p==q", {"A=p=q|"}, "A=p==q"},
+               {"A=1,,,B=2", {"A=1,|", "B=2|"}, "A=1,,,B=2"},
+               {",A=1", {}, ""},
+               {"A=1,B=2,,", {"A=1|", "B=2,|"}, "A=1,B=2,,"},
+               {"A", {"A=|"}, "A="},
+               {"=1,B=2", {"B=2|"}, "B=2"},
+               {"A=1,A=2", {"A=1|"}, "A=1"},
+               {" A =1", {" A =1|"}, " A =1"},
+               {"A=1=d=more", {"A=1|d"}, "A=1= d"},
+               {"A=== b,,", {"A==b,|"}, "A===b,,"},
+               {"A= ,B=x,,y= temp", {"A=|", "B=x,y|temp"}, "A= ,B=x,,y= temp"}};
   for (const auto& row : cases) {
     CMSymParmSet set;
     read(set, row.text);
@@ -121,28 +116,25 @@ TEST(SymParmSet, FindsTakesOutAndRefuses) {
                           "SymParm Name is [B], value is [2]"));
 }
 
+Rows resolved(const CMSymParmSet& set, const Rows& values) {
+  CMAttribute attribute{CMAttributeKey(4100)};
+  for (const std::string& value : values) attribute.setValue(value);
+  const auto result = set.resolveSymbols(&attribute);
+  EXPECT_EQ(result->key().number(), 4100);
+  const auto range = result->values();
+  return {range.begin(), range.end()};
+}
+
 TEST(SymParmSet, ResolvesEachValueAgainstTheSetAsItIs) {
   CMSymParmSet set;
   read(set, "A=1,B=&A.x,C=&B.&A");
-  CMAttribute attribute{CMAttributeKey(4100)};
-  for (const char* value : {"&C", "plain", "", "&B,&B", "&A<"}) attribute.setValue(value);
-  const auto resolved = set.resolveSymbols(&attribute);
-  const auto values = resolved->values();
-  EXPECT_THAT(Rows(values.begin(), values.end()), ElementsAre("1x1", "plain", "", "1x,1x", "1<"));
-  EXPECT_EQ(resolved->key().number(), 4100);
+  EXPECT_THAT(resolved(set, {"&C", "plain", "", "&B,&B", "&A<"}),
+              ElementsAre("1x1", "plain", "", "1x,1x", "1<"));
   EXPECT_THAT(rowsOf(set), ElementsAre("A=1|", "B=&A.x|", "C=&B.&A|"));
   EXPECT_EQ(set.resolveSymbols(nullptr), nullptr);
-}
-
-// Resolving "&A" leaves "12&A" in A; with that, "&B" would be "212&A" afterwards.
-TEST(SymParmSet, ACircleLooksTheSameFromEveryValue) {
-  CMSymParmSet set;
+  // Resolving "&A" leaves "12&A" in A; with that, "&B" would be "212&A" afterwards.
   read(set, "A=1&B,B=2&A");
-  CMAttribute attribute{CMAttributeKey(4100)};
-  for (const char* value : {"x&A", "x&B", "x&A"}) attribute.setValue(value);
-  const auto resolved = set.resolveSymbols(&attribute);
-  const auto values = resolved->values();
-  EXPECT_THAT(Rows(values.begin(), values.end()), ElementsAre("x12&A", "x21&B", "x12&A"));
+  EXPECT_THAT(resolved(set, {"x&A", "x&B", "x&A"}), ElementsAre("x12&A", "x21&B", "x12&A"));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <sstream>
 #include <string>
 
 namespace orx {
@@ -54,20 +55,11 @@ TEST(SymParm, ValuesTakeTheMemoryTheyNeed) {
 }
 
 TEST(SymParm, ProductOptionsAreRecognisedInTextsAlone) {
-  const char* options[] = {"UNIQSYS",
-                           "DISCLITE",
-                           "AutoDiscover",
-                           "ORX_AGENT_RETRY",
-                           "ORX_LONG_RUNNING",
-                           "LIMIT_RG_SIZE",
-                           "SEPARATE_RG_BY_PREFIX",
-                           "ORX_COPY_PROTO_SEMANTICS",
-                           "NODE_FILTER",
-                           "ORX_DROPDOWN_SOURCE",
-                           "QUEUE_MANAGER_FILTER",
-                           "ORX_RESOURCE_VALID",
-                           "LQDELPURGE"};
-  for (const char* option : options) EXPECT_EQ(make(option, "").kind(), 4u) << option;
+  std::istringstream options(
+      "UNIQSYS DISCLITE AutoDiscover ORX_AGENT_RETRY ORX_LONG_RUNNING LIMIT_RG_SIZE NODE_FILTER "
+      "SEPARATE_RG_BY_PREFIX ORX_COPY_PROTO_SEMANTICS ORX_DROPDOWN_SOURCE ORX_RESOURCE_VALID "
+      "QUEUE_MANAGER_FILTER LQDELPURGE");
+  for (std::string option; options >> option;) EXPECT_EQ(make(option, "").kind(), 4u) << option;
   const CMSymParm other = make("NODE_FILTER", "", 3);
   EXPECT_EQ(other.kind(), 3u);
   EXPECT_FALSE(other.isProductOptionVarName());
