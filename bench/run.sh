@@ -1,0 +1,103 @@
+#!/usr/bin/env bash
+# Measures the replace restore beside what an operator would use instead and beside what the disk can
+# do, all in one run on one machine, and prints medians and ratios. Installs the peers.
+#
+#   bench/run.sh [--runs N] [--sizes "10000 100000 1000000 4000000"] [--peers-up-to RECORDS]
+#
+# Every cell is the median of N runs (5) taken in turn, so that a slow minute of the machine meets
+# all of them. A restore works on a database that already holds as many records as it will get.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. scripts/packages.sh
+
+runs=5 sizes="10000 100000 1000000 4000000" peers_up_to=1000000
+while [ $# -gt 0 ]; do
+  case $1 in
+    --runs) runs=$2 ;;
+    --sizes) sizes=$2 ;;
+    --peers-up-to) peers_up_to=$2 ;;
+    *) echo "unknown option $1" >&2 && exit 1 ;;
+  esac
+  shift 2
+done
+
+scripts/setup.sh "${build_packages[@]}" db5.3-util lmdb-utils sqlite3 gawk
+cmake --preset release -DORX_BUILD_BENCH=ON -DORX_BUILD_TESTS=OFF >/dev/null
+cmake --build --preset release -- --quiet
+PATH="$PWD/build/bin:$PATH"
+work=$(mktemp -d "${BENCH_DIR:-$PWD/build}/bench.XXXXXX")
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+
+# measured CELL COMMAND...: one run; its seconds and KB are appended to CELL.times.
+measured() {
+  local cell=$1
+  shift
+  measure result "$@" >/dev/null 2>measured.errors || {
+    echo "failed: $*" >&2
+    cat measured.errors >&2
+    exit 1
+  }
+  cat result >>"$cell.times"
+}
+median() { cut -d' ' -f1 "$1.times" | sort -n | awk '{v[NR] = $1} END {print v[int((NR + 1) / 2)]}'; }
+peak() { cut -d' ' -f2 "$1.times" | sort -n | tail -n 1; }
+
+make_sql() { # the records of a dump as one transaction of SQL
+  gawk 'BEGIN { print "PRAGMA synchronous=FULL; CREATE TABLE r(k BLOB PRIMARY KEY, v BLOB) WITHOUT ROWID; BEGIN;" }
+    /^ / { sub(/^ /, ""); if (!key) { key = $0 } else {
+      printf "INSERT INTO r VALUES(x\x27%s\x27,x\x27%s\x27);\n", key, $0; key = "" } }
+    END { print "COMMIT;" }' "$1"
+}
+
+# About 1.15 records an object: the wanted number of records, exactly, in either order.
+make_input() {
+  local records=$1 order=$2
+  orxkdb sample --objects "$records" --seed 5 --order "$order" | awk -v n="$records" 'NR <= n' >"$order.txt"
+}
+
+echo "records order   restore  private   dd+sync  ratio | db5.3_load mdb_load sqlite3 (times as slow)"
+for size in $sizes; do
+  for order in key random; do
+    rm -f -- *.times db db.* dd.out
+    make_input "$size" "$order"
+    orxkdb create db >/dev/null
+    orxrestore -i "$order.txt" -o db >/dev/null
+    orxdump() { orxkdb dump db -; }
+    with_peers=0
+    if [ "$size" -le "$peers_up_to" ]; then
+      with_peers=1
+      orxdump >dump.txt
+      if [ "$order" = random ]; then # the entries in another order, two lines each
+        { sed -n 1,4p dump.txt; sed '1,4d;$d' dump.txt | paste -d' ' - - |
+          shuf --random-source=<(yes) | awk '{print " " $1; print " " $2}'; echo DATA=END; } >dump.shuffled
+        mv dump.shuffled dump.txt
+      fi
+      sed '3a mapsize=17179869184' dump.txt >mdb.txt
+      make_sql dump.txt >sql.txt
+    fi
+    for _ in $(seq "$runs"); do
+      measured restore orxrestore -i "$order.txt" -o db
+      measured dd dd if=db of=dd.out bs=1M conv=fsync
+      rm -f dd.out
+    done
+    if [ $with_peers -eq 1 ]; then
+      for _ in $(seq "$(((runs + 1) / 2))"); do
+        rm -f bdb.db mdb.db mdb.db-lock sql.db
+        measured bdb db5.3_load -f dump.txt bdb.db
+        measured mdb mdb_load -n -f mdb.txt mdb.db
+        measured sqlite sqlite3 sql.db ".read sql.txt"
+        measured restore orxrestore -i "$order.txt" -o db
+      done
+    fi
+    restore=$(median restore) dd=$(median dd)
+    printf '%8d %-7s %6.2f s %5.1f MB %7.2f s %6.2f |' "$size" "$order" "$restore" \
+      "$(awk "BEGIN {print $(peak restore) / 1024}")" "$dd" "$(awk "BEGIN {print $restore / $dd}")"
+    if [ $with_peers -eq 1 ]; then
+      awk -v r="$restore" -v b="$(median bdb)" -v m="$(median mdb)" -v s="$(median sqlite)" \
+        'BEGIN {printf " %10.1f %8.1f %7.1f\n", b / r, m / r, s / r}'
+    else
+      echo
+    fi
+  done
+done

@@ -1,0 +1,55 @@
+#!/usr/bin/env bash
+# Builds the programs and shows the main job on a made-up fleet: a database is created, a backup of
+# many thousand records restored into it, its prototypes alone, a restore that fails, the way back,
+# and the database dumped and backed up again to the same bytes. Installs what it needs.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. scripts/packages.sh
+scripts/setup.sh "${build_packages[@]}"
+
+echo "Building the programs (build/bin) ..."
+cmake --preset release -DORX_BUILD_TESTS=OFF >/dev/null
+cmake --build --preset release -- --quiet
+PATH="$PWD/build/bin:$PATH"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+
+step() { printf '\n\033[1m# %s\033[0m\n' "$1"; }
+# Shows a command, runs it, and shows an exit code other than 0.
+run() {
+  echo "\$ $*"
+  local code=0
+  "$@" || code=$?
+  [ "$code" -eq 0 ] || echo "(exit code $code)"
+}
+
+step "A database and a backup of a fleet of 60,000 objects"
+run orxkdb create rorxdata
+run orxkdb sample --objects 60000 --seed 7 fleet.txt
+run wc -l fleet.txt
+
+step "The replace restore, with its progress"
+run orxrestore -i fleet.txt -o rorxdata -v | awk 'NR <= 9 || /000 records added so far/ && NR % 20 == 0 || /finished/'
+run orxkdb stat rorxdata
+
+step "The database gives the same backup back, byte for byte, and so does a copy made from its dump"
+run orxkdb backup rorxdata again.txt
+run cmp fleet.txt again.txt
+run orxkdb dump rorxdata rorxdata.dump
+run orxkdb load copy rorxdata.dump
+run orxkdb backup copy copy.txt
+run cmp fleet.txt copy.txt
+
+step "A restore of the prototypes alone"
+run orxrestore -i fleet.txt -o copy -p
+
+step "A restore that fails: the last line of this backup is there twice"
+cp fleet.txt twice.txt
+tail -n 1 fleet.txt >>twice.txt
+run orxrestore -i twice.txt -o copy
+
+step "What was added before the failure is there; undo brings back the prototypes"
+run orxkdb stat copy
+run orxkdb undo copy
+run orxkdb stat copy
