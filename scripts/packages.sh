@@ -1,4 +1,4 @@
 # The Debian packages of each task; sourced by the other scripts.
-build_packages=(g++ cmake ninja-build pkg-config liblmdb-dev libicu-dev icu-devtools libcli11-dev
+build_packages=(g++ cmake ninja-build liblmdb-dev libicu-dev icu-devtools libcli11-dev
   nlohmann-json3-dev libgtest-dev libgmock-dev)
 check_packages=(clang-format clang-tidy db5.3-util lmdb-utils)

@@ -6,6 +6,14 @@ namespace orx {
 
 ORX_TRACE_UNIT("orxccmcc.cpp", "ORXCCMCC");
 
+CMCollectable::CMCollectable() {
+  ORX_TRACE_VALUE("CMCollectable default constructor");
+}
+
+CMCollectable::CMCollectable(const CMCollectable& other) : RWCollectable(other) {
+  ORX_TRACE_VALUE("CMCollectable copy constructor");
+}
+
 CMCollectable* CMCollectable::newSpecies() const {
   ORX_TRACE_VALUE("CMCollectable::newSpecies");
   return trace.exit(new CMCollectable);

@@ -16,8 +16,8 @@ inline constexpr ClassId attribute = 32767;
 
 class CMCollectable : public RWCollectable {
  public:
-  CMCollectable() = default;
-  CMCollectable(const CMCollectable&) = default;
+  CMCollectable();
+  CMCollectable(const CMCollectable& other);
   CMCollectable& operator=(const CMCollectable&) = default;
 
   // Both return a plain CMCollectable, whatever derived class they are called on: the derived

@@ -71,7 +71,9 @@ int syncFile(int fd) {
 
 int syncDirectory(const std::string& directory) {
   const UniqueFd fd = openFile(directory, O_RDONLY | O_DIRECTORY);
-  return fd.valid() ? syncFile(fd.get()) : errno;
+  if (!fd.valid()) return errno;
+  const int error = syncFile(fd.get());
+  return error == EINVAL ? 0 : error;  // a file system that keeps directories in sync by itself
 }
 
 int removeFile(const std::string& path) {

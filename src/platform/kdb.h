@@ -5,8 +5,8 @@
 //
 // - The file that carries the database's name is never written. The first change starts the
 //   successor NAME.orx-new beside it (mode 0600); CloseDatabase syncs it, gives it the mode and
-//   owner of the database, exchanges the two files in one atomic step and syncs the directory.
-//   The database that was replaced stays as NAME.orx-previous (one generation).
+//   owner of the database, puts it in the place of the database in one atomic step and syncs the
+//   directory. The database that was replaced stays as NAME.orx-previous (one generation).
 // - A run that changes nothing publishes nothing. After a storage failure (7, 8, 9, 11) nothing is
 //   published either, and every later change answers with that failure. After an ordinary
 //   failure (a duplicate key, say) the changes before it are published at close.

@@ -16,6 +16,10 @@ constinit std::uint32_t inUse = 0;
 constinit std::uint32_t peak = 0;
 }  // namespace
 
+CMMemoryManager::~CMMemoryManager() {
+  ORX_TRACE_VALUE("CMMemoryManager destructor");
+}
+
 void* CMMemoryManager::operator new(std::size_t size) {
   ORX_TRACE_VALUE("CMMemoryManager::operator new");
   void* block = ::operator new(size);

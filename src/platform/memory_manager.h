@@ -17,7 +17,7 @@ class CMMemoryManager {
   CMMemoryManager() = default;
   CMMemoryManager(const CMMemoryManager&) = default;
   CMMemoryManager& operator=(const CMMemoryManager&) = default;
-  virtual ~CMMemoryManager() = default;
+  virtual ~CMMemoryManager();
 
   // Throws std::bad_alloc, and then has counted nothing.
   static void* operator new(std::size_t size);

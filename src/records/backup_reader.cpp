@@ -49,6 +49,11 @@ BackupReader::~BackupReader() {
   close();
 }
 
+bool BackupReader::isRegularFile() const {
+  struct stat status {};
+  return isOpen() && fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
+}
+
 void BackupReader::close() {
   ORX_TRACE("BackupReader::close");
   if (descriptor_ >= 0) (void)::close(descriptor_);

@@ -45,6 +45,8 @@ class BackupReader {
   [[nodiscard]] bool open(const char* path);
   void close();
   [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
+  // Whether reading never has to wait for somebody who writes.
+  [[nodiscard]] bool isRegularFile() const;
 
   // The next line; `record` or `line` changes only when the outcome is `line`. Without an open file
   // the outcome is `end`.

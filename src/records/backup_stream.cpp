@@ -7,13 +7,22 @@
 
 namespace orx {
 
+// Only a regular file never keeps its reader waiting: close() waits for the thread.
 void BackupStream::start() {
-  if (traceIsOpen() || thread_.joinable()) return;
+  if (traceIsOpen() || thread_.joinable() || !reader_.isRegularFile()) return;
   try {
     thread_ = std::thread([this] { readAhead(); });
   } catch (const std::system_error&) {
     // no thread to be had: next() reads by itself
   }
+}
+
+bool BackupStream::open(const char* path) {
+  close();
+  stop_ = false;
+  firstReady_ = readyCount_ = at_ = 0;
+  current_ = Batch();
+  return reader_.open(path);
 }
 
 void BackupStream::close() {

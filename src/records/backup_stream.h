@@ -28,8 +28,8 @@ class BackupStream {
   ~BackupStream() { close(); }
 
   // As BackupReader::open; nothing is read yet.
-  [[nodiscard]] bool open(const char* path) { return reader_.open(path); }
-  // Begins to read ahead. Without it the first next() reads.
+  [[nodiscard]] bool open(const char* path);
+  // Begins to read ahead, when the backup is a regular file. Without it the first next() reads.
   void start();
   // As BackupReader::next, as a record of the database. Rethrows std::bad_alloc of the thread.
   ReadOutcome next(DataBuffer& record);

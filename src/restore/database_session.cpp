@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "messages/error_msg.h"
+#include "restore/trace_unit.h"
 
 namespace orx {
 
@@ -18,30 +19,34 @@ DatabaseSession::~DatabaseSession() {
 }
 
 bool DatabaseSession::open(const std::string& name) {
+  ORX_TRACE("DatabaseSession::open");
   kdb::kdbStatus status;
   status.returnCode = kdb::kdbOpen(name.c_str(), static_cast<std::int32_t>(name.size()),
                                    kdb::openForUpdate, handle_, status);
-  if (status.returnCode == 0) return true;
+  if (status.returnCode == 0) return trace.exit(true);
   ErrorText text{};
   (void)std::snprintf(text.data(), text.size(), "*Error: Unable to open key1 database %s",
                       name.c_str());
   ErrorMsg(status.returnCode, status.reason, text.data());
-  return false;
+  return trace.exit(false);
 }
 
 void DatabaseSession::report(std::int32_t code, const char* text) {
+  ORX_TRACE("DatabaseSession::report");
   kdb::kdbStatus status;
   kdb::GetLastStatus(handle_, status);
-  ErrorMsg(code, status.reason, text);
+  const bool isStale = code == static_cast<std::int32_t>(kdb::Code::badObject);
+  ErrorMsg(code, isStale ? 0 : status.reason, text);
   if (kdb::isStorageFailure(static_cast<kdb::Code>(code))) lossReported_ = true;
 }
 
 bool DatabaseSession::close() {
+  ORX_TRACE("DatabaseSession::close");
   kdb::kdbStatus status;
   const std::int32_t code = kdb::CloseDatabase(handle_, status);
-  if (code == 0) return true;
+  if (code == 0) return trace.exit(true);
   if (!lossReported_) ErrorMsg(code, status.reason, "*Error: in CloseDatabase");
-  return false;
+  return trace.exit(false);
 }
 
 void DatabaseSession::abandon() {

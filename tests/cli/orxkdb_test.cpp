@@ -36,7 +36,7 @@ class OrxKdb : public testing::Test {
     return result;
   }
 
-  test::ScratchDirectory scratch_;
+  test::TempDir scratch_;
 };
 
 TEST_F(OrxKdb, HelpNamesEverySubcommandAndExitCode) {

@@ -41,7 +41,7 @@ class Backup : public testing::Test {
     return backup({.database = database_, .file = file, .crlf = crlf});
   }
 
-  test::ScratchDirectory scratch_;
+  test::TempDir scratch_;
   std::string database_ = scratch_.file("db");
   std::string file_ = scratch_.file("backup");
 };

@@ -73,7 +73,7 @@ class DumpLoad : public testing::Test {
     return test::readFile(file);
   }
 
-  test::ScratchDirectory scratch_;
+  test::TempDir scratch_;
   std::string database_ = scratch_.file("db");
   std::string file_ = scratch_.file("dump");
 };

@@ -25,7 +25,7 @@ void addChain(const test::Opened& database, std::uint32_t parent, std::uint32_t 
 }
 
 TEST(Stat, CountsRecordsObjectsAndChains) {
-  const test::ScratchDirectory scratch;
+  const test::TempDir scratch;
   const std::string name = scratch.file(
       "d\xFF"
       "b");  // no UTF-8

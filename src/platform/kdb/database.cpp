@@ -3,9 +3,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 #include "platform/kdb/failure.h"
 
@@ -22,6 +24,14 @@ unsigned modeOfNewFile() {
   return newFileMode & ~static_cast<unsigned>(mask);
 }
 
+bool belongsToGroup(gid_t group) {
+  if (group == ::getegid()) return true;
+  std::vector<gid_t> groups(static_cast<std::size_t>(std::max(::getgroups(0, nullptr), 0)));
+  const int count = ::getgroups(static_cast<int>(groups.size()), groups.data());
+  groups.resize(static_cast<std::size_t>(std::max(count, 0)));
+  return std::find(groups.begin(), groups.end(), group) != groups.end();
+}
+
 // Whatever would stop the run at its end is found before it begins.
 Outcome checkPermissions(const DatabasePaths& paths, const struct stat& file) {
   if (::faccessat(AT_FDCWD, paths.database.c_str(), R_OK | W_OK, AT_EACCESS) != 0) {
@@ -31,7 +41,8 @@ Outcome checkPermissions(const DatabasePaths& paths, const struct stat& file) {
     return outcomeOfErrno(errno);
   }
   const uid_t user = ::geteuid();
-  return user == 0 || user == file.st_uid ? succeeded : noPermission;
+  if (user == 0) return succeeded;
+  return user == file.st_uid && belongsToGroup(file.st_gid) ? succeeded : noPermission;
 }
 
 Outcome openRegularFile(const std::string& path, UniqueFd& fd, struct stat& file) {
@@ -145,6 +156,11 @@ Outcome Database::startSuccessor() {
     return outcome;
   }
   lookUp_.reset();
+  struct stat owner {};
+  if (::fstat(base_->fd(), &owner) != 0) return outcomeOfErrno(errno);
+  owner.st_mode = S_IRUSR | S_IWUSR;
+  // An owner that cannot be given is found now, not at the end.
+  if (setModeAndOwner(successor_->fd(), owner) != 0) return noPermission;
   return everythingDeleted() ? succeeded : copyRemaining();
 }
 
@@ -163,6 +179,7 @@ Outcome Database::copyRemaining() {
 // Changes that are already in the successor can only be frozen by copying it, into a file without
 // a name.
 Outcome Database::snapshot(std::unique_ptr<Snapshot>& snapshot) {
+  if (storageFailure_.has_value()) return *storageFailure_;
   if (successor_ == nullptr) {
     snapshot = std::make_unique<Snapshot>(base_, deleted_);
     return succeeded;
@@ -178,6 +195,7 @@ Outcome Database::snapshot(std::unique_ptr<Snapshot>& snapshot) {
 
 Outcome Database::deleteHeld(Scan& scan) {
   if (storageFailure_.has_value()) return *storageFailure_;
+  if (mode_ == OpenMode::read) return noPermission;
   if (successor_ != nullptr) return successor_->erase(scan.heldKey());
   if (deleted_.contains(scan.heldKey())) return recordNotFound;
   deleted_.add(scan.heldKey(), scan.deletedBefore());
@@ -201,6 +219,7 @@ Outcome Database::erase(const Key& key) {
 }
 
 Outcome Database::readNext(const Key& key, std::uint8_t* record) {
+  if (storageFailure_.has_value()) return *storageFailure_;
   if (successor_ != nullptr) return successor_->readNext(key, record);
   if (lookUp_ == nullptr) lookUp_ = std::make_unique<TreeReader>(base_);
   Key found;

@@ -19,7 +19,10 @@ kdbHandle HandleTable::renew(Slot& slot) {
 }
 
 kdbHandle HandleTable::enter(Object object, Database* database) {
-  if (free_.empty()) free_.push_back(&slots_.emplace_back());
+  if (free_.empty()) {
+    free_.reserve(slots_.size() + 1);  // so that release() never needs memory
+    free_.push_back(&slots_.emplace_back());
+  }
   Slot& slot = *free_.back();
   free_.pop_back();
   slot.object = std::move(object);

@@ -94,6 +94,14 @@ std::int32_t changeRecord(kdbHandle handle, const std::uint8_t* key, std::int32_
   });
 }
 
+// A run that died while it published leaves the database as its own previous generation.
+bool isSameFile(const Database& current, const Database& previous) {
+  struct stat a {};
+  struct stat b {};
+  return ::stat(current.paths().database.c_str(), &a) == 0 &&
+         ::stat(previous.paths().database.c_str(), &b) == 0 && sameFile(a, b);
+}
+
 }  // namespace
 
 std::int32_t kdbOpen(const char* name, std::int32_t nameLength, std::int32_t mode,
@@ -238,6 +246,7 @@ std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status) {
   if (outcome.ok()) {
     OwnedDatabase previous;
     outcome = Database::open(current->paths().previous, OpenMode::read, previous);
+    if (outcome.ok() && isSameFile(*current, *previous)) outcome = recordNotFound;
     if (outcome.ok()) outcome = exchangeGenerations(current->paths());
   }
   fill(status, outcome);

@@ -16,43 +16,6 @@ namespace {
 constexpr const char* successorSuffix = ".orx-new";
 constexpr const char* previousSuffix = ".orx-previous";
 
-// Steps on names that are taken back in reverse order unless they are kept.
-class NameExchange {
- public:
-  NameExchange() = default;
-  NameExchange(const NameExchange&) = delete;
-  NameExchange& operator=(const NameExchange&) = delete;
-  ~NameExchange() { takeBack(); }
-
-  int swap(const std::string& first, const std::string& second) {
-    const int error = exchangeNames(first, second);
-    if (error == 0) undo_[count_++] = {&first, &second, true};
-    return error;
-  }
-  int move(const std::string& from, const std::string& to) {
-    const int error = renameFile(from, to, true);
-    if (error == 0) undo_[count_++] = {&to, &from, false};
-    return error;
-  }
-  void keep() { count_ = 0; }
-
- private:
-  struct Step {
-    const std::string* from;
-    const std::string* to;
-    bool swapped;
-  };
-  void takeBack() {
-    for (; count_ > 0; --count_) {
-      const Step& step = undo_[count_ - 1];
-      (void)(step.swapped ? exchangeNames(*step.from, *step.to)
-                          : renameFile(*step.from, *step.to, true));
-    }
-  }
-  Step undo_[4] = {};
-  int count_ = 0;
-};
-
 int syncWithMode(int successorFd, int databaseFd) {
   if (const int error = syncFile(successorFd); error != 0) return error;
   struct stat database {};
@@ -61,30 +24,29 @@ int syncWithMode(int successorFd, int databaseFd) {
   return syncFile(successorFd);
 }
 
-int nameAsPrevious(const DatabasePaths& paths, NameExchange& names) {
-  const int error = names.move(paths.successor, paths.previous);
-  return error == EEXIST ? names.swap(paths.successor, paths.previous) : error;
+int dropPrevious(const DatabasePaths& paths) {
+  const int error = removeFile(paths.previous);
+  return error == ENOENT ? 0 : error;
 }
 
-bool cannotExchange(int error) {
-  return error == EINVAL || error == ENOSYS;
-}
-
-// For file systems without an exchange: the old database gets its second name first, so that the
-// name of the database is never absent.
+// The old database is on disk under its second name before it loses the first.
 int replaceByLink(const DatabasePaths& paths) {
-  if (const int error = removeFile(paths.previous); error != 0 && error != ENOENT) return error;
-  if (const int error = linkFile(paths.database, paths.previous); error != 0) return error;
-  return renameFile(paths.successor, paths.database, false);
+  int error = linkFile(paths.database, paths.previous);
+  if (error == 0) error = syncDirectory(paths.directory);
+  if (error == 0) error = renameFile(paths.successor, paths.database, false);
+  return error;
+}
+
+// For file systems without second names.
+int replaceByExchange(const DatabasePaths& paths) {
+  const int error = exchangeNames(paths.database, paths.successor);
+  return error == 0 ? renameFile(paths.successor, paths.previous, false) : error;
 }
 
 int replace(const DatabasePaths& paths) {
-  NameExchange names;
-  int error = nameAsPrevious(paths, names);
-  if (error == 0) error = names.swap(paths.database, paths.previous);
-  if (error == 0) error = syncDirectory(paths.directory);
-  if (error == 0) names.keep();
-  return error;
+  int error = dropPrevious(paths);
+  if (error == 0) error = replaceByLink(paths);
+  return error == EPERM || error == EOPNOTSUPP ? replaceByExchange(paths) : error;
 }
 
 }  // namespace
@@ -103,33 +65,29 @@ bool DatabasePaths::namesFit() const {
 Outcome publishReplacement(const DatabasePaths& paths, int successorFd, int databaseFd) {
   int error = syncWithMode(successorFd, databaseFd);
   if (error == 0) error = replace(paths);
-  if (cannotExchange(error)) {
-    error = replaceByLink(paths);
-    if (error == 0) error = syncDirectory(paths.directory);
-  }
   if (error != 0) return outcomeOfErrno(error);
-  (void)removeFile(paths.successor);  // the generation before the previous one, if there was one
-  return succeeded;
+  error = syncDirectory(paths.directory);
+  if (error != 0) (void)exchangeNames(paths.database, paths.previous);
+  return outcomeOfErrno(error);
 }
 
 Outcome publishNew(const DatabasePaths& paths, int successorFd, unsigned mode) {
   int error = syncFile(successorFd);
   if (error == 0 && ::fchmod(successorFd, mode) != 0) error = errno;
   if (error == 0) error = syncFile(successorFd);
-  if (error != 0) return outcomeOfErrno(error);
-  NameExchange names;
-  error = names.move(paths.successor, paths.database);
+  if (error == 0) error = renameFile(paths.successor, paths.database, true);
   if (error == EEXIST) return duplicateKey;
-  if (error == 0) error = syncDirectory(paths.directory);
-  if (error == 0) names.keep();
+  if (error != 0) return outcomeOfErrno(error);
+  error = syncDirectory(paths.directory);
+  if (error != 0) (void)renameFile(paths.database, paths.successor, true);
   return outcomeOfErrno(error);
 }
 
 Outcome exchangeGenerations(const DatabasePaths& paths) {
-  NameExchange names;
-  int error = names.swap(paths.database, paths.previous);
-  if (error == 0) error = syncDirectory(paths.directory);
-  if (error == 0) names.keep();
+  int error = exchangeNames(paths.database, paths.previous);
+  if (error != 0) return outcomeOfErrno(error);
+  error = syncDirectory(paths.directory);
+  if (error != 0) (void)exchangeNames(paths.database, paths.previous);
   return outcomeOfErrno(error);
 }
 

@@ -23,10 +23,11 @@ struct DatabasePaths {
 // Publishes the complete successor open as `successorFd` in place of the database open as
 // `databaseFd`:
 //   1. sync the successor, give it the mode and owner of the database, sync again;
-//   2. name it NAME.orx-previous (an older one moves to NAME.orx-new);
-//   3. exchange NAME and NAME.orx-previous: the one step that changes the database;
-//   4. sync the directory, remove the older generation.
-// A failure takes the steps back: the database is then the old one.
+//   2. drop NAME.orx-previous, give the database that name as a second one, sync the directory;
+//   3. rename the successor to NAME: the one step that changes the database;
+//   4. sync the directory.
+// A process that dies leaves the old database before step 3 and the new one after it, with the old
+// one as the previous generation. A failure of step 4 takes step 3 back.
 [[nodiscard]] Outcome publishReplacement(const DatabasePaths& paths, int successorFd,
                                          int databaseFd);
 

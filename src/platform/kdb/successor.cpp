@@ -70,7 +70,7 @@ Outcome Successor::create(const std::string& path, std::unique_ptr<Successor>& s
   made->fd_ = openFile(path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
   if (!made->fd_.valid()) return errno == EEXIST ? inUse : outcomeOfErrno(errno);
   made->path_ = path;
-  if (lockFile(made->fd()) != 0) return inUse;
+  if (lockFile(made->fd()) != 0 || !stillLeadsTo(path, made->fd())) return inUse;
   if (const Outcome outcome = made->openEngine(); !outcome.ok()) return outcome;
   successor = std::move(made);
   return succeeded;
@@ -137,8 +137,10 @@ Outcome Successor::commit() {
 // Lets the disk work while the next records are prepared; the sync at the end then waits for less.
 void Successor::startWriteBack() {
   MDB_envinfo info{};
+  MDB_stat statistics{};
   if (mdb_env_info(environment_.get(), &info) != 0) return;
-  const auto end = static_cast<off_t>(info.me_last_pgno) * 4096;
+  if (mdb_env_stat(environment_.get(), &statistics) != 0) return;
+  const auto end = static_cast<off_t>(info.me_last_pgno * statistics.ms_psize);
   if (end - writeBackFrom_ < writeBackStep) return;
   (void)::sync_file_range(fd(), writeBackFrom_, end - writeBackFrom_, SYNC_FILE_RANGE_WRITE);
   writeBackFrom_ = end;
