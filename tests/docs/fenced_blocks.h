@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <sstream>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "tests/support/temp_dir.h"
@@ -15,24 +14,27 @@ namespace orx::test {
 
 using Lines = std::vector<std::string>;
 
-// The lines of every block of `file` (relative to the source directory) whose opening fence has the
-// info string `info`, in order.
-inline std::vector<Lines> fencedBlocks(std::string_view file, std::string_view info) {
+struct FencedBlock {
+  std::string info;  // what stands behind the opening fence
+  Lines lines = {};
+};
+
+// The blocks of `file`, a path below the source directory, in order.
+inline std::vector<FencedBlock> fencedBlocks(const std::string& file) {
   std::istringstream text(readFile(std::filesystem::path(ORX_SOURCE_DIR) / file));
-  const std::string opening = std::string("```").append(info);
-  std::vector<Lines> blocks;
+  std::vector<FencedBlock> blocks;
   bool inside = false;
   for (std::string line; std::getline(text, line);) {
     if (inside && line == "```") {
       inside = false;
     } else if (inside) {
-      blocks.back().push_back(line);
-    } else if (line == opening) {
+      blocks.back().lines.push_back(line);
+    } else if (line.starts_with("```")) {
       inside = true;
-      blocks.emplace_back();
+      blocks.push_back({line.substr(3)});
     }
   }
-  EXPECT_FALSE(inside) << file << ": a block " << info << " has no end";
+  EXPECT_FALSE(inside) << file << ": the last block has no end";
   return blocks;
 }
 

@@ -25,9 +25,14 @@ using test::Lines;
 
 // The one example of that name, of at least `fewest` lines; padded so that a test may go on.
 Lines example(std::string_view info, std::size_t fewest) {
-  const auto blocks = test::fencedBlocks("docs/formats.md", info);
-  EXPECT_EQ(blocks.size(), 1U) << "worked examples called " << info;
-  Lines lines = blocks.empty() ? Lines() : blocks.front();
+  Lines lines;
+  int count = 0;
+  for (const test::FencedBlock& block : test::fencedBlocks("docs/formats.md")) {
+    if (block.info != info) continue;
+    lines = block.lines;
+    ++count;
+  }
+  EXPECT_EQ(count, 1) << "worked examples called " << info;
   EXPECT_GE(lines.size(), fewest) << "lines of the worked example " << info;
   lines.resize(std::max(lines.size(), fewest));
   return lines;
