@@ -1,10 +1,11 @@
-// Runs the commands that README.md and docs/operations.md show.
+// Runs the commands that README.md, docs/operations.md and docs/formats.md show.
 //
 // A block "```sh run" is run by bash, which stops at the first command that fails; its exit code is
 // 0, or the number behind "run". A block "```output" directly after it holds what it prints, but
 // for the build date. The blocks of a document run in order in one scratch directory.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <optional>
 #include <regex>
 #include <sstream>
@@ -70,10 +71,10 @@ TEST_P(Commands, WorkAsShown) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, Commands, testing::Values("README.md", "docs/operations.md"),
+INSTANTIATE_TEST_SUITE_P(Documents, Commands,
+                         testing::Values("README.md", "docs/operations.md", "docs/formats.md"),
                          [](const auto& document) {
-                           return std::string(document.param) == "README.md" ? "readme"
-                                                                             : "operations";
+                           return std::filesystem::path(document.param).stem().string();
                          });
 
 }  // namespace
