@@ -1,0 +1,195 @@
+// Checks every worked example of docs/formats.md against the code.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdint>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "model/attribute_set.h"
+#include "model/config_handle.h"
+#include "model/sym_parm_set.h"
+#include "orxkdb/dump_format.h"
+#include "records/backup_record.h"
+#include "records/data_buffer.h"
+#include "tests/docs/fenced_blocks.h"
+
+namespace orx {
+namespace {
+
+using test::Lines;
+
+// The one example of that name, of at least `fewest` lines; padded so that a test may go on.
+Lines example(std::string_view info, std::size_t fewest) {
+  Lines lines;
+  int count = 0;
+  for (const test::FencedBlock& block : test::fencedBlocks("docs/formats.md")) {
+    if (block.info != info) continue;
+    lines = block.lines;
+    ++count;
+  }
+  EXPECT_EQ(count, 1) << "worked examples called " << info;
+  EXPECT_GE(lines.size(), fewest) << "lines of the worked example " << info;
+  lines.resize(std::max(lines.size(), fewest));
+  return lines;
+}
+
+std::vector<std::string> words(const std::string& line) {
+  std::istringstream stream(line);
+  std::vector<std::string> words;
+  for (std::string word; stream >> word;) words.push_back(word);
+  return words;
+}
+
+// The record as its bytes are listed: offset, field, bytes.
+DataBuffer listedRecord() {
+  DataBuffer record;
+  for (const std::string& line : example("database-record", 8)) {
+    const auto row = words(line);
+    for (std::size_t i = 2; i < row.size(); ++i) {
+      const std::size_t offset = std::stoul(row[0]) + i - 2;
+      if (offset >= DataBuffer::size()) return record;
+      record.data()[offset] = static_cast<std::uint8_t>(std::stoul(row[i], nullptr, 16));
+    }
+  }
+  return record;
+}
+
+TEST(FormatsDocument, BackupLineAndRecordAreTheSame) {
+  const std::string line = example("backup-line", 1).front();
+  ASSERT_EQ(line.size(), backup_layout::recordWidth);
+  DataBuffer record;
+  CMDatabaseBackupRecord(line.c_str()).buildDataBuffer(record);
+  EXPECT_EQ(record, listedRecord());
+  EXPECT_EQ(CMDatabaseBackupRecord(listedRecord()).text(), line);
+}
+
+TEST(FormatsDocument, RecordFieldsStandWhereTheyAreListed) {
+  const std::vector<std::pair<std::string, std::size_t>> offsets{
+      {"parentHandle", data_layout::parentHandle},
+      {"objectHandle", data_layout::objectHandle},
+      {"recn", data_layout::recn},
+      {"recType", data_layout::recType},
+      {"modelHandle", data_layout::modelHandle},
+      {"auxValue1", data_layout::auxValue1},
+      {"attrText", data_layout::attrText},
+      {"auxValue2", data_layout::auxValue2}};
+  const Lines rows = example("database-record", offsets.size());
+  for (const auto& [field, offset] : offsets) {
+    const auto row = std::ranges::find_if(rows, [&field = field](const std::string& line) {
+      return line.find(" " + field + " ") != std::string::npos;
+    });
+    ASSERT_NE(row, rows.end()) << field;
+    EXPECT_EQ(words(*row).front(), std::to_string(offset)) << field;
+  }
+}
+
+TEST(FormatsDocument, DumpEntryIsThatOfTheRecord) {
+  namespace dump = orxkdb::dump_format;
+  const Lines lines = example("dump-entry", 2);
+  const DataBuffer record = listedRecord();
+  dump::Entry entry;
+  dump::writeEntry(record, entry);
+  EXPECT_EQ(lines[0] + "\n" + lines[1] + "\n", std::string(entry.data(), entry.size()));
+
+  ASSERT_EQ(lines[0].size(), dump::keyLineWidth);
+  dump::StoredKey key;
+  EXPECT_EQ(dump::readHex(std::string_view(lines[0]).substr(1), key), std::string_view::npos);
+  EXPECT_EQ(key, dump::storedKey(record));
+}
+
+CMConfigHandle fromHex(const std::string& text) {
+  CMConfigHandle handle;
+  handle.setFromExternChar(text);
+  return handle;
+}
+
+CMConfigHandle fromExported(const std::string& text) {
+  CMConfigHandle handle;
+  EXPECT_EQ(handle.importHndl(text), 1) << text;
+  return handle;
+}
+
+TEST(FormatsDocument, HandleFormsReadAndWriteAlike) {
+  for (const std::string& line : example("handle-forms", 4)) {
+    const auto row = words(line);
+    ASSERT_EQ(row.size(), 2U) << line;
+    EXPECT_EQ(fromExported(row[1]).externText().view(), row[0]);
+    EXPECT_EQ(fromHex(row[0]).externText().view(), row[0]);
+    EXPECT_EQ(fromHex(row[0]).exportText().view(), row[1]);
+  }
+}
+
+TEST(FormatsDocument, HandlesThatTheExportedFormConverts) {
+  for (const std::string& line : example("handle-conversions", 3)) {
+    const auto row = words(line);
+    ASSERT_EQ(row.size(), 3U) << line;
+    EXPECT_EQ(fromHex(row[0]).exportText().view(), row[1]);
+    EXPECT_EQ(fromExported(row[1]).externText().view(), row[2]);
+    EXPECT_NE(row[0], row[2]);
+  }
+}
+
+// "KEY [value] [value]", as the document lists an attribute.
+std::string listed(const CMAttribute& attribute) {
+  std::string text = std::to_string(attribute.key().number());
+  for (const std::string_view value : attribute.values()) text.append(" [").append(value) += ']';
+  return text;
+}
+
+TEST(FormatsDocument, AttributeTextReadsAndWrites) {
+  const Lines lines = example("attribute-text", 2);
+  const CMAttribute attribute{std::string_view(lines[0]), 1};
+  EXPECT_EQ(listed(attribute), lines[1]);
+  EXPECT_EQ(attribute.text(), lines[0]);
+}
+
+class FormatsDocumentSet : public testing::TestWithParam<const char*> {};
+
+TEST_P(FormatsDocumentSet, ReadsAndWrites) {
+  Lines lines = example(GetParam(), 3);
+  const CMAttributeSet set(lines[0].c_str(), 1);
+  EXPECT_EQ(set.text(), lines[0]);
+  lines.erase(lines.begin());
+  Lines attributes;
+  set.forEach([&](const CMAttribute& attribute) { attributes.push_back(listed(attribute)); });
+  EXPECT_EQ(attributes, lines);
+}
+
+INSTANTIATE_TEST_SUITE_P(Examples, FormatsDocumentSet,
+                         testing::Values("attribute-set", "system-record", "model-attributes"),
+                         [](const auto& suite) {
+                           std::string name = suite.param;
+                           std::erase(name, '-');
+                           return name;
+                         });
+
+TEST(FormatsDocument, SystemRecordHasACounterForEachType) {
+  const CMAttributeSet set(example("system-record", 1).front().c_str(), 1);
+  const CMAttribute* counters = set.findAttrKey(CMAttributeKey(9));
+  ASSERT_NE(counters, nullptr);
+  EXPECT_EQ(counters->attrCount(), 26);
+}
+
+TEST(FormatsDocument, ParametersRead) {
+  Lines lines = example("parameters", 2);
+  CMAttribute attribute{CMAttributeKey(CMSymParmSet::attributeKey)};
+  attribute.setValue(lines[0]);
+  CMSymParmSet set;
+  set = attribute;
+  lines.erase(lines.begin());
+  ASSERT_EQ(set.entries(), lines.size());
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    const CMSymParm& parameter = *set.at(i);
+    EXPECT_EQ("[" + std::string(parameter.name()) + "] [" + std::string(parameter.value()) + "] [" +
+                  parameter.description() + "]",
+              lines[i]);
+  }
+}
+
+}  // namespace
+}  // namespace orx
