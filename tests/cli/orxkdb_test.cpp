@@ -45,7 +45,8 @@ TEST_F(OrxKdb, HelpNamesEverySubcommandAndExitCode) {
   for (const char* text : {"  0  done", "  1  ", "  2  ", "  5  ", "  6  "}) {
     EXPECT_THAT(help.output, HasSubstr(text));
   }
-  for (const char* name : {"create", "dump", "load", "backup", "stat", "messages", "undo"}) {
+  for (const char* name :
+       {"create", "dump", "load", "backup", "stat", "messages", "undo", "sample"}) {
     EXPECT_THAT(help.output, HasSubstr(std::string("\n  ") + name + " "));
     const auto own = run({name, "--help"});
     EXPECT_EQ(own.exitCode, exitDone);

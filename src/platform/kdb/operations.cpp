@@ -254,9 +254,8 @@ std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status) {
 }
 
 bool looksLikeDatabase(const char* path) {
-  std::shared_ptr<const TreeFile> tree;
-  UniqueFd fd = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
-  return fd.valid() && TreeFile::open(std::move(fd), tree).ok();
+  const UniqueFd fd = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+  return fd.valid() && TreeFile::beginsLikeTree(fd.get());
 }
 
 const char* engineVersion() {

@@ -110,6 +110,11 @@ Outcome TreeFile::open(UniqueFd fd, std::shared_ptr<const TreeFile>& tree) {
   return succeeded;
 }
 
+bool TreeFile::beginsLikeTree(int fd) {
+  std::array<std::uint8_t, fmt::metaEnd> first{};
+  return readAt(fd, first.data(), first.size(), 0) > 0 && isMeta(first.data());
+}
+
 Outcome TreeFile::loadMeta() {
   std::array<std::uint8_t, fmt::metaEnd> first{};
   std::array<std::uint8_t, fmt::metaEnd> second{};

@@ -23,6 +23,9 @@ class TreeFile {
   // says; 8/20 when it cannot be read.
   static Outcome open(UniqueFd fd, std::shared_ptr<const TreeFile>& tree);
 
+  // Whether the file begins like a database file, whatever its state.
+  [[nodiscard]] static bool beginsLikeTree(int fd);
+
   [[nodiscard]] int fd() const { return fd_.get(); }
   [[nodiscard]] std::size_t pageSize() const { return pageSize_; }
   [[nodiscard]] std::uint64_t lastPage() const { return lastPage_; }
