@@ -1,18 +1,128 @@
+// The use-count rebuild: reads the whole database once, keeps the models and the records that refer
+// to one, and writes every model again with what refers to it now. Nothing but models is changed.
+#include <cstdint>
 #include <cstdio>
 
+#include "model/attribute_set.h"
+#include "platform/kdb.h"
+#include "records/data_buffer.h"
+#include "restore/chain_writer.h"
+#include "restore/database_session.h"
 #include "restore/exit_codes.h"
+#include "restore/model_usage.h"
 #include "restore/operations.h"
+#include "restore/record_lists.h"
+#include "restore/reference_index.h"
+#include "restore/restore_settings.h"
 #include "restore/trace_unit.h"
+#include "restore/use_count_types.h"
+#include "restore/verbose_object.h"
 
 namespace orx {
 
+namespace {
+
+constexpr auto endOfRecords = static_cast<std::int32_t>(kdb::Code::notThere);
+constexpr auto recordLength = static_cast<std::int32_t>(data_layout::recordSize);
+
+std::int32_t identifierOf(const CMConfigHandle& handle) {
+  return static_cast<std::int32_t>(handle);
+}
+
+class UseCountRebuild {
+ public:
+  explicit UseCountRebuild(const RestoreSettings& settings) : settings_(settings) {}
+
+  [[nodiscard]] int run() {
+    (void)std::printf("start to rebuild the use count for DB %s\n", settings_.databaseName.c_str());
+    if (!database_.open(settings_.databaseName)) return exitDatabaseNotOpened;
+    if (!openCursor()) return finish(exitDatabaseNotOpened);
+    if (!readRecords()) return finish(exitFailed);
+    sortLists(references_);
+    sortLists(models_);
+    return finish(rebuildModels() ? exitSuccess : exitFailed);
+  }
+
+ private:
+  [[nodiscard]] bool openCursor() {
+    const std::int32_t code = kdb::OpenCursor(database_.handle(), nullptr, 0, cursor_);
+    if (code != 0) database_.report(code, "*Error: Unable to open key1 cursor");
+    return code == 0;
+  }
+
+  [[nodiscard]] bool readRecords() {
+    DataBuffer record;
+    std::int32_t code = readNext(record);
+    for (; code == 0; code = readNext(record)) keep(record);
+    if (code == endOfRecords) return true;
+    database_.report(code, "*Error: in read records error");
+    return false;
+  }
+
+  [[nodiscard]] std::int32_t readNext(DataBuffer& record) {
+    std::int32_t length = 0;
+    return kdb::ReadNextFromCursor(cursor_, 0, record.data(), recordLength, length);
+  }
+
+  // A model that refers to another one is kept twice.
+  void keep(const DataBuffer& record) {
+    if (!takesPartInUseCount(record.recType())) return;
+    const auto model = static_cast<std::uint32_t>(identifierOf(record.modelHandle()));
+    if (model != 0 && record.recn() == 0) references_.append(model, record);
+    if (!isModel(record.recType())) return;
+    models_.append(static_cast<std::uint32_t>(identifierOf(record.objectHandle())), record);
+  }
+
+  [[nodiscard]] bool rebuildModels() {
+    for (std::size_t number = 0; number < RecordLists::count; ++number) {
+      ReferenceIndex references(references_[number]);
+      while (takeModel(models_[number])) {
+        if (!rebuildModel(references)) return false;
+      }
+    }
+    return true;
+  }
+
+  [[nodiscard]] bool takeModel(RecordList& list) {
+    model_.attributeText.clear();
+    const int taken = myGetNextAndDestroy(list, model_);
+    if (settings_.verbose != 0) {
+      (void)std::printf("model handler: %d\n", identifierOf(model_.data.objectHandle()));
+    }
+    return taken != 0;
+  }
+
+  [[nodiscard]] bool rebuildModel(ReferenceIndex& references) {
+    attributes_ = CMAttributeSet(model_.attributeText.c_str(), 1);
+    rebuildUsage(attributes_, model_.data.objectBytes(), references);
+    const std::string text = chainText(attributes_);
+    if (settings_.verbose != 0) printObject(model_.data, text);
+    const std::int32_t code =
+        rewriteChain(database_.handle(), model_.data, text, ChainRecords::all);
+    if (code != 0) database_.report(code, "*Error: update the model records");
+    return code == 0;
+  }
+
+  // Closes the database; models written before an ordinary failure are kept.
+  [[nodiscard]] int finish(ExitCode result) {
+    const bool closed = database_.close();
+    return closed || result != exitSuccess ? result : exitFailed;
+  }
+
+  const RestoreSettings& settings_;
+  DatabaseSession database_;
+  kdb::kdbHandle cursor_;
+  RecordLists references_;
+  RecordLists models_;
+  BigDataRecord model_;
+  CMAttributeSet attributes_;
+};
+
+}  // namespace
+
 int useCount() {
   ORX_TRACE("useCount");
-  (void)std::fputs(
-      "orxrestore: the use-count rebuild (-u) is not part of this version yet; nothing was "
-      "changed.\n",
-      stderr);
-  return trace.exit(exitFailed);
+  return trace.exit(UseCountRebuild(restoreSettings()).run());
 }
 
 }  // namespace orx

@@ -1,0 +1,83 @@
+#include "restore/chain_writer.h"
+
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "model/attribute_set.h"
+#include "restore/trace_unit.h"
+
+namespace orx {
+
+namespace {
+
+constexpr auto notThere = static_cast<std::int32_t>(kdb::Code::notThere);
+constexpr auto recordLength = static_cast<std::int32_t>(data_layout::recordSize);
+constexpr auto keyLength = static_cast<std::int32_t>(data_layout::keySize);
+
+std::int32_t storeRecord(kdb::kdbHandle database, const DataBuffer& record) {
+  const std::int32_t code =
+      kdb::UpdateByKey(database, record.data(), keyLength, record.data(), recordLength);
+  if (code != notThere) return code;
+  return kdb::AddRecord(database, record.data(), keyLength, record.data(), recordLength);
+}
+
+bool haveEqualHandles(const DataBuffer& a, const DataBuffer& b) {
+  return std::memcmp(a.data(), b.data(), data_layout::recn) == 0;
+}
+
+bool belongs(const DataBuffer& record, ChainRecords records) {
+  return records == ChainRecords::all || record.auxValue2() == 0;
+}
+
+// Deletes the records of the chain of `head` from number `first` on.
+std::int32_t deleteRest(kdb::kdbHandle database, const DataBuffer& head, std::size_t first,
+                        ChainRecords records) {
+  DataBuffer record = head;
+  record.setRecn(static_cast<std::uint32_t>(first));
+  do {
+    std::int32_t length = 0;
+    std::int32_t code =
+        kdb::ReadNextByKey(database, record.data(), keyLength, record.data(), recordLength, length);
+    if (code != 0) return code == notThere ? 0 : code;
+    if (!haveEqualHandles(record, head)) return 0;
+    if (belongs(record, records)) code = kdb::DeleteByKey(database, record.data(), keyLength);
+    if (code != 0) return code;
+  } while (kdb::advanceKey(record.data()));
+  return 0;
+}
+
+}  // namespace
+
+std::string chainText(const CMAttributeSet& attributes) {
+  ORX_TRACE("chainText");
+  std::string text(static_cast<std::size_t>(attributes.getCharAttributeSize()), '\0');
+  (void)attributes.writeText(text.data());
+  return trace.exit(std::move(text));
+}
+
+std::size_t chainLength(const std::string& text) {
+  ORX_TRACE("chainLength");
+  return trace.exit(text.size() / data_layout::attrTextSize + 1);
+}
+
+DataBuffer chainRecord(const DataBuffer& head, const std::string& text, std::size_t number) {
+  ORX_TRACE("chainRecord");
+  DataBuffer record = head;
+  record.setRecn(static_cast<std::uint32_t>(number));
+  record.setAttrText(std::string_view(text).substr(number * data_layout::attrTextSize));
+  return trace.exit(record);
+}
+
+std::int32_t rewriteChain(kdb::kdbHandle database, const DataBuffer& head, const std::string& text,
+                          ChainRecords records) {
+  ORX_TRACE("rewriteChain");
+  const std::size_t length = chainLength(text);
+  for (std::size_t i = 0; i < length; ++i) {
+    const std::int32_t code = storeRecord(database, chainRecord(head, text, i));
+    if (code != 0) return trace.exit(code);
+  }
+  return trace.exit(deleteRest(database, head, length, records));
+}
+
+}  // namespace orx

@@ -1,0 +1,13 @@
+// What a verbose run prints of an object that it is about to store.
+#pragma once
+
+#include <string>
+
+#include "records/data_buffer.h"
+
+namespace orx {
+
+// The fields of the head record around the whole attribute text, between lines of "+".
+void printObject(const DataBuffer& head, const std::string& text);
+
+}  // namespace orx
