@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
@@ -98,21 +97,22 @@ inline std::string backupOf(const std::vector<DataBuffer>& records,
   return lines;
 }
 
-inline void createDatabase(const std::string& name, const std::vector<DataBuffer>& records) {
-  const Opened database(name, kdb::openAsNew);
+inline void createDatabase(const std::vector<DataBuffer>& records) {
+  const Opened database("db", kdb::openAsNew);
   for (const DataBuffer& record : records) {
-    Record bytes;
-    std::copy_n(record.data(), bytes.size(), bytes.begin());
-    ASSERT_EQ(database.add(bytes), "0/0");
+    ASSERT_EQ(kdb::AddRecord(database.handle, record.data(), 20, record.data(), 296), 0);
   }
   ASSERT_EQ(database.close(), "0/0");
 }
 
-inline std::vector<DataBuffer> recordsOf(const std::string& name) {
+inline std::vector<DataBuffer> databaseRecords() {
   std::vector<DataBuffer> records;
-  const Opened database(name, kdb::openForReading);
-  for (const Record& bytes : database.all()) {
-    std::copy_n(bytes.begin(), bytes.size(), records.emplace_back().data());
+  const Opened database("db", kdb::openForReading);
+  const kdb::kdbHandle cursor = database.cursor();
+  DataBuffer record;
+  std::int32_t length = 0;
+  while (kdb::ReadNextFromCursor(cursor, 0, record.data(), 296, length) == 0) {
+    records.push_back(record);
   }
   return records;
 }

@@ -5,15 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "model/sym_parm_set.h"
-#include "restore/sym_parm_attribute.h"
 #include "tests/restore/merge_records.h"
 
 namespace orx {
 namespace {
 
 using test::build;
-using test::counters;
 using test::handle;
 
 SystemRecord systemRecord(const std::string& text) {
@@ -30,12 +27,6 @@ TEST(SystemRecord, ItsTextComesFromRecordsWithoutObjectAndSecondValue) {
   system.takeRecord(build({.recn = 2, .text = "7;>"}));
   ASSERT_TRUE(system.readText());
   EXPECT_EQ(system.attributes().text(), "<9;0;1;7;>");
-}
-
-TEST(SystemRecord, WithoutCountersThereIsNothingToMergeInto) {
-  for (const char* text : {"", "<1;0;1;A=1;>", "9;0;1;1;", "<9;0;1;1;", "<9;1;1;1;>"}) {
-    EXPECT_FALSE(systemRecord(text).readText()) << text;
-  }
 }
 
 // The counters before, the bases and next identifiers of types 1, 2, 3, 5 and 40 that they give,
@@ -91,6 +82,7 @@ TEST(SystemRecord, ParametersOfTheBackupAreAdded) {
       {"<1;0;0;>", "<1;0;1;C=3;><1;0;1;D=4;>", "<1;0;1;C=3;>"},
       {"<1;0;1;A=1;><1;0;1;B=2;>", "<2;0;1;x;>", "<1;0;1;A=1;><1;0;1;B=2;>"},
       {none, "<1;0;1;C=3;>", none},
+      {"<3;0;1;a;><3;0;1;b;>", none, "<3;0;1;a;><3;0;1;b;>"},
       {"<1;0;1;A=1;;2>>;>", "<1;0;1;B=;;;>", "<1;0;1;A=1;;2>>,B=;;;>"},
   };
   for (const auto& c : cases) {
@@ -101,19 +93,6 @@ TEST(SystemRecord, ParametersOfTheBackupAreAdded) {
     system.mergeParameters(c.alien == nullptr ? nullptr : &alien, observer);
     EXPECT_EQ(system.attributes().text(), c.merged + "<9;0;1;1;>") << c.current;
   }
-}
-
-TEST(SystemRecord, AttributesThatAMergeDoesNotKnowStay) {
-  const std::string others = "<3;0;1;a;><3;0;1;b;><4;1;2;c; ;>";
-  SystemRecord system = systemRecord(others + counters({{5, "100"}}));
-  MergeTables tables;
-  MergeObserver observer;
-  ASSERT_TRUE(system.readText());
-  system.readTables(tables, observer);
-  tables.nextId[5] = 103;
-  system.writeCounters(tables, observer);
-  EXPECT_EQ(system.attributes().text(),
-            "<3;0;1;a;><3;0;1;b;>" + counters({{5, "103"}}) + "<4;1;2;c; ;>");
 }
 
 }  // namespace
