@@ -63,6 +63,10 @@ const CMSymParm* CMSymParmSet::at(std::size_t position) const {
   return std::next(parameters_.begin(), static_cast<std::ptrdiff_t>(position))->get();
 }
 
+void CMSymParmSet::forEach(const std::function<void(const CMSymParm&)>& visit) const {
+  for (const auto& parameter : parameters_) visit(*parameter);
+}
+
 bool CMSymParmSet::contains(const CMSymParm& parameter) const {
   return lookUp(parameter.name()) != nullptr;
 }

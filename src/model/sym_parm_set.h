@@ -12,6 +12,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <list>
 #include <memory>
 #include <string>
@@ -48,6 +49,8 @@ class CMSymParmSet : public CMMemoryManager {
   [[nodiscard]] std::size_t entries() const { return parameters_.size(); }
   // Null for a position behind the last one.
   [[nodiscard]] const CMSymParm* at(std::size_t position) const;
+  // Visits the parameters in order.
+  void forEach(const std::function<void(const CMSymParm&)>& visit) const;
   [[nodiscard]] bool contains(const CMSymParm& parameter) const;
   // Takes the parameter over, at the end, and returns 1; returns 0 and leaves it to the caller when
   // its name is taken or the pointer is null.

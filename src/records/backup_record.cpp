@@ -52,16 +52,6 @@ void readValues(std::string_view record, DataBuffer& buffer) {
   buffer.setAuxValue2(readNumber(record, backup_layout::auxValue2));
 }
 
-bool isMergedRecord(const MergeTables& tables, std::int32_t recType) {
-  const auto index = static_cast<std::uint32_t>(recType);
-  return index < MergeTables::size && tables.mergeTypes[index] != 0;
-}
-
-bool isRenumbered(const MergeTables& tables, CMHandleType type) {
-  const auto index = static_cast<std::uint32_t>(std::int32_t{type});
-  return index < MergeTables::size && tables.mergeTypes[index] == 1 && tables.idBase[index] != 0;
-}
-
 void raiseNextId(std::uint32_t& nextId, std::uint32_t id) {
   constexpr std::uint32_t highest = std::numeric_limits<std::uint32_t>::max();
   if (id >= nextId) nextId = id == highest ? highest : id + 1;
@@ -69,12 +59,11 @@ void raiseNextId(std::uint32_t& nextId, std::uint32_t id) {
 
 CMConfigHandle renumber(const CMConfigHandle& handle, MergeTables& tables) {
   const CMHandleType type = handle.getType();
-  if (!isRenumbered(tables, type)) return handle;
-  const auto index = static_cast<std::size_t>(std::int32_t{type});
-  const auto oldId = static_cast<std::uint32_t>(static_cast<std::int32_t>(handle));
-  const std::uint32_t id = oldId + tables.idBase[index] - 1;
-  raiseNextId(tables.nextId[index], id);
-  return CMConfigHandle::createPermanentHandle(type, id);
+  if (!tables.renumbers(type)) return handle;
+  CMConfigHandle moved = tables.renumbered(handle);
+  raiseNextId(tables.nextId[static_cast<std::size_t>(std::int32_t{type})],
+              static_cast<std::uint32_t>(static_cast<std::int32_t>(moved)));
+  return moved;
 }
 
 // --- writing
@@ -157,7 +146,7 @@ int CMDatabaseBackupRecord::buildDataBufferForMerge(DataBuffer& buffer, MergeTab
   const std::string_view record = text();
   buffer.clear();
   buffer.setRecType(readNumber(record, backup_layout::recType));
-  if (!isMergedRecord(tables, buffer.recType())) return trace.exit(0);
+  if (!tables.merges(buffer.recType())) return trace.exit(0);
   buffer.setParentHandle(renumber(readHandle(record, backup_layout::parentHandle), tables));
   buffer.setObjectHandle(renumber(readHandle(record, backup_layout::objectHandle), tables));
   buffer.setModelHandle(renumber(readHandle(record, backup_layout::modelHandle), tables));

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "model/config_handle.h"
+
 namespace orx {
 
 struct MergeTables {
@@ -16,6 +18,12 @@ struct MergeTables {
   std::array<std::uint32_t, size> idBase{};
   // By handle type: one more than the highest identifier given out, at most 0xFFFFFFFF.
   std::array<std::uint32_t, size> nextId{};
+
+  [[nodiscard]] bool merges(std::int32_t recType) const;
+  [[nodiscard]] bool renumbers(CMHandleType type) const;
+  // The handle under its new identifier: the old one plus idBase - 1, modulo 2^32, as a permanent
+  // handle of the same type. A handle that is not renumbered comes back as it is.
+  [[nodiscard]] CMConfigHandle renumbered(const CMConfigHandle& handle) const;
 };
 
 }  // namespace orx

@@ -1,17 +1,157 @@
-#include <cstdio>
+// The merge restore: adds the objects of another database's backup under new identifiers. Nothing
+// but the system record is changed, and nothing is deleted.
+#include <cstdint>
+#include <memory>
 
+#include "messages/error_msg.h"
+#include "messages/message_print.h"
+#include "platform/kdb.h"
+#include "records/backup_reader.h"
+#include "restore/add_failures.h"
+#include "restore/chain_writer.h"
+#include "restore/database_session.h"
 #include "restore/exit_codes.h"
+#include "restore/merge_input.h"
+#include "restore/merge_run.h"
 #include "restore/operations.h"
+#include "restore/restore_settings.h"
+#include "restore/step_progress.h"
 #include "restore/trace_unit.h"
+#include "restore/verbose_merge.h"
 
 namespace orx {
 
+namespace {
+
+std::unique_ptr<MergeObserver> observerFor(const RestoreSettings& settings) {
+  if (settings.verbose != 0) return std::make_unique<VerboseMerge>();
+  return std::make_unique<MergeObserver>();
+}
+
+class MergeRestore {
+ public:
+  explicit MergeRestore(const RestoreSettings& settings)
+      : settings_(settings),
+        observer_(observerFor(settings)),
+        merge_(*observer_, settings.verbose != 0 ? ObjectOrder::lists : ObjectOrder::keys),
+        progress_(settings.verbose != 0) {}
+
+  [[nodiscard]] int run() {
+    openBackup();
+    if (!database_.open(settings_.databaseName)) return exitDatabaseNotOpened;
+    if (!readCurrent() || !readAlien() || !mergeSystemRecord()) return finish(exitFailed);
+    addObjects();
+    merge_.reportRemaining();
+    const int result = finish(result_);
+    if (result == exitSuccess) printMessage("IDS_MAIN_EIGHTH", addedCount_);
+    return result;
+  }
+
+ private:
+  // Without a backup the merge goes on: there is nothing to add then.
+  void openBackup() {
+    if (backup_.open(settings_.backupFileName.c_str())) return;
+    printMessage("IDS_MAIN_SECOND", settings_.backupFileName);
+    result_ = exitBackupNotOpened;
+  }
+
+  [[nodiscard]] bool readCurrent() {
+    const DatabaseRead read = readDatabase(database_.handle(), merge_);
+    if (!read.ok()) {
+      database_.report(read.code, read.failure);
+      return false;
+    }
+    if (merge_.readSystemRecord()) return true;
+    ErrorMsg(static_cast<std::int32_t>(kdb::recordNotFound.code),
+             static_cast<std::int32_t>(kdb::recordNotFound.reason),
+             "*Error: no handler counters in the system record");
+    return false;
+  }
+
+  [[nodiscard]] bool readAlien() {
+    const ReadOutcome read = readBackup(backup_, merge_);
+    backup_.close();
+    if (read == ReadOutcome::end) return true;
+    reportBackupReadError();
+    return false;
+  }
+
+  [[nodiscard]] bool mergeSystemRecord() {
+    merge_.mergeSystemRecord();
+    const std::int32_t code =
+        rewriteChain(database_.handle(), DataBuffer(), chainText(merge_.systemRecord()),
+                     ChainRecords::withoutAuxValue2);
+    if (code == 0) return true;
+    database_.report(code, "*Error: in update by key");
+    return false;
+  }
+
+  void addObjects() {
+    MergedObject object;
+    bool storageWorks = true;
+    while (storageWorks && merge_.nextObject(object)) storageWorks = addRecords(object);
+    if (storageWorks) reportFailures();
+  }
+
+  // False after a storage failure, which every further call would only repeat. Any other failure
+  // concerns one record alone.
+  [[nodiscard]] bool addRecords(const MergedObject& object) {
+    for (std::size_t i = 0; i < chainLength(object.text); ++i) {
+      const std::int32_t code = addRecord(chainRecord(object.head, object.text, i));
+      if (kdb::isStorageFailure(static_cast<kdb::Code>(code))) {
+        reportAddFailure(database_, code, addedCount_ + 1);
+        result_ = exitFailed;
+        return false;
+      }
+      failures_.count(object.list, code);
+      if (code == 0) countAdded();
+      if (settings_.verbose != 0) reportFailures();
+    }
+    return true;
+  }
+
+  [[nodiscard]] std::int32_t addRecord(const DataBuffer& record) {
+    return kdb::AddRecord(database_.handle(), record.data(),
+                          static_cast<std::int32_t>(kdb::keySize), record.data(),
+                          static_cast<std::int32_t>(kdb::recordSize));
+  }
+
+  void countAdded() {
+    ++addedCount_;
+    if (!progress_.step()) return;
+    printMessage("IDS_MAIN_SEVENTH", addedCount_);
+    (void)kdb::Checkpoint(database_.handle());
+  }
+
+  void reportFailures() {
+    failures_.report([this](std::int32_t code, std::int32_t number) {
+      reportAddFailure(database_, code, number);
+      result_ = exitFailed;
+    });
+  }
+
+  // Closes file and database; what was written before an ordinary failure is kept.
+  [[nodiscard]] int finish(ExitCode result) {
+    backup_.close();
+    return database_.close() ? result : exitFailed;
+  }
+
+  const RestoreSettings& settings_;
+  std::unique_ptr<MergeObserver> observer_;
+  MergeRun merge_;
+  BackupReader backup_;
+  DatabaseSession database_;
+  StepProgress progress_;
+  AddFailures failures_;
+  std::int32_t addedCount_ = 0;
+  ExitCode result_ = exitSuccess;
+};
+
+}  // namespace
+
 int mergeDB() {
   ORX_TRACE("mergeDB");
-  (void)std::fputs(
-      "orxrestore: the merge restore (-m) is not part of this version yet; nothing was changed.\n",
-      stderr);
-  return trace.exit(exitFailed);
+  return trace.exit(MergeRestore(restoreSettings()).run());
 }
 
 }  // namespace orx

@@ -1,0 +1,31 @@
+#include "restore/add_failures.h"
+
+#include <algorithm>
+#include <numeric>
+#include <tuple>
+
+#include "restore/trace_unit.h"
+
+namespace orx {
+
+void AddFailures::count(std::size_t list, std::int32_t code) {
+  ORX_TRACE("AddFailures::count");
+  const std::uint32_t attempt = attempts_[list]++;
+  if (code != 0) failures_.push_back({static_cast<std::uint32_t>(list), attempt, code});
+}
+
+void AddFailures::report(const std::function<void(std::int32_t, std::int32_t)>& print) {
+  ORX_TRACE("AddFailures::report");
+  if (failures_.empty()) return;
+  const auto place = [](const Failure& f) { return std::tie(f.list, f.attempt); };
+  std::ranges::sort(failures_, {}, place);
+  std::array<std::uint32_t, RecordLists::count> before{};  // attempts with the lists before each
+  std::exclusive_scan(attempts_.begin(), attempts_.end(), before.begin(), std::uint32_t{0});
+  for (const Failure& failure : failures_) {
+    const std::uint32_t added = before[failure.list] + failure.attempt - reported_++;
+    print(failure.code, static_cast<std::int32_t>(added + 1));
+  }
+  failures_.clear();
+}
+
+}  // namespace orx

@@ -1,0 +1,38 @@
+// AddFailures: the records of a merge that could not be added, each under the number that the
+// operator counts it by.
+//
+// The number of a record is one more than the records added before it, lists being gone through one
+// after the other. Objects may be added in another order, so numbers are known only when everything
+// up to a failure has been tried.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "restore/record_lists.h"
+
+namespace orx {
+
+class AddFailures {
+ public:
+  // An attempt to add the next record of an object from `list`, and how it ended.
+  void count(std::size_t list, std::int32_t code);
+  // Hands over code and number of the failures since the last call, in the order of their numbers.
+  void report(const std::function<void(std::int32_t code, std::int32_t number)>& print);
+
+ private:
+  struct Failure {
+    std::uint32_t list;
+    std::uint32_t attempt;  // attempts with records of this list before it
+    std::int32_t code;
+  };
+
+  std::array<std::uint32_t, RecordLists::count> attempts_{};
+  std::vector<Failure> failures_;
+  std::uint32_t reported_ = 0;
+};
+
+}  // namespace orx

@@ -1,0 +1,16 @@
+// The handle-valued attributes of an object that comes from another database.
+#pragma once
+
+#include "model/attribute_set.h"
+#include "records/merge_tables.h"
+#include "restore/merge_observer.h"
+
+namespace orx {
+
+// Gives every value of the attributes in handleAttributes (restore/merge_types.h) its new
+// identifier, in order and in the exported form, in which values that keep theirs come out as well.
+// Leaves `nextId` alone: it has been raised for the objects themselves.
+void renumberHandles(CMAttributeSet& attributes, const MergeTables& tables,
+                     MergeObserver& observer);
+
+}  // namespace orx

@@ -1,0 +1,361 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <functional>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "restore/exit_codes.h"
+#include "restore/operations.h"
+#include "restore/restore_settings.h"
+#include "tests/restore/merge_records.h"
+#include "tests/support/run_program.h"
+#include "tests/support/temp_dir.h"
+#include "tests/support/test_bundle.h"
+
+namespace orx {
+namespace {
+
+using test::build;
+using test::chain;
+using test::counters;
+using test::describe;
+using test::element;
+using test::handle;
+using test::operator+;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::EndsWith;
+using testing::HasSubstr;
+using Records = std::vector<DataBuffer>;
+
+std::string addFailure(int number) {
+  return "*Error: Failure adding record " + std::to_string(number) +
+         " to data base, RC=4(Duplicate), RSN=46(Unique)\n";
+}
+
+Records system(const std::string& text) {
+  return chain({}, text);
+}
+
+class MergeDb : public testing::Test {
+ protected:
+  MergeDb() { test::writeEchoBundle(directory_.path()); }
+
+  // Merges `backup` into a new database of `current`; leaves output and records behind.
+  int merge(const Records& current, const std::string& backup, bool verbose = false) {
+    std::filesystem::remove("db");
+    test::createDatabase(current);
+    test::writeFile("backup", backup);
+    const int result = mergeInto("db", "backup", verbose);
+    after_ = describe(test::databaseRecords());
+    return result;
+  }
+
+  int mergeInto(const std::string& database, const std::string& backup, bool verbose = false) {
+    restoreSettings() = {modeMerge, verbose ? 1 : 0, 0, database, backup};
+    testing::internal::CaptureStdout();
+    const int result = mergeDB();
+    output_ = testing::internal::GetCapturedStdout();
+    return result;
+  }
+
+  test::TempDir directory_;
+  test::WorkingDirectory inDirectory_{directory_.path()};
+  std::string output_;
+  std::vector<std::string> after_;
+};
+
+TEST_F(MergeDb, ObjectsGetIdentifiersBehindThoseInUse) {
+  const auto text = [](const char* object, const char* system, const char* none) {
+    return element(84, 0, {object, system, none}) + element(85, 0, {"<1;1;5;0;0;0;3;>"}) +
+           element(7059, 1, {"<1;1;66;0;0;0;9;>"});
+  };
+  const Records current = system(counters({{2, "10"}, {5, "100"}, {7, "0"}, {3, "50"}})) +
+                          Records{build({.object = handle(5, 3), .recType = 5, .text = "own"})};
+  const std::string before =
+      text("<1;1;5;0;0;0;3;>", handle(2, 4).externText().c_str(), "no handle");
+  const std::string backup = test::backupOf({build({.parent = handle(2, 4),
+                                                    .object = handle(5, 3),
+                                                    .recType = 5,
+                                                    .model = handle(3, 7),
+                                                    .text = before}),
+                                             build({.object = handle(7, 8), .recType = 7}),
+                                             build({.object = handle(28, 1), .recType = 28})});
+  EXPECT_EQ(merge(current, backup), exitSuccess);
+  EXPECT_EQ(output_, "IDS_MAIN_EIGHTH(2)\n");
+  const std::string after = text("<1;1;5;0;0;0;102;>", "<1;1;2;0;0;0;13;>", "<1;1;0;0;0;0;0;>");
+  EXPECT_THAT(after_, ElementsAre("0:0 0:0#0 t0 m0:0 '" +
+                                      counters({{2, "14"}, {5, "103"}, {3, "57"}}) + "'",
+                                  "0:0 5:3#0 t5 m0:0 'own'", "0:0 7:8#0 t7 m0:0 ''",
+                                  "2:13 5:102#0 t5 m3:56 '" + after + "'"));
+}
+
+// Both line ends, the end of the file in the middle of a line end, a backup that lacks a system
+// record or has it anywhere.
+TEST_F(MergeDb, TheBackupIsReadInAnyOrderAndForm) {
+  const Records object = {build({.object = handle(5, 1), .recType = 5, .text = "<2;0;1;x;>"})};
+  const Records alien = system("<1;0;1;A=1,C=3;>" + counters({{5, "77"}}));
+  const Records unmerged = {build({.object = handle(26, 1), .recType = 26}),
+                            build({.object = handle(0, 0), .recType = 255}),
+                            build({.object = handle(5, 9), .recType = -1})};
+  const std::string whole = "<1;0;1;A=9,C=3;>";
+  const std::string own = "<1;0;1;A=9;>";
+  const struct {
+    std::string what;
+    std::string backup;
+    std::string parameters;
+    int added;
+  } cases[] = {
+      {"system record first", test::backupOf(alien + object), whole, 1},
+      {"system record last", test::backupOf(object + alien, "\r\n"), whole, 1},
+      {"no last line end", test::backupOf(alien) + test::backupOf(object, ""), whole, 1},
+      {"no system record", test::backupOf(object), own, 1},
+      {"other types", test::backupOf(alien + unmerged), whole, 0},
+      {"zero byte at a line's start", test::backupOf(object) + '\0' + test::backupOf(alien), own,
+       1},
+      {"empty", "", own, 0},
+  };
+  for (const auto& c : cases) {
+    const Records current = system("<1;0;1;A=9;>" + counters({{5, "100"}}));
+    EXPECT_EQ(merge(current, c.backup), exitSuccess) << c.what;
+    EXPECT_EQ(output_, "IDS_MAIN_EIGHTH(" + std::to_string(c.added) + ")\n") << c.what;
+    const std::string next = std::to_string(100 + c.added);
+    auto expected = describe(system(c.parameters + counters({{5, next}})));
+    if (c.added == 1) expected.push_back("0:0 5:100#0 t5 m0:0 '<2;0;1;x;>'");
+    EXPECT_EQ(after_, expected) << c.what;
+  }
+}
+
+TEST_F(MergeDb, TextsAreCutIntoChains) {
+  const Records current = system(counters({{5, "10"}}));
+  // The text and its end take up `size` bytes, as CMAttributeSet counts them: 14 for a header.
+  const auto textOf = [](std::size_t size) {
+    return "<2;0;1;" + std::string(size - 18, 'x') + ";>";
+  };
+  const struct {
+    std::size_t size;
+    std::size_t records;
+  } cases[] = {{30, 1}, {255, 1}, {256, 2}, {301, 2}, {512, 3}, {600, 3}, {70000, 274}};
+  for (const auto& c : cases) {
+    const Records object = chain({.object = handle(5, 1), .recType = 5}, textOf(c.size));
+    EXPECT_EQ(merge(current, test::backupOf(object)), exitSuccess) << c.size;
+    EXPECT_EQ(output_, "IDS_MAIN_EIGHTH(" + std::to_string(c.records) + ")\n") << c.size;
+    std::string text;
+    const Records all = test::databaseRecords();
+    ASSERT_EQ(all.size(), 1 + c.records) << c.size;
+    for (std::size_t i = 1; i < all.size(); ++i) {
+      EXPECT_EQ(all[i].recn(), i - 1);
+      text += all[i].text();
+    }
+    EXPECT_EQ(text, textOf(c.size)) << c.size;
+  }
+}
+
+TEST_F(MergeDb, AShorterSystemRecordLeavesNothingOfTheLongerOne) {
+  const std::string blanks(600, ' ');
+  Records current = system("<1;0;1;A=1=" + blanks + ";>" + counters({{5, "7"}}));
+  ASSERT_EQ(current.size(), 3U);
+  current.push_back(build({.recn = 3, .text = "kept", .auxValue2 = 1}));
+  current.push_back(build({.object = handle(5, 1), .recType = 5}));
+  EXPECT_EQ(merge(current, ""), exitSuccess);
+  EXPECT_THAT(after_, ElementsAre("0:0 0:0#0 t0 m0:0 '<1;0;1;A=1;>" + counters({{5, "7"}}) + "'",
+                                  "0:0 0:0#3 t0 m0:0 'kept'", "0:0 5:1#0 t5 m0:0 ''"));
+}
+
+// Records are counted list by list, whatever the order in which they are added: the new object
+// comes first, although its key comes last.
+TEST_F(MergeDb, ExistingKeysAreNamedAndLoseNothing) {
+  const Records objects =
+      chain({.object = handle(5, 1), .recType = 5}, element(2, 0, {std::string(300, 'x')})) +
+      Records{build({.object = handle(7, 2), .recType = 7, .text = "y"})};
+  const Records own = system(counters({})) + objects;
+  const Records fresh = {build({.object = handle(5, 30), .recType = 5})};
+  for (const bool verbose : {false, true}) {
+    EXPECT_EQ(merge(own, test::backupOf(own + fresh), verbose), exitFailed);
+    std::string failures;
+    std::istringstream output(output_);
+    for (std::string line; std::getline(output, line);) {
+      if (line.starts_with("*Error")) failures += line + "\n";
+    }
+    EXPECT_EQ(failures, addFailure(2) + addFailure(2) + addFailure(2));
+    EXPECT_THAT(after_, ElementsAreArray(describe(own + fresh)));
+  }
+  // A second system record of the backup is an object, whose key exists.
+  const Records twice = system("<2;0;0;>") + system("<3;0;0;>");
+  EXPECT_EQ(merge(system(counters({})), test::backupOf(twice)), exitFailed);
+  EXPECT_EQ(output_, addFailure(1));
+  EXPECT_THAT(after_, ElementsAreArray(describe(system(counters({})))));
+}
+
+// A counter, the identifier of a backup's object, and what both become.
+TEST_F(MergeDb, IdentifiersAreUnsignedAndWrap) {
+  const struct {
+    const char* counter;
+    std::uint32_t id;
+    std::uint32_t newId;
+    const char* newCounter;
+  } cases[] = {
+      {"-5", 3, 4294967293, "4294967294"},
+      {"-5", 5, 4294967295, "4294967295"},
+      {"-5", 10, 4, "4294967291"},
+      {"4294967291", 1, 4294967291, "4294967292"},
+      {"1", 4294967295, 4294967295, "4294967295"},
+      {"x", 3, 3, "0"},
+      {" ", 3, 3, "0"},
+      {"2000", 0, 1999, "2000"},
+  };
+  for (const auto& c : cases) {
+    const Records object = {build({.object = handle(5, c.id), .recType = 5})};
+    EXPECT_EQ(merge(system(counters({{5, c.counter}})), test::backupOf(object)), exitSuccess);
+    EXPECT_THAT(after_, ElementsAre("0:0 0:0#0 t0 m0:0 '" + counters({{5, c.newCounter}}) + "'",
+                                    "0:0 5:" + std::to_string(c.newId) + "#0 t5 m0:0 ''"))
+        << c.counter << " " << c.id;
+  }
+}
+
+TEST_F(MergeDb, WhatCannotBeReadEndsTheMergeBeforeAnythingIsWritten) {
+  const std::string noStart = "*Error: in StartUpdate, RC=5(NotThere), RSN=14(EndOfFile)\n";
+  const std::string noCounters =
+      "*Error: no handler counters in the system record, RC=5(NotThere), RSN=28(NotFound)\n";
+  const Records object = {build({.object = handle(5, 1), .recType = 5, .text = "<9;0;1;1;>"})};
+  EXPECT_EQ(merge({}, ""), exitFailed);
+  EXPECT_EQ(output_, noStart);
+  for (const Records& current : {object, system("<1;0;1;A=1;>") + object}) {
+    EXPECT_EQ(merge(current, test::backupOf(object)), exitFailed);
+    EXPECT_EQ(output_, noCounters);
+    EXPECT_EQ(after_, describe(current));
+  }
+  EXPECT_EQ(merge(system(counters({})), ""), exitSuccess);
+  const std::string before = test::readFile("db");
+  EXPECT_EQ(mergeInto("db", "/proc/self/mem"), exitFailed);
+  EXPECT_EQ(output_, "*Error: reading the backup file, RC=8(SystemError), RSN=20(IOError)\n");
+  EXPECT_EQ(mergeInto("missing", "backup"), exitDatabaseNotOpened);
+  EXPECT_THAT(output_, HasSubstr("*Error: Unable to open key1 database missing, RC=5(NotThere)"));
+  EXPECT_TRUE(test::readFile("db") == before);
+}
+
+TEST_F(MergeDb, WithoutABackupTheSystemRecordIsRewritten) {
+  test::createDatabase(system("<1;0;1;A= ;><9;0;3;4;5;6;>"));
+  EXPECT_EQ(mergeInto("db", "missing"), exitBackupNotOpened);
+  EXPECT_EQ(output_, "IDS_MAIN_SECOND(missing)\n");
+  EXPECT_THAT(describe(test::databaseRecords()),
+              ElementsAre("0:0 0:0#0 t0 m0:0 '<1;0;1;A=;>" +
+                          counters({{1, "4"}, {2, "5"}, {3, "6"}}) + "'"));
+  EXPECT_EQ(mergeInto("none", "missing"), exitDatabaseNotOpened);
+}
+
+std::string twoDigits(int number) {
+  return (number < 10 ? "0" : "") + std::to_string(number);
+}
+
+// For each of the 32 lists, or for each of the 26 counters.
+std::string lines(int count, const std::function<std::string(const std::string&)>& line) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += line(twoDigits(i)) + "\n";
+  return text;
+}
+
+TEST_F(MergeDb, AVerboseRunTellsEverything) {
+  const std::string null = "<1;1;0;0;0;0;0;>\n";
+  const std::pair<int, int> types[] = {
+      {1, 1},  {2, 1},  {3, 1},  {4, 1},  {5, 1},  {6, 1},  {65, 0}, {12, 1}, {11, 1},
+      {10, 1}, {28, 0}, {27, 0}, {26, 0}, {32, 0}, {34, 0}, {33, 0}, {35, 0}, {36, 0},
+      {37, 0}, {38, 0}, {39, 0}, {64, 1}, {7, 1},  {15, 1}, {66, 0}, {40, 0}};
+  const std::string rule = std::string(71, '=') + "\n";
+  const std::string cross = std::string(71, '+') + "\n";
+  const std::string before = element(94, 0, {"<1;1;3;0;0;0;2;>"});
+  const std::string after = element(94, 0, {"<1;1;3;0;0;0;6;>"});
+  const Records alien = system("<1;0;1;C=3;>");
+  const Records object = {build({.parent = handle(1, 1),
+                                 .object = handle(3, 2),
+                                 .recType = 3,
+                                 .auxValue1 = -1,
+                                 .text = before,
+                                 .auxValue2 = 12})};
+  const std::string head = "<1;1;1;0;0;0;10;>\n<1;1;3;0;0;0;6;>\n";
+  EXPECT_EQ(merge(system("<1;0;1;A=9;><9;0;3;10;x;5;>"), test::backupOf(alien + object), true),
+            exitSuccess);
+  EXPECT_EQ(output_,
+            "Current database contains 1 system parms:\n1;0;1;A=9;\n"
+            "Current handler No.00 -------- 10\nCurrent handler No.02 -------- 5\n" +
+                lines(26,
+                      [&](const std::string& i) {
+                        const auto [type, merged] = types[std::stoul(i)];
+                        return "merge matrics:   " + i + "        " + twoDigits(type) +
+                               "        0" + std::to_string(merged);
+                      }) +
+                rule + test::backupOf(alien) + null + null + "0\n0\n" + null +
+                "0\n<1;0;1;C=3;>\n0\n" + rule + rule + test::backupOf(object) + head + "0\n3\n" +
+                null + "-1\n" + before + "\n12\n" + rule +
+                lines(32,
+                      [](const std::string& i) {
+                        const std::string entries = i == "00" || i == "09" ? "1" : "0";
+                        return "list No." + i + " has " + entries +
+                               " entries.\nfinish sorting for list No." + i;
+                      }) +
+                "next in list: data.recn=0, attribute: '<1;0;1;C=3;>'\n"
+                "Alien database contains 1 system parms:\n1;0;1;C=3;\n"
+                "After merge, database contains 2 system parms:\n1;0;1;A=9,C=3;\n" +
+                lines(26,
+                      [](const std::string& i) {
+                        const std::string counter = i == "00" ? "11" : i == "02" ? "7" : "0";
+                        return "Final handler No." + i + " -------- " + counter;
+                      }) +
+                "next in list: data.recn=0, attribute: '" + before +
+                "'\n"
+                "search attr 84\nsearch attr 94\nfound attr 94\nold handler=2, new handler=6\n"
+                "search attr 6897\nsearch attr 3811\nsearch attr 3276\nsearch attr 3262\n"
+                "search attr 7050\nsearch attr 7059\n" +
+                cross + head + "3\n" + null + "-1\n" + after + "\n12\n" + cross +
+                lines(32,
+                      [](const std::string& i) {
+                        return "after add records to database, the remain records in list " + i +
+                               " are: 0";
+                      }) +
+                "IDS_MAIN_EIGHTH(1)\n");
+  const DataBuffer added = test::databaseRecords().back();
+  EXPECT_EQ(added.auxValue1(), -1);
+  EXPECT_EQ(added.auxValue2(), 12);
+}
+
+TEST_F(MergeDb, AVerboseRunCountsInThousands) {
+  Records objects;
+  for (std::uint32_t id = 1; id <= 2500; ++id) {
+    objects.push_back(build({.object = handle(5, id), .recType = 5}));
+  }
+  EXPECT_EQ(merge(system(counters({{5, "1"}})), test::backupOf(objects), true), exitSuccess);
+  EXPECT_THAT(output_, HasSubstr("IDS_MAIN_SEVENTH(1000)\n"));
+  EXPECT_THAT(output_, HasSubstr("IDS_MAIN_SEVENTH(2000)\n"));
+  EXPECT_THAT(output_, EndsWith("in list 31 are: 0\nIDS_MAIN_EIGHTH(2500)\n"));
+}
+
+// The storage fails in the middle of adding, or for the first change.
+TEST_F(MergeDb, AStorageFailureIsOneLineAndPublishesNothing) {
+  Records objects;
+  for (std::uint32_t id = 1; id <= 9000; ++id) {
+    objects.push_back(build({.object = handle(5, id), .recType = 5}));
+  }
+  test::createDatabase(system(counters({{5, "1"}})));
+  test::writeFile("backup", test::backupOf(objects));
+  const std::string before = test::readFile("db");
+  for (const rlim_t limit : {rlim_t{1} << 20, rlim_t{4} << 10}) {
+    const auto result = test::runProgram({.file = ORX_BIN_DIR "/orxrestore",
+                                          .arguments = {"-i", "backup", "-m", "db"},
+                                          .directory = directory_.path(),
+                                          .inChild = [limit] {
+                                            const struct rlimit wanted { limit, limit };
+                                            (void)setrlimit(RLIMIT_FSIZE, &wanted);
+                                          }});
+    EXPECT_EQ(result.exitCode, exitFailed);
+    EXPECT_THAT(result.output, EndsWith(", RC=7(Shortage), RSN=40(Space)\n"));
+    EXPECT_EQ(result.output.find("*Error"), result.output.rfind("*Error")) << result.output;
+    EXPECT_TRUE(test::readFile("db") == before);
+  }
+}
+
+}  // namespace
+}  // namespace orx
