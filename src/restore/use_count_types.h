@@ -1,0 +1,28 @@
+// The records that a use-count rebuild looks at.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace orx {
+
+// By record type: 1 for those that can refer to a model or be one. All others, the system record
+// (type 0) among them, and types beyond the table take no part.
+inline constexpr auto useCountTypes = [] {
+  std::array<std::int32_t, 255> types{};
+  for (const std::size_t type : {1, 2, 3, 4, 5, 6, 7, 10, 11, 12, 15, 64}) types[type] = 1;
+  return types;
+}();
+
+[[nodiscard]] constexpr bool takesPartInUseCount(std::int32_t recType) {
+  const auto type = static_cast<std::size_t>(recType);
+  return recType >= 0 && type < useCountTypes.size() && useCountTypes[type] != 0;
+}
+
+[[nodiscard]] constexpr bool isModel(std::int32_t recType) {
+  constexpr std::int32_t modelBit = 8;
+  return (recType & modelBit) != 0;
+}
+
+}  // namespace orx
