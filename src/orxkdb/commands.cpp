@@ -1,8 +1,10 @@
 #include "orxkdb/commands.h"
 
 #include "orxkdb/cmd_backup.h"
+#include "orxkdb/cmd_check.h"
 #include "orxkdb/cmd_create.h"
 #include "orxkdb/cmd_dump.h"
+#include "orxkdb/cmd_explain.h"
 #include "orxkdb/cmd_load.h"
 #include "orxkdb/cmd_messages.h"
 #include "orxkdb/cmd_sample.h"
@@ -20,6 +22,8 @@ constexpr Registration* registrations[] = {
     addLoad,      //
     addBackup,    //
     addStat,      //
+    addCheck,     //
+    addExplain,   //
     addMessages,  //
     addUndo,      //
     addSample,    //

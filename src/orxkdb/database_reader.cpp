@@ -1,10 +1,16 @@
 #include "orxkdb/database_reader.h"
 
+#include <algorithm>
+#include <array>
+
+#include "orxkdb/record_name.h"
+
 namespace orx::orxkdb {
 
 namespace {
 
 constexpr auto endOfRecords = static_cast<std::int32_t>(kdb::endOfData.code);
+constexpr auto keyLength = static_cast<std::int32_t>(kdb::keySize);
 constexpr auto recordLength = static_cast<std::int32_t>(kdb::recordSize);
 
 }  // namespace
@@ -37,6 +43,18 @@ bool DatabaseReader::next(DataBuffer& record) {
     result_ = lastFailure(name_ + " behind its record " + std::to_string(count_), database_);
   }
   return false;
+}
+
+bool DatabaseReader::isUnderItsKey(const DataBuffer& record) const {
+  std::array<std::uint8_t, kdb::keySize> key;
+  return kdb::GetCursorKey(cursor_, key.data(), keyLength) == 0 &&
+         std::equal(key.begin(), key.end(), record.data());
+}
+
+std::string DatabaseReader::storedName() const {
+  DataBuffer key;
+  (void)kdb::GetCursorKey(cursor_, key.data(), keyLength);
+  return "stored as " + recordName(key);
 }
 
 }  // namespace orx::orxkdb

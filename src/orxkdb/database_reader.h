@@ -28,6 +28,10 @@ class DatabaseReader {
   // False at the end and after a failure; result() tells which.
   [[nodiscard]] bool next(DataBuffer& record);
   [[nodiscard]] const Result& result() const { return result_; }
+  // Whether `record`, the last that next() gave, is stored under its own key.
+  [[nodiscard]] bool isUnderItsKey(const DataBuffer& record) const;
+  // The key that it is stored under, in words.
+  [[nodiscard]] std::string storedName() const;
   // The number of records that next() gave.
   [[nodiscard]] std::uint64_t count() const { return count_; }
 

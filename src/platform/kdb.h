@@ -93,6 +93,12 @@ inline constexpr std::int32_t openAsNew = 2;
                                               std::uint8_t* buffer, std::int32_t bufferLength,
                                               std::int32_t& length);
 
+// The key under which the record that the cursor gave last is stored, as it stands in a record
+// (`recn` little-endian). It differs from the record's own first 20 bytes only where AddRecord or
+// another program stored the record under another key. 5/28 before the first record.
+[[nodiscard]] std::int32_t GetCursorKey(kdbHandle cursor, std::uint8_t* key,
+                                        std::int32_t keyLength);
+
 // Publishes the changes of the run, if any, and closes the database whatever comes of it. Any code
 // but 0 means that the database is as it was before the run; 0 means that the changes are durable.
 [[nodiscard]] std::int32_t CloseDatabase(kdbHandle database, kdbStatus& status);

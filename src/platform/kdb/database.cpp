@@ -71,7 +71,9 @@ Outcome nextKept(TreeReader& reader, const KeyRanges& deleted, Key& key,
 }  // namespace
 
 Outcome Snapshot::next(Key& key, const std::uint8_t*& record) {
-  return nextKept(reader_, deleted_, key, record);
+  const Outcome outcome = nextKept(reader_, deleted_, key, record);
+  if (outcome.ok()) lastKey_ = key;
+  return outcome;
 }
 
 Outcome Scan::next(const std::uint8_t*& record) {

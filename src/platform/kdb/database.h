@@ -25,10 +25,13 @@ class Snapshot {
   [[nodiscard]] Outcome seek(const Key& key) { return reader_.seek(key); }
   // `record` points at 296 bytes, valid until the next call. endOfData behind the last.
   [[nodiscard]] Outcome next(Key& key, const std::uint8_t*& record);
+  // The key of the last record that next() gave.
+  [[nodiscard]] const std::optional<Key>& lastKey() const { return lastKey_; }
 
  private:
   TreeReader reader_;
   KeyRanges deleted_;
+  std::optional<Key> lastKey_;
 };
 
 // An update scan: a snapshot, and the record that it holds.

@@ -30,6 +30,12 @@ struct Key {
     return key;
   }
 
+  // The other way round: the first 20 bytes of a record.
+  void toRecord(std::uint8_t* record) const {
+    std::memcpy(record, bytes.data(), 16);
+    storeLE32(record + 16, loadBE32(bytes.data() + 16));
+  }
+
   friend std::strong_ordering operator<=>(const Key& a, const Key& b) {
     return std::memcmp(a.bytes.data(), b.bytes.data(), keySize) <=> 0;
   }

@@ -202,6 +202,15 @@ std::int32_t ReadNextFromCursor(kdbHandle cursor, std::int32_t, std::uint8_t* bu
   });
 }
 
+std::int32_t GetCursorKey(kdbHandle cursor, std::uint8_t* key, std::int32_t keyLength) {
+  return checked<OwnedSnapshot>(cursor, [&](OwnedSnapshot& open, Database&) -> Outcome {
+    if (!isKey(key, keyLength)) return badLength;
+    if (!open->lastKey()) return recordNotFound;
+    open->lastKey()->toRecord(key);
+    return succeeded;
+  });
+}
+
 std::int32_t CloseDatabase(kdbHandle database, kdbStatus& status) {
   Outcome outcome{Code::badObject, Reason::noError};
   if (const OwnedDatabase* open = objectOf<OwnedDatabase>(database); open != nullptr) {

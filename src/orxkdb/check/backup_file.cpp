@@ -1,0 +1,88 @@
+#include "orxkdb/check/backup_file.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "records/backup_reader.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+constexpr std::size_t windowCapacity = std::size_t{256} * 1024;
+
+std::string_view withoutLineEnd(std::string_view piece) {
+  if (piece.ends_with('\n')) piece.remove_suffix(1);
+  if (piece.ends_with('\r')) piece.remove_suffix(1);
+  return piece;
+}
+
+// As a restore takes it: behind a zero byte the line end counts as text.
+std::string_view restoredText(std::string_view piece) {
+  const bool keepsEnd = !piece.ends_with('\n') || piece.find('\0') != std::string_view::npos;
+  return keepsEnd ? piece : withoutLineEnd(piece);
+}
+
+}  // namespace
+
+Result BackupFile::open(const std::string& name) {
+  name_ = name;
+  file_ = openFile(name, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+  struct stat file {};
+  if (!file_.valid() || ::fstat(file_.get(), &file) != 0) {
+    return fileFailure(exitNotOpened, "the file cannot be opened", name, errno);
+  }
+  if (S_ISDIR(file.st_mode)) {
+    return fileFailure(exitNotOpened, "the file cannot be opened", name, EISDIR);
+  }
+  if (!S_ISREG(file.st_mode)) {
+    return fail(exitNotOpened, "this is neither a database nor a regular file", name,
+                "save the backup in a file and give its name");
+  }
+  size_ = static_cast<std::uint64_t>(file.st_size);
+  window_.resize(windowCapacity);
+  return {};
+}
+
+bool BackupFile::next(BackupPiece& piece) {
+  const std::string_view bytes = pieceAt(offset_);
+  if (bytes.empty()) return false;
+  const bool endsLine = bytes.ends_with('\n');
+  piece = {endsLine ? withoutLineEnd(bytes) : bytes, offset_, line_, continuesLine_};
+  offset_ += bytes.size();
+  continuesLine_ = !endsLine;
+  if (endsLine) ++line_;
+  return true;
+}
+
+bool BackupFile::readAt(std::uint64_t offset, CMDatabaseBackupRecord& record) {
+  const std::string_view piece = pieceAt(offset);
+  record.setLine(restoredText(piece));
+  return result_.ok();
+}
+
+// With its line end; empty at the end of the file and after a failure. Keeps in the window what
+// follows, unless that is asked for backwards.
+std::string_view BackupFile::pieceAt(std::uint64_t offset) {
+  const std::size_t wanted =
+      static_cast<std::size_t>(std::min<std::uint64_t>(BackupLine::longest, size_ - offset));
+  if (offset < windowOffset_ || offset + wanted > windowOffset_ + windowSize_) {
+    const ssize_t count =
+        orx::readAt(file_.get(), static_cast<std::uint8_t*>(static_cast<void*>(window_.data())),
+                    window_.size(), static_cast<off_t>(offset));
+    if (count < 0) {
+      result_ = fileFailure(exitFailed, "the file cannot be read", name_, errno);
+      return {};
+    }
+    windowOffset_ = offset;
+    windowSize_ = static_cast<std::size_t>(count);
+  }
+  const auto at = static_cast<std::size_t>(offset - windowOffset_);
+  const std::string_view bytes = std::string_view(window_.data(), windowSize_).substr(at, wanted);
+  return bytes.substr(
+      0, bytes.find('\n') == std::string_view::npos ? bytes.size() : bytes.find('\n') + 1);
+}
+
+}  // namespace orx::orxkdb

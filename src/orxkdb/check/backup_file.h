@@ -1,0 +1,63 @@
+// BackupFile: the lines of a backup file as a restore takes them, each with its place in the file,
+// so that any of them can be read again.
+//
+// A piece is what a restore makes one record of: a line, or for a line of more than 444 characters
+// with its line end each part of that length. Where a piece begins with a zero byte the restore
+// ends.
+#pragma once
+
+#include <sys/types.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "orxkdb/result.h"
+#include "platform/file.h"
+#include "records/backup_record.h"
+
+namespace orx::orxkdb {
+
+struct BackupPiece {
+  // Without its line end, but with every zero byte; lives until the next piece is read.
+  std::string_view text;
+  std::uint64_t offset = 0;  // in the file
+  std::uint64_t line = 0;    // from 1 on
+  bool continuesLine = false;
+
+  [[nodiscard]] bool hasZeroByte() const { return text.find('\0') != std::string_view::npos; }
+  [[nodiscard]] bool endsRestore() const { return text.starts_with('\0'); }
+};
+
+class BackupFile {
+ public:
+  // Only a regular file can be read twice; anything else is refused.
+  Result open(const std::string& name);
+
+  // The next piece; false at the end and after a failure, which result() tells.
+  [[nodiscard]] bool next(BackupPiece& piece);
+  [[nodiscard]] const Result& result() const { return result_; }
+
+  // The piece at `offset` once more, as a record. False after a failure. Fast in ascending order.
+  [[nodiscard]] bool readAt(std::uint64_t offset, CMDatabaseBackupRecord& record);
+
+  [[nodiscard]] std::uint64_t size() const { return size_; }
+
+ private:
+  [[nodiscard]] std::string_view pieceAt(std::uint64_t offset);
+
+  std::string name_;
+  UniqueFd file_;
+  Result result_;
+  std::uint64_t size_ = 0;  // when it was opened; what is appended later is not read
+  std::uint64_t offset_ = 0;
+  std::uint64_t line_ = 1;
+  bool continuesLine_ = false;
+  std::vector<char> window_;  // bytes of the file from windowOffset_ on
+  std::uint64_t windowOffset_ = 0;
+  std::size_t windowSize_ = 0;
+};
+
+}  // namespace orx::orxkdb

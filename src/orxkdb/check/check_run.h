@@ -1,0 +1,24 @@
+// A check of a whole database or backup.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "orxkdb/check/findings.h"
+#include "orxkdb/result.h"
+
+namespace orx::orxkdb {
+
+struct CheckCounts {
+  bool isDatabase = false;
+  std::uint64_t records = 0;
+  std::uint64_t objects = 0;
+  std::uint64_t models = 0;
+  std::uint64_t references = 0;
+  std::uint64_t outOfOrder = 0;  // lines of a backup whose key is below that of the line before
+};
+
+// A file that is no database is read as a backup. Findings are no failure.
+Result runCheck(const std::string& input, Findings& findings, CheckCounts& counts);
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,73 @@
+#include "orxkdb/check/findings.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace orx::orxkdb {
+
+using enum FindingKind;
+
+constexpr std::array<FindingKindText, findingKindCount> findingKinds{{
+    {lineLength, "line-length",
+     "a line is not 440 characters long: what it lacks reads as nothing, what it has more is\n"
+     "ignored or taken for a record of its own"},
+    {zeroByte, "zero-byte",
+     "a zero byte in a line: it cuts its column short, and at the start of a line a restore ends"},
+    {handleColumn, "handle-column",
+     "a column is no handle in exported form: it is restored as another handle"},
+    {numberColumn, "number-column",
+     "a column is no number: it is restored as the digits at its start, or as 0"},
+    {dataLength, "data-length",
+     "the data length does not fit the data: more or less of the column is restored than was "
+     "meant"},
+    {duplicateKey, "duplicate-key",
+     "a record has the key of another: a restore ends with \"duplicate\" when it comes to it"},
+    {storedKey, "stored-key",
+     "a record is stored under another key than its own: it is not found and not updated by its "
+     "key"},
+    {notCarried, "not-carried",
+     "a backup line cannot carry the record as it is; \"orxkdb dump\" can"},
+    {chainGap, "chain-gap",
+     "records of an object are missing: the texts of the others are joined without them"},
+    {chainDisagrees, "chain-disagrees",
+     "the records of an object differ in what they share: only that of its first record counts"},
+    {textLeftOver, "text-left-over",
+     "an attribute text is not read to its end: the next rewrite of the object loses the rest"},
+    {valueCount, "value-count",
+     "an attribute has not the number of values that it states: a rewrite keeps what can be read"},
+    {notReadBack, "not-read-back",
+     "a value is another one once it has been read, written and read again"},
+    {ambiguousValue, "ambiguous-value",
+     "\";;;\" stands between two values: it is read as a \";\" at the end of the first, though a\n"
+     "\";\" at the start of the second is written in the same way"},
+    {repeatedAttribute, "repeated-attribute",
+     "an object has two attributes of one key: only the first is found"},
+    {handleValue, "handle-value",
+     "a value of an attribute of handles is none: it is read as another handle"},
+    {missingObject, "missing-object", "an object refers to one that is not there"},
+    {useCount, "use-count",
+     "the use count of a model (attribute 17) is wrong: \"orxrestore -u\" computes it anew"},
+    {signatures, "signatures",
+     "the signatures of a model (attribute 84) are wrong: \"orxrestore -u\" writes them anew"},
+    {noSystemRecord, "no-system-record",
+     "there is no system record: a merge into the database is refused"},
+    {noCounters, "no-counters",
+     "the system record has no counters (attribute 9): a merge into the database is refused"},
+    {counter, "counter",
+     "a counter is no identifier that is free: a merge gives identifiers out twice, or none"},
+}};
+
+static_assert(std::ranges::is_sorted(findingKinds, {}, &FindingKindText::kind));
+static_assert(findingKinds.back().kind == counter && findingKinds.size() == findingKindCount);
+
+std::uint64_t Findings::total() const {
+  return std::accumulate(entries_.begin(), entries_.end(), std::uint64_t{0},
+                         [](std::uint64_t sum, const Entry& entry) { return sum + entry.count; });
+}
+
+std::size_t Findings::kindsFound() const {
+  return static_cast<std::size_t>(
+      std::ranges::count_if(entries_, [](const Entry& entry) { return entry.count > 0; }));
+}
+
+}  // namespace orx::orxkdb

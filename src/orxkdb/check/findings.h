@@ -1,0 +1,104 @@
+// What a check finds: the kinds of findings, and the findings themselves, all counted and some kept
+// to be shown.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "orxkdb/handle_number.h"
+
+namespace orx::orxkdb {
+
+// In the order of the report; findingKinds has a row for each.
+enum class FindingKind : std::uint8_t {
+  lineLength,
+  zeroByte,
+  handleColumn,
+  numberColumn,
+  dataLength,
+  duplicateKey,
+  storedKey,
+  notCarried,
+  chainGap,
+  chainDisagrees,
+  textLeftOver,
+  valueCount,
+  notReadBack,
+  ambiguousValue,
+  repeatedAttribute,
+  handleValue,
+  missingObject,
+  useCount,
+  signatures,
+  noSystemRecord,
+  noCounters,
+  counter,
+};
+
+struct FindingKindText {
+  FindingKind kind;
+  std::string_view name;     // of the kind, for scripts
+  std::string_view meaning;  // what follows from such a finding
+};
+
+inline constexpr std::size_t findingKindCount = 22;
+extern const std::array<FindingKindText, findingKindCount> findingKinds;
+
+[[nodiscard]] inline std::string_view nameOf(FindingKind kind) {
+  return findingKinds[static_cast<std::size_t>(kind)].name;
+}
+
+// Where a finding is: any of these may be missing.
+struct Place {
+  std::uint64_t line = 0;  // of a backup, from 1 on
+  struct Object {
+    HandleNumber parent;
+    HandleNumber object;
+  };
+  std::optional<Object> object;
+  std::optional<std::uint32_t> recn;
+};
+
+struct Finding {
+  Place place;
+  std::string text;
+};
+
+class Findings {
+ public:
+  // Keeps at most `limit` findings of each kind; 0 keeps all.
+  explicit Findings(std::size_t limit) : limit_(limit) {}
+
+  // `text` is called only for a finding that is kept: what is wrong, as the end of a line.
+  template <typename Text>
+  void add(FindingKind kind, const Place& place, Text text) {
+    Entry& entry = entries_[static_cast<std::size_t>(kind)];
+    ++entry.count;
+    if (limit_ == 0 || entry.kept.size() < limit_) entry.kept.push_back({place, text()});
+  }
+
+  [[nodiscard]] std::uint64_t count(FindingKind kind) const {
+    return entries_[static_cast<std::size_t>(kind)].count;
+  }
+  [[nodiscard]] const std::vector<Finding>& kept(FindingKind kind) const {
+    return entries_[static_cast<std::size_t>(kind)].kept;
+  }
+  [[nodiscard]] std::uint64_t total() const;
+  [[nodiscard]] std::size_t kindsFound() const;
+
+ private:
+  struct Entry {
+    std::uint64_t count = 0;
+    std::vector<Finding> kept;
+  };
+
+  std::size_t limit_;
+  std::array<Entry, findingKindCount> entries_;
+};
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,233 @@
+#include "orxkdb/check/object_checker.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "model/attribute.h"
+#include "orxkdb/known_attributes.h"
+#include "restore/merge_types.h"
+#include "restore/use_count_types.h"
+
+namespace orx::orxkdb {
+
+using enum FindingKind;
+
+namespace {
+
+constexpr std::size_t longestQuote = 60;
+
+// From recType up to auxValue1, side by side in a record.
+constexpr std::size_t sharedSize = data_layout::attrText - data_layout::recType;
+
+bool sharesAll(const DataBuffer& record, const DataBuffer& head) {
+  return record.auxValue2() == head.auxValue2() &&
+         std::memcmp(record.data() + data_layout::recType, head.data() + data_layout::recType,
+                     sharedSize) == 0;
+}
+
+std::string differences(const DataBuffer& record, const DataBuffer& head) {
+  std::string text;
+  const auto add = [&text](bool differs, std::string_view name) {
+    if (differs) text.append(text.empty() ? "" : ", ").append(name);
+  };
+  add(record.recType() != head.recType(), "recType");
+  add(record.modelBytes() != head.modelBytes(), "modelHandle");
+  add(record.auxValue1() != head.auxValue1(), "auxValue1");
+  add(record.auxValue2() != head.auxValue2(), "auxValue2");
+  return text;
+}
+
+std::string quote(std::string_view text) {
+  const bool whole = text.size() <= longestQuote;
+  return "\"" + std::string(text.substr(0, longestQuote)) + (whole ? "\"" : "...\"");
+}
+
+std::string numbers(std::uint32_t first, std::uint32_t last) {
+  if (first == last) return "record " + std::to_string(first) + " is missing";
+  return "records " + std::to_string(first) + " to " + std::to_string(last) + " are missing";
+}
+
+std::vector<Counter> readCounters(const ScannedAttribute& scanned) {
+  const CMAttribute attribute(scanned.text, 1);
+  const int count = std::min<int>(attribute.attrCount(), static_cast<int>(handlerTypes.size()));
+  std::vector<Counter> counters;
+  for (int i = 0; i < count; ++i) {
+    int isNumeric = 0;
+    const int number = attribute.getValue(&isNumeric, i);
+    counters.push_back({isNumeric != 0, static_cast<std::uint32_t>(number)});
+  }
+  return counters;
+}
+
+std::optional<std::int32_t> readUseCount(const ScannedAttribute& scanned) {
+  const CMAttribute attribute(scanned.text, 1);
+  int isNumeric = 0;
+  const int number = attribute.getValue(&isNumeric, 0);
+  if (isNumeric == 0 || attribute.attrCount() != 1) return std::nullopt;
+  return number;
+}
+
+}  // namespace
+
+void ObjectChecker::add(const DataBuffer& record, std::uint64_t line) {
+  if (!belongsToObject(record)) {
+    finish();
+    begin(record, line);
+  }
+  checkNumber(record, line);
+  checkShared(record, line);
+  text_ += record.text();
+}
+
+bool ObjectChecker::belongsToObject(const DataBuffer& record) const {
+  return hasObject_ && std::memcmp(record.data(), head_.data(), 2 * handleSize) == 0;
+}
+
+void ObjectChecker::begin(const DataBuffer& record, std::uint64_t line) {
+  hasObject_ = true;
+  head_ = record;
+  object_ = {numberOf(record.parentBytes()), numberOf(record.objectBytes())};
+  line_ = line;
+  nextRecn_ = 0;
+  text_.clear();
+}
+
+void ObjectChecker::checkNumber(const DataBuffer& record, std::uint64_t line) {
+  const std::uint32_t recn = record.recn();
+  if (recn != nextRecn_) {
+    findings_.add(chainGap, {line, object_, recn}, [&] {
+      return recn > nextRecn_ ? numbers(nextRecn_, recn - 1)
+                              : "it stands behind record " + std::to_string(nextRecn_ - 1);
+    });
+  }
+  nextRecn_ = recn + 1;
+}
+
+void ObjectChecker::checkShared(const DataBuffer& record, std::uint64_t line) {
+  if (sharesAll(record, head_)) return;
+  findings_.add(chainDisagrees, {line, object_, record.recn()}, [&] {
+    return "not as in record " + std::to_string(head_.recn()) + ": " + differences(record, head_);
+  });
+}
+
+void ObjectChecker::finish() {
+  if (!hasObject_) return;
+  hasObject_ = false;
+  const std::uint32_t source = inventory_.addObject(object_, line_);
+  if (isSystemRecord()) inventory_.setSystemRecord(source);
+  addModelReference(source);
+  const Noted noted = checkText(source);
+  const bool isModel = takesPartInUseCount(head_.recType()) && orx::isModel(head_.recType());
+  if (isModel) addModel(noted, source);
+  if (noted.hasSignatures && !(isModel && noted.hasUseCount)) addHandles(noted.signatures, source);
+}
+
+bool ObjectChecker::isSystemRecord() const {
+  return object_.parent == nullHandle && object_.object == nullHandle && head_.auxValue2() == 0;
+}
+
+void ObjectChecker::addModelReference(std::uint32_t source) {
+  const HandleNumber model = numberOf(head_.modelBytes());
+  if (model == nullHandle) return;
+  const bool counts =
+      head_.recn() == 0 && identifierOf(model) != 0 && takesPartInUseCount(head_.recType());
+  inventory_.addReference(
+      {model, source, counts ? ReferenceFrom::countedModel : ReferenceFrom::model});
+}
+
+ObjectChecker::Noted ObjectChecker::checkText(std::uint32_t source) {
+  Noted noted;
+  ScannedAttribute attribute;
+  TextScanner scanner(text_);
+  keys_.clear();
+  while (scanner.next(attribute)) {
+    checkAttribute(attribute);
+    note(attribute, source, noted);
+    keys_.push_back(attribute.key);
+  }
+  if (!scanner.rest().empty()) {
+    findings_.add(textLeftOver, place(), [&] {
+      return std::to_string(scanner.rest().size()) + " bytes from " + quote(scanner.rest());
+    });
+  }
+  checkKeys();
+  return noted;
+}
+
+void ObjectChecker::checkAttribute(const ScannedAttribute& attribute) {
+  const auto add = [&](FindingKind kind, auto text) {
+    findings_.add(kind, place(), [&] { return attributeLabel(attribute.key) + " " + text(); });
+  };
+  if (!attribute.hasHeader) {
+    add(valueCount, [&] { return "has no header of three numbers: " + quote(attribute.text); });
+  } else if (attribute.statedCount != attribute.valueCount) {
+    add(valueCount, [&] {
+      return "states " + std::to_string(attribute.statedCount) + " values, " +
+             std::to_string(attribute.valueCount) + " can be read";
+    });
+  } else if (attribute.hasRest) {
+    add(valueCount, [&] {
+      return "has more than the " + std::to_string(attribute.statedCount) + " values it states";
+    });
+  }
+  if (attribute.losesBlank) add(notReadBack, [] { return "has a value that ends in a TAB"; });
+  if (attribute.isAmbiguous) add(ambiguousValue, [] { return "has \";;;\" between two values"; });
+}
+
+void ObjectChecker::note(const ScannedAttribute& attribute, std::uint32_t source, Noted& noted) {
+  switch (attribute.key) {
+    case known_attribute::counters:
+      if (isSystemRecord()) inventory_.setCounters(readCounters(attribute));
+      break;
+    case known_attribute::useCount:
+      if (!noted.hasUseCount) noted.useCount = attribute;
+      noted.hasUseCount = true;
+      break;
+    case known_attribute::signatures:
+      if (!noted.hasSignatures) noted.signatures = attribute;
+      noted.hasSignatures = true;
+      break;
+    default:
+      if (holdsHandles(attribute.key)) addHandles(attribute, source);
+  }
+}
+
+void ObjectChecker::checkKeys() {
+  if (std::ranges::adjacent_find(keys_, std::ranges::greater_equal()) == keys_.end()) return;
+  std::ranges::sort(keys_);
+  const auto repeated = std::ranges::adjacent_find(keys_);
+  if (repeated == keys_.end()) return;
+  findings_.add(repeatedAttribute, place(), [&] { return attributeLabel(*repeated); });
+}
+
+void ObjectChecker::addModel(const Noted& noted, std::uint32_t source) {
+  Model model{object_.object, source, noted.hasUseCount};
+  handles_.clear();
+  if (noted.hasUseCount) model.useCount = readUseCount(noted.useCount);
+  if (noted.hasUseCount && noted.hasSignatures) readHandles(noted.signatures);
+  inventory_.addModel(model, handles_);
+}
+
+// Into handles_, in normal form, 0 for what is no handle.
+void ObjectChecker::readHandles(const ScannedAttribute& attribute) {
+  handles_.clear();
+  std::string_view values = attribute.values;
+  while (!values.empty()) {
+    const std::string value = takeValue(values);
+    const auto handle = readHandleText(value);
+    handles_.push_back(handle ? normalForm(*handle) : nullHandle);
+    if (handle) continue;
+    findings_.add(handleValue, place(),
+                  [&] { return attributeLabel(attribute.key) + " has the value " + quote(value); });
+  }
+}
+
+void ObjectChecker::addHandles(const ScannedAttribute& attribute, std::uint32_t source) {
+  readHandles(attribute);
+  for (const HandleNumber handle : handles_) {
+    if (handle == nullHandle) continue;
+    inventory_.addReference({handle, source, static_cast<ReferenceFrom>(attribute.key)});
+  }
+}
+
+}  // namespace orx::orxkdb

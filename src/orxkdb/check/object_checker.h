@@ -1,0 +1,63 @@
+// ObjectChecker: takes records in database order, puts them together to objects, checks each
+// object, and enters it in the inventory.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "orxkdb/check/findings.h"
+#include "orxkdb/check/inventory.h"
+#include "orxkdb/check/text_scanner.h"
+#include "records/data_buffer.h"
+
+namespace orx::orxkdb {
+
+class ObjectChecker {
+ public:
+  ObjectChecker(Findings& findings, Inventory& inventory)
+      : findings_(findings), inventory_(inventory) {}
+
+  // `line` is that of the record in a backup, else 0.
+  void add(const DataBuffer& record, std::uint64_t line);
+  // Behind the last record.
+  void finish();
+
+ private:
+  // What of the attributes is looked at when all have been seen.
+  struct Noted {
+    bool hasUseCount = false;
+    ScannedAttribute useCount = {};
+    bool hasSignatures = false;
+    ScannedAttribute signatures = {};
+  };
+
+  [[nodiscard]] bool belongsToObject(const DataBuffer& record) const;
+  void begin(const DataBuffer& record, std::uint64_t line);
+  void checkNumber(const DataBuffer& record, std::uint64_t line);
+  void checkShared(const DataBuffer& record, std::uint64_t line);
+  void addModelReference(std::uint32_t source);
+  Noted checkText(std::uint32_t source);
+  void checkAttribute(const ScannedAttribute& attribute);
+  void note(const ScannedAttribute& attribute, std::uint32_t source, Noted& noted);
+  void checkKeys();
+  void addModel(const Noted& noted, std::uint32_t source);
+  void readHandles(const ScannedAttribute& attribute);
+  void addHandles(const ScannedAttribute& attribute, std::uint32_t source);
+  [[nodiscard]] bool isSystemRecord() const;
+  [[nodiscard]] Place place() const { return {line_, object_, {}}; }
+
+  Findings& findings_;
+  Inventory& inventory_;
+
+  bool hasObject_ = false;
+  DataBuffer head_;  // the first record of the object that is being read
+  Place::Object object_{};
+  std::uint64_t line_ = 0;      // of the head
+  std::uint32_t nextRecn_ = 0;  // that the next record has to have
+  std::string text_;            // of the records so far
+  std::vector<std::int32_t> keys_;
+  std::vector<HandleNumber> handles_;
+};
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,120 @@
+#include "orxkdb/check/text_scanner.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <optional>
+
+#include "model/attribute_key.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+constexpr std::size_t headerFieldLimit = 256;  // a field and its ";" fit
+constexpr std::size_t mostPlainDigits = 9;     // of a number that fits without a check
+
+// Position of the ">" that ends an element, npos without one; doubled ones are stepped over.
+std::size_t findElementEnd(std::string_view text) {
+  std::size_t end = text.find('>');
+  while (end != std::string_view::npos && end + 1 < text.size() && text[end + 1] == '>') {
+    end = text.find('>', end + 2);
+  }
+  return end;
+}
+
+std::int32_t readNumber(std::string_view field) {
+  const bool isPlain = field.size() <= mostPlainDigits &&
+                       std::ranges::all_of(field, [](char c) { return c >= '0' && c <= '9'; });
+  if (!isPlain) {
+    return static_cast<std::int32_t>(std::strtol(std::string(field).c_str(), nullptr, 10));
+  }
+  std::int32_t number = 0;
+  for (const char c : field) number = number * 10 + (c - '0');
+  return number;
+}
+
+std::optional<std::int32_t> takeField(std::string_view& text) {
+  const std::size_t end = text.substr(0, headerFieldLimit).find(';');
+  if (end == std::string_view::npos) return std::nullopt;
+  const std::int32_t number = readNumber(text.substr(0, end));
+  text.remove_prefix(end + 1);
+  return number;
+}
+
+// The length of the value at the front of `text` in its written form, npos without an end.
+std::size_t valueLength(std::string_view text) {
+  std::size_t at = 0;
+  while (true) {
+    while (at < text.size() && text[at] != ';' && text[at] != '>') ++at;
+    if (at >= text.size()) return std::string_view::npos;
+    const bool doubled = at + 1 < text.size() && text[at + 1] == text[at];
+    if (text[at] == ';' && !doubled) return at;
+    at += doubled ? 2 : 1;
+  }
+}
+
+std::string_view withoutTrailingBlanks(std::string_view value) {
+  return value.substr(0, value.find_last_not_of(' ') + 1);
+}
+
+void scanValues(std::string_view text, ScannedAttribute& attribute) {
+  const char* const start = text.data();
+  bool endsInMark = false;  // the value before
+  for (std::int32_t left = attribute.statedCount; left != 0; left -= left > 0 ? 1 : 0) {
+    const std::size_t length = valueLength(text);
+    if (length == std::string_view::npos) break;
+    const std::string_view value = withoutTrailingBlanks(text.substr(0, length));
+    attribute.losesBlank |= value.ends_with('\t');
+    attribute.isAmbiguous |= endsInMark && !value.empty();
+    endsInMark = length > 0 && text[length - 1] == ';';
+    ++attribute.valueCount;
+    text.remove_prefix(length + 1);
+  }
+  attribute.values = {start, static_cast<std::size_t>(text.data() - start)};
+  attribute.hasRest = !text.empty();
+}
+
+ScannedAttribute scanAttribute(std::string_view text) {
+  ScannedAttribute attribute;
+  attribute.text = text;
+  attribute.hasRest = !text.empty();
+  const auto attrId = takeField(text);
+  const auto attrGroup = attrId ? takeField(text) : std::nullopt;
+  if (!attrGroup) return attribute;
+  attribute.key = static_cast<std::int16_t>(*attrGroup) * CMAttributeKey::groupSize +
+                  static_cast<std::int16_t>(*attrId);
+  const auto count = takeField(text);
+  if (!count) return attribute;
+  attribute.hasHeader = true;
+  attribute.statedCount = *count;
+  scanValues(text, attribute);
+  return attribute;
+}
+
+}  // namespace
+
+bool TextScanner::next(ScannedAttribute& attribute) {
+  if (!rest_.starts_with('<')) return false;
+  const std::size_t end = findElementEnd(rest_.substr(1));
+  if (end == std::string_view::npos) return false;
+  attribute = scanAttribute(rest_.substr(1, end));
+  rest_.remove_prefix(end + 2);
+  return true;
+}
+
+std::string takeValue(std::string_view& values) {
+  const std::size_t length = std::min(valueLength(values), values.size());
+  std::string value;
+  for (std::size_t at = 0; at < length; ++at) {
+    value += values[at];
+    const bool doubled =
+        (values[at] == ';' || values[at] == '>') && at + 1 < length && values[at + 1] == values[at];
+    if (doubled) ++at;
+  }
+  values.remove_prefix(std::min(length + 1, values.size()));
+  value.resize(withoutTrailingBlanks(value).size());
+  std::ranges::replace(value, '\t', ' ');
+  return value;
+}
+
+}  // namespace orx::orxkdb

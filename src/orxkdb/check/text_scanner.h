@@ -1,0 +1,43 @@
+// TextScanner: walks the text of an attribute set in place and tells what reading it with
+// CMAttributeSet would keep, change or lose, without building anything.
+//
+//   TextScanner scanner(text);
+//   while (scanner.next(attribute)) ...   // scanner.rest() is what reading would leave over
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace orx::orxkdb {
+
+// One "<...>" of a set text. The views live as long as the text.
+struct ScannedAttribute {
+  std::string_view text;         // between "<" and ">"
+  std::string_view values;       // the values that are read, each with the ";" behind it
+  std::int32_t key = 0;          // 0 without two header fields, as CMAttribute has it
+  std::int32_t statedCount = 0;  // of the header; negative: as many as there are
+  std::int32_t valueCount = 0;   // values that are read
+  bool hasHeader = false;        // all three fields
+  bool hasRest = false;          // bytes behind the last value, which reading leaves over
+  bool losesBlank = false;       // a value ends in a TAB, which is written as a blank and then cut
+  bool isAmbiguous = false;      // ";;;" ends a value before another: its ";" may belong to that
+};
+
+class TextScanner {
+ public:
+  // `text` holds no zero byte.
+  explicit TextScanner(std::string_view text) : rest_(text) {}
+
+  [[nodiscard]] bool next(ScannedAttribute& attribute);
+  // Empty when the whole text was read.
+  [[nodiscard]] std::string_view rest() const { return rest_; }
+
+ private:
+  std::string_view rest_;
+};
+
+// Takes the first value off `values`, doubled marks made single and trailing blanks cut.
+[[nodiscard]] std::string takeValue(std::string_view& values);
+
+}  // namespace orx::orxkdb

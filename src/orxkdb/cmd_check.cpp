@@ -1,0 +1,61 @@
+#include "orxkdb/cmd_check.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "orxkdb/check/check_report.h"
+#include "orxkdb/check/check_run.h"
+#include "orxkdb/output.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+Result resultOf(const CheckOptions& options, const Findings& findings) {
+  if (findings.total() == 0) return {};
+  const std::string total = std::to_string(findings.total());
+  return fail(exitNotAsExpected, total + (findings.total() == 1 ? " finding" : " findings"),
+              options.input, "read the report; \"orxkdb explain\" shows an object or a line");
+}
+
+}  // namespace
+
+Result check(const CheckOptions& options) {
+  Findings findings(options.limit);
+  CheckCounts counts;
+  if (Result result = runCheck(options.input, findings, counts); !result.ok()) return result;
+  const auto report = options.json ? reportJson : reportText;
+  if (Result result = writeStandardOutput(report(options.input, counts, findings)); !result.ok()) {
+    return result;
+  }
+  return resultOf(options, findings);
+}
+
+void addCheck(CLI::App& program, Action& action) {
+  auto options = std::make_shared<CheckOptions>();
+  CLI::App* const command = program.add_subcommand(
+      "check", "Find what is wrong with a database or a backup, before or after a restore");
+  command
+      ->add_option("INPUT", options->input, "Database to read, or backup file; neither is changed")
+      ->required()
+      ->type_name("");
+  command->add_option("--limit", options->limit, "Findings to show of each kind; 0 shows all")
+      ->capture_default_str();
+  command->add_flag("--json", options->json, "Print JSON, for scripts; its \"version\" is 1");
+  command->footer(
+      "Looks at the lines of a backup (length, columns, zero bytes, keys that occur twice), at "
+      "the\n"
+      "keys and chains of records, at the attribute texts, and at what objects say of each other:\n"
+      "parents, models, use counts and signatures, handles in attributes, identifier counters. An\n"
+      "inherited handle need not have a record of its own and is not looked for. Lines may stand\n"
+      "in any order; how many are out of key order is told, but is no finding.\n\n"
+      "All findings are counted, also those that are not shown. The exit code is 0 without and 2\n"
+      "with findings.\n\n"
+      "Examples:\n"
+      "  orxkdb check rorxdata\n"
+      "  orxkdb check --limit 0 RORXbackup.txt | less\n"
+      "  orxkdb check --json rorxdata > findings.json");
+  command->callback([options, &action] { action = [options] { return check(*options); }; });
+}
+
+}  // namespace orx::orxkdb

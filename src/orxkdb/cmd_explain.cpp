@@ -1,0 +1,102 @@
+#include "orxkdb/cmd_explain.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "orxkdb/explain/explained_line.h"
+#include "orxkdb/explain/explained_object.h"
+#include "orxkdb/output.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+constexpr int jsonVersion = 1;
+
+Result writeJson(const nlohmann::ordered_json& json) {
+  // Names and texts need not be UTF-8.
+  return writeStandardOutput(
+      json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+}
+
+std::string textOf(const std::vector<ObjectRecords>& objects) {
+  std::string text;
+  for (const ObjectRecords& records : objects) {
+    text.append(text.empty() ? "" : "\n").append(objectText(records));
+  }
+  return text;
+}
+
+nlohmann::ordered_json jsonOf(const std::string& database,
+                              const std::vector<ObjectRecords>& objects) {
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (const ObjectRecords& records : objects) list.push_back(objectJson(records));
+  return {{"version", jsonVersion}, {"database", database}, {"objects", list}};
+}
+
+Result explainObject(const ExplainOptions& options) {
+  ObjectQuery query;
+  if (Result result = readQuery(options.handle, query); !result.ok()) return result;
+  std::vector<ObjectRecords> objects;
+  if (Result result = findObjects(options.database, query, objects); !result.ok()) return result;
+  if (objects.empty()) {
+    return fail(exitNotAsExpected, "there is no object of this handle",
+                options.database + " " + exportedForm(query.handle),
+                "check the handle; the system record's is 0:0");
+  }
+  return options.json ? writeJson(jsonOf(options.database, objects))
+                      : writeStandardOutput(textOf(objects));
+}
+
+Result explainLine(const ExplainOptions& options) {
+  LinePlace place;
+  if (Result result = readLinePlace(options.line, place); !result.ok()) return result;
+  std::string line;
+  if (Result result = findLine(place, line); !result.ok()) return result;
+  if (!options.json) return writeStandardOutput(lineText(place, line));
+  nlohmann::ordered_json json{{"version", jsonVersion}};
+  json.update(lineJson(place, line));
+  return writeJson(json);
+}
+
+}  // namespace
+
+Result explain(const ExplainOptions& options) {
+  const bool hasObject = !options.database.empty() && !options.handle.empty();
+  const bool hasLine = !options.line.empty();
+  if (hasLine ? !options.database.empty() : !hasObject) {
+    return fail(exitUsage, "either a database and a handle, or a line", "command line",
+                "see \"orxkdb explain --help\"");
+  }
+  return hasLine ? explainLine(options) : explainObject(options);
+}
+
+void addExplain(CLI::App& program, Action& action) {
+  auto options = std::make_shared<ExplainOptions>();
+  CLI::App* const command =
+      program.add_subcommand("explain", "Show an object of a database, or a backup line, in words");
+  command->add_option("DB", options->database, "Database to read; it is not changed")
+      ->type_name("");
+  command
+      ->add_option("HANDLE", options->handle,
+                   "Handle of the object, in exported form, as 16 hexadecimal digits or TYPE:ID")
+      ->type_name("");
+  command->add_option("--line", options->line, "Line of a backup instead, as FILE:NUMBER")
+      ->type_name("");
+  command->add_flag("--json", options->json, "Print JSON, for scripts; its \"version\" is 1");
+  command->footer(
+      "Shows the records of the object, what its handles say, and every attribute with its "
+      "values.\n"
+      "An object that occurs below several parents is shown for each. The handle of the system\n"
+      "record is 0:0. The hexadecimal form asks for exactly these 8 bytes, the others for every\n"
+      "object whose exported form is the same.\n\n"
+      "Examples:\n"
+      "  orxkdb explain rorxdata 2:17\n"
+      "  orxkdb explain rorxdata '<1;1;2;0;0;0;17;>'\n"
+      "  orxkdb explain --json rorxdata 1100000000000201\n"
+      "  orxkdb explain --line RORXbackup.txt:120");
+  command->callback([options, &action] { action = [options] { return explain(*options); }; });
+}
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,21 @@
+// orxkdb explain: an object of a database, or a line of a backup, in words.
+#pragma once
+
+#include <string>
+
+#include "orxkdb/command.h"
+
+namespace orx::orxkdb {
+
+struct ExplainOptions {
+  std::string database;
+  std::string handle;
+  std::string line;  // "FILE:N", instead of a database and a handle
+  bool json = false;
+};
+
+Result explain(const ExplainOptions& options);
+
+Registration addExplain;
+
+}  // namespace orx::orxkdb

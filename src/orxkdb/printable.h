@@ -1,0 +1,12 @@
+// Text from records, whose bytes may be anything, for a terminal.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace orx::orxkdb {
+
+// Control characters as "\x1B"; everything else, UTF-8 included, as it is.
+[[nodiscard]] std::string printable(std::string_view text);
+
+}  // namespace orx::orxkdb
