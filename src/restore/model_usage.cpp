@@ -21,10 +21,10 @@ bool isVerbose() {
 
 std::unique_ptr<CMAttribute> takeSignatures(const HandleBytes& model, ReferenceIndex& references) {
   auto signatures = std::make_unique<CMAttribute>(signaturesId, group);
-  references.take(model, [&](const DataBuffer& reference) {
-    const HandleText object = reference.objectHandle().exportText();
-    if (isVerbose()) (void)std::printf("found one: %s\n", object.c_str());
-    signatures->setValue(object.view());
+  references.take(model, [&](const CMConfigHandle& object) {
+    const HandleText text = object.exportText();
+    if (isVerbose()) (void)std::printf("found one: %s\n", text.c_str());
+    signatures->setValue(text.view());
   });
   return signatures;
 }

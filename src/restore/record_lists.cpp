@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <memory_resource>
 #include <string_view>
 #include <utility>
 
+#include "platform/huge_pages.h"
 #include "restore/restore_settings.h"
 #include "restore/trace_unit.h"
 
@@ -35,7 +37,22 @@ bool startsObject(const DataRecord& record) {
   return record.data.recn() == 0;
 }
 
+std::pmr::memory_resource& recordPool() {
+  static constexpr std::size_t pooledSize = 320;  // of a record, in the pool
+  static std::pmr::unsynchronized_pool_resource pool(
+      {.max_blocks_per_chunk = hugePageSize / (pooledSize + 1)}, &hugePageMemory());
+  return pool;
+}
+
 }  // namespace
+
+void* DataRecord::operator new(std::size_t size) {
+  return recordPool().allocate(size);
+}
+
+void DataRecord::operator delete(void* record, std::size_t size) {
+  recordPool().deallocate(record, size);
+}
 
 DataRecord::DataRecord() {
   ORX_TRACE("DataRecord::DataRecord");

@@ -1,7 +1,5 @@
 #include "restore/reference_index.h"
 
-#include <utility>
-
 #include "platform/bytes.h"
 #include "restore/trace_unit.h"
 
@@ -13,31 +11,28 @@ constexpr std::uint32_t noPosition = 0xFFFFFFFF;
 
 ReferenceIndex::ReferenceIndex(RecordList& references) {
   ORX_TRACE("ReferenceIndex::ReferenceIndex");
-  records_.reserve(references.entries());
-  next_.reserve(references.entries());
-  while (!references.isEmpty()) add(references.get());
+  references_.reserve(references.entries());
+  while (!references.isEmpty()) add(references.get()->data);
 }
 
-void ReferenceIndex::add(std::unique_ptr<DataRecord> record) {
-  const auto position = static_cast<std::uint32_t>(records_.size());
-  const std::uint64_t model = loadLE64(record->data.modelBytes().data());
-  records_.push_back(std::move(record));
-  next_.push_back(noPosition);
-  const auto [found, isFirst] = chains_.try_emplace(model, Chain{position, position});
+void ReferenceIndex::add(const DataBuffer& record) {
+  const auto position = static_cast<std::uint32_t>(references_.size());
+  references_.push_back({record.objectBytes(), noPosition});
+  const auto [found, isFirst] =
+      chains_.try_emplace(loadLE64(record.modelBytes().data()), Chain{position, position});
   if (isFirst) return;
   Chain& chain = found->second;
-  next_[chain.last] = position;
+  references_[chain.last].next = position;
   chain.last = position;
 }
 
 void ReferenceIndex::take(const HandleBytes& model,
-                          const std::function<void(const DataBuffer&)>& visit) {
+                          const std::function<void(const CMConfigHandle&)>& visit) {
   ORX_TRACE("ReferenceIndex::take");
   const auto found = chains_.find(loadLE64(model.data()));
   if (found == chains_.end()) return;
-  for (std::uint32_t at = found->second.first; at != noPosition; at = next_[at]) {
-    visit(records_[at]->data);
-    records_[at].reset();
+  for (std::uint32_t at = found->second.first; at != noPosition; at = references_[at].next) {
+    visit(CMConfigHandle(references_[at].object));
   }
   chains_.erase(found);
 }

@@ -1,11 +1,10 @@
-// ReferenceIndex: the head records of one sorted list that refer to models, found by the 8 bytes of
-// the model's handle in constant time. A list may hold the references of many models: what one
-// model takes does not depend on those of the others.
+// ReferenceIndex: which objects refer to a model, found by the 8 bytes of the model's handle in
+// constant time. One list of references may hold those of many models: what one model takes does
+// not depend on the others.
 #pragma once
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <unordered_map>
 #include <vector>
 
@@ -16,24 +15,27 @@ namespace orx {
 
 class ReferenceIndex {
  public:
-  // Takes every record out of `references`.
+  // Takes every record out of `references`, a sorted list of head records.
   explicit ReferenceIndex(RecordList& references);
 
-  // Hands every record whose `modelHandle` has these bytes to `visit`, in the order of the list,
-  // and destroys it: a second call with equal bytes finds none.
-  void take(const HandleBytes& model, const std::function<void(const DataBuffer&)>& visit);
+  // Hands the `objectHandle` of every record whose `modelHandle` has these bytes to `visit`, in the
+  // order of the list. Each is handed out once: a second call with equal bytes finds none.
+  void take(const HandleBytes& model, const std::function<void(const CMConfigHandle&)>& visit);
 
  private:
-  // The positions of a model's records: a chain from `first` to `last` through `next_`.
+  struct Reference {
+    HandleBytes object;
+    std::uint32_t next;  // position of the model's next reference
+  };
+  // Positions of a model's references.
   struct Chain {
     std::uint32_t first;
     std::uint32_t last;
   };
 
-  void add(std::unique_ptr<DataRecord> record);
+  void add(const DataBuffer& record);
 
-  std::vector<std::unique_ptr<DataRecord>> records_;
-  std::vector<std::uint32_t> next_;
+  std::vector<Reference> references_;
   std::unordered_map<std::uint64_t, Chain> chains_;
 };
 

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "model/attribute_set.h"
 #include "tests/support/kdb_records.h"
 #include "tests/support/temp_dir.h"
 
@@ -14,7 +13,6 @@ namespace orx {
 namespace {
 
 using test::Opened;
-using test::Record;
 using testing::ElementsAre;
 
 // "PARENT/OBJECT/NUMBER:SIZE" for each record, with the handles' first bytes.
@@ -70,20 +68,6 @@ TEST_F(ChainWriterTest, TheLastRecordAlwaysHasRoomForAZero) {
   }
 }
 
-TEST_F(ChainWriterTest, ARecordIsTheHeadWithItsNumberAndPiece) {
-  const std::string text = std::string(256, 'a') + "rest";
-  DataBuffer expected = recordOf(1, 1, 5);
-  expected.setAttrText("rest");
-  EXPECT_EQ(chainRecord(recordOf(1, 9, 5), text, 1), expected);
-}
-
-TEST_F(ChainWriterTest, TextOfASetEndsInZeros) {
-  const CMAttributeSet set("<17;0;1;3;>", 1);
-  const std::string text = chainText(set);
-  EXPECT_EQ(text.size(), static_cast<std::size_t>(set.getCharAttributeSize()));
-  EXPECT_STREQ(text.c_str(), "<17;0;1;3;>");
-}
-
 TEST_F(ChainWriterTest, GrowsAndShrinksOnlyItsOwnChain) {
   store({recordOf(1, 0), recordOf(2, 0), recordOf(2, 1), recordOf(2, 2), recordOf(2, 700),
          recordOf(3, 0), recordOf(3, 5)});
@@ -101,11 +85,6 @@ TEST_F(ChainWriterTest, LeavesRecordsThatShareTheHandlesOfTheSystemRecord) {
   EXPECT_EQ(rewriteChain(database_.handle, recordOf(0, 0), "new", ChainRecords::withoutAuxValue2),
             0);
   EXPECT_THAT(describeAll(database_), ElementsAre("0/0/0:3", "0/0/2:3", "0/1/0:3"));
-}
-
-TEST_F(ChainWriterTest, ReturnsTheCodeOfAFailure) {
-  ASSERT_EQ(database_.close(), "0/0");
-  EXPECT_EQ(rewriteChain(database_.handle, recordOf(1, 0), "new", ChainRecords::all), 2);
 }
 
 }  // namespace

@@ -86,13 +86,6 @@ TEST_F(RecordListsTest, GathersAHeadWithWhatFollowsUpToTheNextHead) {
   EXPECT_EQ(object_.data, recordOf(4, 0, "last"));
 }
 
-TEST_F(RecordListsTest, GatherAppendsToTheTextItFinds) {
-  lists_.append(0, recordOf(1, 0, "new"));
-  object_.attributeText = "old ";
-  ASSERT_EQ(myGetNextAndDestroy(lists_[0], object_), 1);
-  EXPECT_EQ(object_.attributeText, "old new");
-}
-
 TEST_F(RecordListsTest, VerboseTellsOfListsAndRecords) {
   restoreSettings().verbose = 1;
   const std::string full(256, 'f');

@@ -48,9 +48,15 @@ DataBuffer modelRecord(std::uint32_t id, std::string_view text = "<17;0;1;9;>") 
   return recordOf(resourceModel, model(id), text);
 }
 
-DataBuffer reference(std::uint32_t id, const CMConfigHandle& to, std::int32_t recType = resource) {
-  DataBuffer record = recordOf(recType, handle(4, id));
+DataBuffer reference(std::uint32_t id, const CMConfigHandle& to, std::int32_t recType = resource,
+                     std::uint32_t recn = 0) {
+  DataBuffer record = recordOf(recType, handle(4, id), "", recn);
   record.setModelHandle(to);
+  return record;
+}
+
+DataBuffer below(const CMConfigHandle& parent, DataBuffer record) {
+  record.setParentHandle(parent);
   return record;
 }
 
@@ -132,6 +138,13 @@ TEST_F(UseCountTest, RebuildsCountAndSignatures) {
         reference(1, model(7), 0), reference(2, model(7), 26), reference(3, model(7), 255),
         reference(4, model(7), -1)},
        {old, old, "<17;0;1;0;>"}},
+      {"only head records refer",
+       {modelRecord(7), recordOf(resource, handle(4, 1)), reference(1, model(7), resource, 1)},
+       {"<17;0;1;0;>"}},
+      {"the first of two models with one handle takes the references",
+       {modelRecord(7, "<3;0;1;no count;>"), below(model(1), modelRecord(7)),
+        reference(1, model(7))},
+       {"<3;0;1;no count;>", "<17;0;1;0;>"}},
       {"a model that refers to a model",
        {modelRecord(7), reference(5, model(7), 10)},
        {"<17;0;1;1;><84;0;1;<1;;1;;4;;0;;0;;0;;5;;>>;>"}},
@@ -151,25 +164,8 @@ TEST_F(UseCountTest, RebuildsCountAndSignatures) {
   }
 }
 
-TEST_F(UseCountTest, TheFirstOfTwoModelsWithOneHandleTakesTheReferences) {
-  DataBuffer second = modelRecord(7);
-  second.setParentHandle(model(1));
-  create({modelRecord(7, "<3;0;1;no count;>"), second, reference(1, model(7))});
-  (void)run();
-  EXPECT_THAT(modelTexts(), ElementsAre("<3;0;1;no count;>", "<17;0;1;0;>"));
-}
-
-TEST_F(UseCountTest, OnlyHeadRecordsRefer) {
-  DataBuffer continuation = reference(1, model(7));
-  continuation.setRecn(1);
-  create({modelRecord(7), recordOf(resource, handle(4, 1)), continuation});
-  (void)run();
-  EXPECT_THAT(modelTexts(), ElementsAre("<17;0;1;0;>"));
-}
-
 TEST_F(UseCountTest, KeepsAllOtherFieldsAndRecords) {
-  DataBuffer head = modelRecord(7);
-  head.setParentHandle(handle(2, 1));
+  DataBuffer head = below(handle(2, 1), modelRecord(7));
   head.setModelHandle(model(5));
   head.setAuxValue1(-3);
   head.setAuxValue2(4);

@@ -1,0 +1,16 @@
+// Memory for the pools of objects that come by the hundred thousand. Large blocks lie on huge pages
+// where the system has them: touching new memory then costs a fault for every 2 MB instead of every
+// 4 KB, which was a quarter of the time of a use-count rebuild. Small blocks are ordinary memory.
+#pragma once
+
+#include <cstddef>
+#include <memory_resource>
+
+namespace orx {
+
+inline constexpr std::size_t hugePageSize = std::size_t{2} << 20;
+
+// Never ends. Throws std::bad_alloc.
+[[nodiscard]] std::pmr::memory_resource& hugePageMemory();
+
+}  // namespace orx
