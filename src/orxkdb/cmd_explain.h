@@ -8,9 +8,9 @@
 namespace orx::orxkdb {
 
 struct ExplainOptions {
-  std::string database;
-  std::string handle;
-  std::string line;  // "FILE:N", instead of a database and a handle
+  std::string database = {};
+  std::string handle = {};
+  std::string line = {};  // "FILE:N", instead of a database and a handle
   bool json = false;
 };
 

@@ -6,12 +6,6 @@ namespace orx::orxkdb {
 
 namespace {
 
-// Bytes 4, 5 and 7: zero and 1 in a plain permanent handle in the new format, whose text brings it
-// back as it is.
-constexpr HandleNumber plainMask = 0xFFFF00FF;
-constexpr HandleNumber plainBits = 0x00000001;
-constexpr HandleNumber typeMask = 0x0000FF00;
-
 bool isDigit(char c) {
   return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F');
 }
@@ -25,9 +19,7 @@ CMConfigHandle handleOf(HandleNumber number) {
   return CMConfigHandle(bytes);
 }
 
-HandleNumber normalForm(HandleNumber number) {
-  const bool isPlain = (number & plainMask) == plainBits && (number & typeMask) != 0;
-  if (isPlain || number == nullHandle) return number;
+HandleNumber readBack(HandleNumber number) {
   CMConfigHandle handle;
   (void)handle.importHndl(handleOf(number).exportText().view());
   return numberOf(handle.bytes());

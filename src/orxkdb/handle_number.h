@@ -24,9 +24,24 @@ inline constexpr HandleNumber nullHandle = 0;
 }
 [[nodiscard]] CMConfigHandle handleOf(HandleNumber number);
 
+[[nodiscard]] inline std::uint8_t typeOf(HandleNumber number) {
+  const auto byte6 = static_cast<std::uint8_t>(number >> 8);
+  const bool isNewFormat = (number & handle_layout::newFormat) != 0;
+  return isNewFormat ? byte6 : byte6 & handle_layout::oldTypeMask;
+}
+
+// A permanent handle in the new format that is not inherited and has no flags, as nearly all are.
+[[nodiscard]] inline bool isPlain(HandleNumber number) {
+  constexpr HandleNumber flagsAndBytes4And5 = 0xFFFF00FF;
+  return (number & flagsAndBytes4And5) == handle_layout::newFormat && typeOf(number) != 0;
+}
+
 // The handle that the exported form of this one brings back: new format for a positive type, not
 // temporary.
-[[nodiscard]] HandleNumber normalForm(HandleNumber number);
+[[nodiscard]] HandleNumber readBack(HandleNumber number);
+[[nodiscard]] inline HandleNumber normalForm(HandleNumber number) {
+  return isPlain(number) || number == nullHandle ? number : readBack(number);
+}
 
 // What bytes 0-3 hold, the identifier of a handle that is not inherited.
 [[nodiscard]] inline std::uint32_t identifierOf(HandleNumber number) {

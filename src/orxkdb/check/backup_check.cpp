@@ -27,7 +27,7 @@ static_assert(sizeof(Entry) == 32);
 class BackupCheck {
  public:
   BackupCheck(Findings& findings, Inventory& inventory)
-      : findings_(findings), checker_(findings, inventory) {}
+      : findings_(findings), inventory_(inventory), checker_(findings, inventory) {}
 
   Result run(const std::string& name, CheckCounts& counts) {
     if (Result result = file_.open(name); !result.ok()) return result;
@@ -39,6 +39,7 @@ class BackupCheck {
         return std::tuple_cat(entry.key(), std::tuple(entry.offset));
       });
     }
+    inventory_.expect(entries_.size());
     if (file_.result().ok()) readRecords();
     return file_.result();
   }
@@ -105,6 +106,7 @@ class BackupCheck {
   }
 
   Findings& findings_;
+  Inventory& inventory_;
   ObjectChecker checker_;
   BackupFile file_;
   CMDatabaseBackupRecord record_;

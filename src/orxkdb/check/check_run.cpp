@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstring>
+#include <filesystem>
 
 #include "orxkdb/check/backup_check.h"
 #include "orxkdb/check/object_checker.h"
@@ -34,10 +35,18 @@ void checkCarried(const DataBuffer& record, Findings& findings) {
   }
 }
 
+// That a database of this size can hold.
+std::uint64_t mostRecords(const std::string& name) {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(name, error);
+  return error ? 0 : size / data_layout::recordSize;
+}
+
 Result checkDatabase(const std::string& name, Findings& findings, Inventory& inventory,
                      CheckCounts& counts) {
   DatabaseReader reader;
   if (Result result = reader.open(name); !result.ok()) return result;
+  inventory.expect(mostRecords(name));
   ObjectChecker checker(findings, inventory);
   DataBuffer record;
   while (reader.next(record)) {

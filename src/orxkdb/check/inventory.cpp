@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
-#include <tuple>
+#include <numeric>
 
 #include "orxkdb/known_attributes.h"
 #include "restore/merge_types.h"
@@ -12,6 +12,10 @@ namespace orx::orxkdb {
 using enum FindingKind;
 
 namespace {
+
+// Values of the tables of targets.
+constexpr std::uint32_t absent = 0;
+constexpr std::uint32_t present = 1;
 
 // An inherited handle names what need not have a record of its own.
 bool isInherited(HandleNumber handle) {
@@ -34,13 +38,12 @@ std::optional<HandleNumber> firstOnlyIn(std::span<const HandleNumber> handles,
 
 std::uint32_t Inventory::addObject(const Place::Object& object, std::uint64_t line) {
   const auto number = static_cast<std::uint32_t>(objects_.size());
-  if (object.parent != nullHandle) {
-    if (parents_.empty() || parents_.back().parent != object.parent) {
-      parents_.push_back({object.parent, number, 0});
-    }
-    ++parents_.back().children;
+  if (siblings_.empty() || siblings_.back().parent != object.parent) {
+    siblings_.push_back({object.parent, number, 0});
+    targets_.insert(object.parent, absent);
   }
-  objects_.push_back(object);
+  ++siblings_.back().count;
+  objects_.push_back(object.object);
   if (line != 0) lines_.push_back(line);
   noteIdentifier(object.object);
   return number;
@@ -48,15 +51,21 @@ std::uint32_t Inventory::addObject(const Place::Object& object, std::uint64_t li
 
 // Of handles that were given out by a counter: not inherited, not temporary.
 void Inventory::noteIdentifier(HandleNumber handle) {
-  const HandleNumber normal = normalForm(handle);
-  if (normal != handle) normalForms_.push_back(normal);
-  const CMConfigHandle value = handleOf(handle);
-  if (value.isModelInherited() || value.isTemporary() || value.isNull()) return;
-  auto& highest = highestIdentifier_[static_cast<std::size_t>(std::int32_t{value.getType()})];
+  if (!isPlain(handle)) {
+    const CMConfigHandle value = handleOf(handle);
+    if (value.isModelInherited() || value.isTemporary() || value.isNull()) return;
+  }
+  auto& highest = highestIdentifier_[typeOf(handle)];
   highest = std::max(highest.value_or(0), identifierOf(handle));
 }
 
+void Inventory::expect(std::uint64_t records) {
+  objects_.reserve(records);
+  references_.reserve(records);
+}
+
 void Inventory::addModel(Model model, const std::vector<HandleNumber>& signatures) {
+  modelNumbers_.insert(model.handle, static_cast<std::uint32_t>(models_.size()));
   model.firstSignature = signatures_.size();
   model.signatureCount = static_cast<std::uint32_t>(signatures.size());
   signatures_.insert(signatures_.end(), signatures.begin(), signatures.end());
@@ -64,36 +73,51 @@ void Inventory::addModel(Model model, const std::vector<HandleNumber>& signature
 }
 
 Place Inventory::placeOf(std::uint32_t source) const {
-  return {lines_.empty() ? 0 : lines_[source], objects_[source], {}};
+  const auto after = std::ranges::upper_bound(siblings_, source, {}, &Siblings::first);
+  return {lines_.empty() ? 0 : lines_[source],
+          Place::Object{std::prev(after)->parent, objects_[source]},
+          {}};
 }
 
 void Inventory::check(Findings& findings) {
-  sort();
+  findModels();
+  markPresent();
   checkParents(findings);
   checkReferences(findings);
   checkModels(findings);
   checkSystemRecord(findings);
 }
 
-void Inventory::sort() {
-  handles_.reserve(objects_.size());
-  for (const Place::Object& object : objects_) handles_.push_back(object.object);
-  std::ranges::sort(handles_);
-  std::ranges::sort(normalForms_);
-  std::ranges::sort(references_, {}, [](const Reference& reference) {
-    return std::tuple(reference.target, reference.source);
-  });
-  std::ranges::sort(models_, {},
-                    [](const Model& model) { return std::tuple(model.handle, model.source); });
+// Most references lead to models; the targets of the others are looked for among all objects.
+void Inventory::findModels() {
+  referenceModels_.reserve(references_.size());
+  for (const Reference& reference : references_) {
+    const bool isModel = reference.from < ReferenceFrom::attributes;
+    const std::uint32_t* const model = isModel ? modelNumbers_.valueOf(reference.target) : nullptr;
+    referenceModels_.push_back(model == nullptr ? HandleTable::none : *model);
+    if (model != nullptr) continue;
+    if (isModel) {
+      targets_.insert(reference.target, absent);
+    } else {
+      normalTargets_.insert(normalForm(reference.target), absent);
+    }
+  }
 }
 
-void Inventory::checkParents(Findings& findings) const {
-  for (const ParentReference& reference : parents_) {
-    if (std::ranges::binary_search(handles_, reference.parent)) continue;
-    if (isInherited(reference.parent)) continue;
-    findings.add(missingObject, placeOf(reference.firstChild), [&] {
+void Inventory::markPresent() {
+  for (const HandleNumber object : objects_) {
+    if (std::uint32_t* const target = targets_.valueOf(object)) *target = present;
+    if (std::uint32_t* const target = normalTargets_.valueOf(normalForm(object))) *target = present;
+  }
+}
+
+void Inventory::checkParents(Findings& findings) {
+  for (const Siblings& siblings : siblings_) {
+    if (*targets_.valueOf(siblings.parent) == present) continue;
+    if (siblings.parent == nullHandle || isInherited(siblings.parent)) continue;
+    findings.add(missingObject, placeOf(siblings.first), [&] {
       std::string text = "its parent is not there";
-      const std::uint32_t more = reference.children - 1;
+      const std::uint32_t more = siblings.count - 1;
       if (more > 0) text += "; it is that of " + counted(more, "more object", "more objects");
       return text;
     });
@@ -101,67 +125,77 @@ void Inventory::checkParents(Findings& findings) const {
 }
 
 // A modelHandle is compared byte by byte; a value may be in the form that text brings back.
-bool Inventory::isThere(const Reference& reference) const {
-  if (std::ranges::binary_search(handles_, reference.target)) return true;
-  if (isInherited(reference.target)) return true;
-  return reference.from >= ReferenceFrom::attributes &&
-         std::ranges::binary_search(normalForms_, normalForm(reference.target));
+bool Inventory::isThere(std::size_t number) {
+  if (referenceModels_[number] != HandleTable::none) return true;
+  const Reference& reference = references_[number];
+  const bool isModel = reference.from < ReferenceFrom::attributes;
+  return *(isModel ? targets_.valueOf(reference.target)
+                   : normalTargets_.valueOf(normalForm(reference.target))) == present;
 }
 
-void Inventory::checkReferences(Findings& findings) const {
-  HandleNumber present = nullHandle;  // the target before, which many objects may share
-  for (const Reference& reference : references_) {
-    if (reference.target == present) continue;
-    if (isThere(reference)) {
-      present = reference.from < ReferenceFrom::attributes ? reference.target : present;
-      continue;
-    }
+void Inventory::checkReferences(Findings& findings) {
+  for (std::size_t number = 0; number < references_.size(); ++number) {
+    const Reference& reference = references_[number];
+    if (isThere(number) || isInherited(reference.target)) continue;
     findings.add(missingObject, placeOf(reference.source), [&] {
-      const std::string from = reference.from < ReferenceFrom::attributes
-                                   ? "its model"
-                                   : attributeLabel(static_cast<int>(reference.from)) + " names";
-      return from + " " + exportedForm(reference.target) +
-             (reference.from < ReferenceFrom::attributes ? " is not there"
-                                                         : ", which is not there");
+      const std::string target = exportedForm(reference.target);
+      if (reference.from < ReferenceFrom::attributes) {
+        return "its model " + target + " is not there";
+      }
+      return attributeLabel(static_cast<int>(reference.from)) + " names " + target +
+             ", which is not there";
     });
   }
 }
 
-// Models and references are sorted alike. Of two models with one handle the first gets all.
 void Inventory::checkModels(Findings& findings) {
-  std::vector<HandleNumber> referrers;
-  auto reference = references_.begin();
-  for (const Model& model : models_) {
-    referrers.clear();
-    while (reference != references_.end() && reference->target < model.handle) ++reference;
-    for (; reference != references_.end() && reference->target == model.handle; ++reference) {
-      if (reference->from != ReferenceFrom::countedModel) continue;
-      referrers.push_back(normalForm(objects_[reference->source].object));
-    }
-    if (model.hasUseCount) checkModel(model, referrers, findings);
+  collectReferrers();
+  for (std::size_t m = 0; m < models_.size(); ++m) {
+    if (!models_[m].hasUseCount) continue;
+    const std::span<HandleNumber> referrers(referrers_.data() + firstReferrer_[m],
+                                            firstReferrer_[m + 1] - firstReferrer_[m]);
+    checkUseCount(models_[m], referrers.size(), findings);
+    checkSignatures(models_[m], referrers, findings);
   }
 }
 
-void Inventory::checkModel(const Model& model, std::vector<HandleNumber>& referrers,
-                           Findings& findings) {
-  const Place place = placeOf(model.source);
-  const std::string refer = counted(referrers.size(), "object refers", "objects refer");
-  if (!model.useCount) {
-    findings.add(useCount, place, [&] { return "it is not one number, " + refer + " to it"; });
-  } else if (static_cast<std::uint32_t>(*model.useCount) != referrers.size()) {
-    findings.add(useCount, place, [&] {
-      return "it is " + std::to_string(*model.useCount) + ", " + refer + " to it";
-    });
+// A counting sort: referrers fall into place model by model, in key order.
+void Inventory::collectReferrers() {
+  firstReferrer_.assign(models_.size() + 1, 0);
+  const auto counts = [this](std::size_t number) {
+    return referenceModels_[number] != HandleTable::none &&
+           references_[number].from == ReferenceFrom::countedModel;
+  };
+  for (std::size_t number = 0; number < references_.size(); ++number) {
+    if (counts(number)) ++firstReferrer_[referenceModels_[number] + 1];
   }
-  std::ranges::sort(referrers);
-  checkSignatures(model, referrers, findings);
+  std::partial_sum(firstReferrer_.begin(), firstReferrer_.end(), firstReferrer_.begin());
+  referrers_.resize(firstReferrer_.back());
+  std::vector<std::size_t> next(firstReferrer_.begin(), firstReferrer_.end() - 1);
+  for (std::size_t number = 0; number < references_.size(); ++number) {
+    if (!counts(number)) continue;
+    const HandleNumber referrer = objects_[references_[number].source];
+    referrers_[next[referenceModels_[number]]++] = normalForm(referrer);
+  }
 }
 
-void Inventory::checkSignatures(const Model& model, const std::vector<HandleNumber>& referrers,
+void Inventory::checkUseCount(const Model& model, std::size_t referrers, Findings& findings) const {
+  if (model.useCount && static_cast<std::uint32_t>(*model.useCount) == referrers) return;
+  findings.add(useCount, placeOf(model.source), [&] {
+    const std::string is =
+        model.useCount ? "it is " + std::to_string(*model.useCount) : "it is not one number";
+    return is + ", " + counted(referrers, "object refers", "objects refer") + " to it";
+  });
+}
+
+// In any order.
+void Inventory::checkSignatures(const Model& model, std::span<HandleNumber> referrers,
                                 Findings& findings) {
   const std::span<HandleNumber> listed(signatures_.data() + model.firstSignature,
                                        model.signatureCount);
+  if (std::ranges::equal(listed, referrers)) return;
   std::ranges::sort(listed);
+  std::ranges::sort(referrers);
   if (std::ranges::equal(listed, referrers)) return;
   findings.add(signatures, placeOf(model.source), [&] {
     std::string text = counted(listed.size(), "is listed", "are listed") + ", " +

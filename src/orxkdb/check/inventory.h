@@ -1,7 +1,7 @@
 // Inventory: what a check keeps of the objects until all have been read, and what it compares then.
 //
-// It is filled in database order. An object costs 16 bytes, each of its references 16 more, a
-// signature of a model 8.
+// It is filled in database order. An object costs 8 bytes, a reference 28, a signature of a model
+// 8, and each parent or model 32 to 64 more. Everything is linear in these.
 #pragma once
 
 #include <array>
@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "orxkdb/check/findings.h"
+#include "orxkdb/check/handle_table.h"
 #include "orxkdb/handle_number.h"
 
 namespace orx::orxkdb {
@@ -30,11 +31,11 @@ struct Reference {
 };
 static_assert(sizeof(Reference) == 16);
 
-// All objects with one parent stand together.
-struct ParentReference {
+// Objects with one parent, which stand together.
+struct Siblings {
   HandleNumber parent;
-  std::uint32_t firstChild;
-  std::uint32_t children;
+  std::uint32_t first;
+  std::uint32_t count;
 };
 
 struct Model {
@@ -53,6 +54,9 @@ struct Counter {
 
 class Inventory {
  public:
+  // Makes room for the objects and references of so many records; more may come.
+  void expect(std::uint64_t records);
+
   // Returns the number of the object; `line` is that of its first record in a backup, else 0.
   std::uint32_t addObject(const Place::Object& object, std::uint64_t line);
   void addReference(const Reference& reference) { references_.push_back(reference); }
@@ -64,7 +68,7 @@ class Inventory {
     if (!counters_) counters_ = std::move(counters);
   }
 
-  // Sorts and compares everything; nothing may be added afterwards.
+  // Compares everything; nothing may be added afterwards.
   void check(Findings& findings);
 
   [[nodiscard]] Place placeOf(std::uint32_t source) const;
@@ -74,27 +78,35 @@ class Inventory {
 
  private:
   void noteIdentifier(HandleNumber handle);
-  void sort();
-  [[nodiscard]] bool isThere(const Reference& reference) const;
-  void checkParents(Findings& findings) const;
-  void checkReferences(Findings& findings) const;
+  void markPresent();
+  void findModels();
+  [[nodiscard]] bool isThere(std::size_t number);
+  void checkParents(Findings& findings);
+  void checkReferences(Findings& findings);
   void checkModels(Findings& findings);
-  void checkModel(const Model& model, std::vector<HandleNumber>& referrers, Findings& findings);
-  void checkSignatures(const Model& model, const std::vector<HandleNumber>& referrers,
-                       Findings& findings);
+  void collectReferrers();
+  void checkUseCount(const Model& model, std::size_t referrers, Findings& findings) const;
+  void checkSignatures(const Model& model, std::span<HandleNumber> referrers, Findings& findings);
   void checkSystemRecord(Findings& findings) const;
   void checkCounter(std::size_t index, Findings& findings) const;
 
   static constexpr std::size_t typeCount = 256;
 
-  std::vector<Place::Object> objects_;
-  std::vector<std::uint64_t> lines_;       // of the objects, empty for a database
-  std::vector<HandleNumber> handles_;      // of the objects, sorted by sort()
-  std::vector<HandleNumber> normalForms_;  // where they differ from the handles
-  std::vector<ParentReference> parents_;
+  std::vector<HandleNumber> objects_;
+  std::vector<std::uint64_t> lines_;  // of the objects, empty for a database
+  std::vector<Siblings> siblings_;
   std::vector<Reference> references_;
+  std::vector<std::uint32_t> referenceModels_;  // by reference: the number of a model, or none
   std::vector<Model> models_;
   std::vector<HandleNumber> signatures_;
+  // Referrers of model m: referrers_[firstReferrer_[m]] up to that of the next model.
+  std::vector<std::size_t> firstReferrer_;
+  std::vector<HandleNumber> referrers_;
+  HandleTable modelNumbers_;  // of two models with one handle the first, which gets all
+  // Handles that are referred to, with 1 when they are there: as they are, and in normal form for
+  // the values of attributes.
+  HandleTable targets_;
+  HandleTable normalTargets_;
   std::array<std::optional<std::uint32_t>, typeCount> highestIdentifier_;  // by handle type
   std::optional<std::uint32_t> systemRecord_;
   std::optional<std::vector<Counter>> counters_;

@@ -213,12 +213,13 @@ void ObjectChecker::readHandles(const ScannedAttribute& attribute) {
   handles_.clear();
   std::string_view values = attribute.values;
   while (!values.empty()) {
-    const std::string value = takeValue(values);
-    const auto handle = readHandleText(value);
+    takeValue(values, value_);
+    const auto handle = readHandleText(value_);
     handles_.push_back(handle ? normalForm(*handle) : nullHandle);
     if (handle) continue;
-    findings_.add(handleValue, place(),
-                  [&] { return attributeLabel(attribute.key) + " has the value " + quote(value); });
+    findings_.add(handleValue, place(), [&] {
+      return attributeLabel(attribute.key) + " has the value " + quote(value_);
+    });
   }
 }
 

@@ -58,6 +58,7 @@ class ObjectChecker {
   std::string text_;            // of the records so far
   std::vector<std::int32_t> keys_;
   std::vector<HandleNumber> handles_;
+  std::string value_;
 };
 
 }  // namespace orx::orxkdb

@@ -22,22 +22,23 @@ std::size_t findElementEnd(std::string_view text) {
   return end;
 }
 
-std::int32_t readNumber(std::string_view field) {
-  const bool isPlain = field.size() <= mostPlainDigits &&
-                       std::ranges::all_of(field, [](char c) { return c >= '0' && c <= '9'; });
-  if (!isPlain) {
-    return static_cast<std::int32_t>(std::strtol(std::string(field).c_str(), nullptr, 10));
-  }
-  std::int32_t number = 0;
-  for (const char c : field) number = number * 10 + (c - '0');
-  return number;
+// As the attribute classes read a field: what does not begin with digits may have a sign or blanks.
+std::int32_t readOddField(std::string_view field) {
+  return static_cast<std::int32_t>(std::strtol(std::string(field).c_str(), nullptr, 10));
 }
 
 std::optional<std::int32_t> takeField(std::string_view& text) {
-  const std::size_t end = text.substr(0, headerFieldLimit).find(';');
-  if (end == std::string_view::npos) return std::nullopt;
-  const std::int32_t number = readNumber(text.substr(0, end));
-  text.remove_prefix(end + 1);
+  std::int32_t number = 0;
+  std::size_t at = 0;
+  const std::size_t most = std::min(text.size(), mostPlainDigits);
+  for (; at < most && text[at] >= '0' && text[at] <= '9'; ++at)
+    number = number * 10 + (text[at] - '0');
+  if (at == text.size() || text[at] != ';') {
+    at = text.substr(0, headerFieldLimit).find(';');
+    if (at == std::string_view::npos) return std::nullopt;
+    number = readOddField(text.substr(0, at));
+  }
+  text.remove_prefix(at + 1);
   return number;
 }
 
@@ -102,9 +103,9 @@ bool TextScanner::next(ScannedAttribute& attribute) {
   return true;
 }
 
-std::string takeValue(std::string_view& values) {
+void takeValue(std::string_view& values, std::string& value) {
   const std::size_t length = std::min(valueLength(values), values.size());
-  std::string value;
+  value.clear();
   for (std::size_t at = 0; at < length; ++at) {
     value += values[at];
     const bool doubled =
@@ -114,7 +115,6 @@ std::string takeValue(std::string_view& values) {
   values.remove_prefix(std::min(length + 1, values.size()));
   value.resize(withoutTrailingBlanks(value).size());
   std::ranges::replace(value, '\t', ' ');
-  return value;
 }
 
 }  // namespace orx::orxkdb

@@ -38,6 +38,6 @@ class TextScanner {
 };
 
 // Takes the first value off `values`, doubled marks made single and trailing blanks cut.
-[[nodiscard]] std::string takeValue(std::string_view& values);
+void takeValue(std::string_view& values, std::string& value);
 
 }  // namespace orx::orxkdb

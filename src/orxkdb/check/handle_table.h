@@ -1,0 +1,66 @@
+// HandleTable: a small number for each of many handles, 16 bytes an entry at half load.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include "orxkdb/handle_number.h"
+
+namespace orx::orxkdb {
+
+class HandleTable {
+ public:
+  static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
+
+  // Keeps the value of a handle that is there. `value` is not `none`.
+  void insert(HandleNumber handle, std::uint32_t value) {
+    if (2 * (count_ + 1) > slots_.size()) grow();
+    Slot& slot = slots_[find(handle)];
+    if (slot.value != none) return;
+    slot = {handle, value};
+    ++count_;
+  }
+
+  // Null for a handle that is not there; good until the next insert.
+  [[nodiscard]] std::uint32_t* valueOf(HandleNumber handle) {
+    if (slots_.empty()) return nullptr;
+    Slot& slot = slots_[find(handle)];
+    return slot.value == none ? nullptr : &slot.value;
+  }
+
+ private:
+  struct Slot {
+    HandleNumber handle = nullHandle;
+    std::uint32_t value = none;
+  };
+
+  // The identifier, which tells handles apart, stands in the upper half.
+  [[nodiscard]] static HandleNumber mix(HandleNumber handle) {
+    const HandleNumber mixed = (handle ^ handle >> 32) * 0x9E3779B97F4A7C15u;
+    return mixed >> 32 ^ mixed;
+  }
+
+  // The slot of the handle, or the free one where it would go.
+  [[nodiscard]] std::size_t find(HandleNumber handle) const {
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t at = static_cast<std::size_t>(mix(handle)) & mask;
+    while (slots_[at].value != none && slots_[at].handle != handle) at = (at + 1) & mask;
+    return at;
+  }
+
+  void grow() {
+    std::vector<Slot> old(slots_.empty() ? 1024 : 2 * slots_.size());
+    std::swap(old, slots_);
+    for (const Slot& slot : old) {
+      if (slot.value != none) slots_[find(slot.handle)] = slot;
+    }
+  }
+
+  std::vector<Slot> slots_;  // a power of two of them
+  std::size_t count_ = 0;
+};
+
+}  // namespace orx::orxkdb
