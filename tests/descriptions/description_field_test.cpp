@@ -85,7 +85,8 @@ TEST(DescriptionField, IsReadBackOrLeavesTheAttributeAlone) {
     EXPECT_EQ(attribute.attrCount(), 1) << row.text;
     EXPECT_EQ(valueOf(attribute), row.value) << row.text;
   }
-  const std::string longNumber = std::string(64, '0') + "6;x";
+  std::string longNumber(64, '0');
+  longNumber += "6;x";
   for (const char* bad : {"", "abc", "46", "x6;abc", "6x;abc", "-6;abc", " 6;abc", "2147483648;x",
                           longNumber.c_str(), static_cast<const char*>(nullptr)}) {
     CMAttribute attribute = make(1, "kept");
