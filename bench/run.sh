@@ -2,7 +2,8 @@
 # Measures the replace restore beside what an operator would use instead and beside what the disk can
 # do, all in one run on one machine, and prints medians and ratios. Installs the peers.
 #
-#   bench/run.sh [--runs N] [--sizes "10000 100000 1000000 4000000"] [--peers-up-to RECORDS]
+#   bench/run.sh [--runs N] [--sizes "10000 100000 1000000 4000000"] [--orders "key random"]
+#                [--peers-up-to RECORDS]
 #
 # Every cell is the median of N runs (5) taken in turn, so that a slow minute of the machine meets
 # all of them. A restore works on a database that already holds as many records as it will get.
@@ -10,11 +11,12 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
 
-runs=5 sizes="10000 100000 1000000 4000000" peers_up_to=1000000
+runs=5 sizes="10000 100000 1000000 4000000" peers_up_to=1000000 orders="key random"
 while [ $# -gt 0 ]; do
   case $1 in
     --runs) runs=$2 ;;
     --sizes) sizes=$2 ;;
+    --orders) orders=$2 ;;
     --peers-up-to) peers_up_to=$2 ;;
     *) echo "unknown option $1" >&2 && exit 1 ;;
   esac
@@ -58,7 +60,7 @@ make_input() {
 
 echo "records order   restore  private   dd+sync  ratio | db5.3_load mdb_load sqlite3 (times as slow)"
 for size in $sizes; do
-  for order in key random; do
+  for order in $orders; do
     rm -f -- *.times db db.* dd.out
     make_input "$size" "$order"
     orxkdb create db >/dev/null

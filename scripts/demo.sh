@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Builds the programs and shows the main job on a made-up fleet: a database is created, a backup of
-# many thousand records restored into it, its prototypes alone, a restore that fails, the way back,
-# and the database dumped and backed up again to the same bytes. Installs what it needs.
+# Builds the programs and shows what they do on a made-up fleet: a database is created, a backup of
+# many thousand records restored into it, dumped and backed up again to the same bytes; its
+# prototypes alone; a restore that fails, and the way back; wrong use counts found and rebuilt; the
+# backup of another site merged in. Installs what it needs.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
@@ -53,3 +54,22 @@ step "What was added before the failure is there; undo brings back the prototype
 run orxkdb stat copy
 run orxkdb undo copy
 run orxkdb stat copy
+
+step "Wrong use counts: a backup whose models all say 7 where they said one digit"
+sed 's/<17;0;1;[0-9];>/<17;0;1;7;>/' fleet.txt >wrong.txt
+run orxrestore -i wrong.txt -o rorxdata
+run orxkdb check --limit 2 rorxdata
+run orxkdb explain rorxdata 12:1 | grep -A 1 -E '^\$|use count|signatures'
+
+step "The rebuild counts them anew"
+run orxrestore -u rorxdata
+run orxkdb explain rorxdata 12:1 | grep -A 1 -E '^\$|use count|signatures'
+run orxkdb check rorxdata
+
+step "Another site: its objects are merged in under new identifiers"
+run orxkdb sample --objects 20000 --seed 8 other.txt
+run orxkdb explain rorxdata 0000000000000000 | grep -A 9 'identifier counters'
+run orxrestore -i other.txt -m rorxdata
+run orxkdb explain rorxdata 0000000000000000 | grep -A 9 'identifier counters'
+run orxrestore -u rorxdata
+run orxkdb check rorxdata

@@ -8,10 +8,27 @@ namespace orx {
 
 namespace {
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
+
+bool stillLeadsTo(const std::string& path, int fd) {
+  struct stat named {};
+  struct stat opened {};
+  return ::lstat(path.c_str(), &named) == 0 && ::fstat(fd, &opened) == 0 && sameFile(named, opened);
 }
 
+// Removes what a process that died left behind; EBUSY when its writer is alive.
+int removeStale(const std::string& path) {
+  const UniqueFd stale = openFile(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+  const bool alive =
+      stale.valid() && (lockFile(stale.get()) != 0 || !stillLeadsTo(path, stale.get()));
+  if (alive) return EBUSY;
+  const int error = removeFile(path);
+  return error == ENOENT ? 0 : error;
+}
+
+}  // namespace
+
 AtomicFile::~AtomicFile() {
-  if (!temporary_.empty()) (void)removeFile(temporary_);
+  if (!temporary_.empty() && stillLeadsTo(temporary_, fd_.get())) (void)removeFile(temporary_);
 }
 
 int AtomicFile::open(const std::string& target) {
@@ -20,10 +37,10 @@ int AtomicFile::open(const std::string& target) {
   const bool replaces = ::stat(target_.c_str(), &existing) == 0;
   if (replaces && !S_ISREG(existing.st_mode)) return S_ISDIR(existing.st_mode) ? EISDIR : EEXIST;
   const std::string temporary = target_ + ".orx-new";
-  const int removed = removeFile(temporary);
-  if (removed != 0 && removed != ENOENT) return removed;
+  if (const int error = removeStale(temporary); error != 0) return error;
   fd_ = openFile(temporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0640);
-  if (!fd_.valid()) return errno;
+  if (!fd_.valid()) return errno == EEXIST ? EBUSY : errno;
+  if (lockFile(fd_.get()) != 0 || !stillLeadsTo(temporary, fd_.get())) return EBUSY;
   temporary_ = temporary;
   if (replaces) return setModeAndOwner(fd_.get(), existing);
   return 0;
@@ -43,6 +60,7 @@ int AtomicFile::flush() {
 int AtomicFile::publish() {
   if (flush() != 0) return error_;
   if (const int error = syncFile(fd_.get()); error != 0) return error;
+  if (!stillLeadsTo(temporary_, fd_.get())) return EBUSY;
   if (const int error = renameFile(temporary_, target_, false); error != 0) return error;
   temporary_.clear();
   return syncDirectory(directoryOf(target_));

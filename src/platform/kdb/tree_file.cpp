@@ -29,6 +29,14 @@ bool isMeta(const std::uint8_t* page) {
          loadLE32(page + fmt::metaVersion) == fmt::version;
 }
 
+// Transactions write the two metas in turn, page 0 the even ones.
+bool followEachOther(const std::uint8_t* first, const std::uint8_t* second) {
+  const std::uint64_t even = loadLE64(first + fmt::metaTransaction);
+  const std::uint64_t odd = loadLE64(second + fmt::metaTransaction);
+  if (even == 0 && odd == 0) return true;  // nothing was ever written
+  return even % 2 == 0 && (even + 1 == odd || odd + 1 == even);
+}
+
 bool isPageSize(std::uint64_t size) {
   return size >= 512 && size <= 65536 && std::has_single_bit(size);
 }
@@ -123,7 +131,7 @@ Outcome TreeFile::loadMeta() {
   pageSize_ = loadLE32(first.data() + fmt::metaFreeTable + fmt::tablePageSize);
   if (!isPageSize(pageSize_)) return notADatabase;
   if (const Outcome outcome = read(1, second); !outcome.ok()) return outcome;
-  if (!isMeta(second.data())) return notADatabase;
+  if (!isMeta(second.data()) || !followEachOther(first.data(), second.data())) return notADatabase;
   const bool secondIsNewer = loadLE64(second.data() + fmt::metaTransaction) >
                              loadLE64(first.data() + fmt::metaTransaction);
   return takeMeta(secondIsNewer ? second.data() : first.data());
