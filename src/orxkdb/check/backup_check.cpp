@@ -7,6 +7,7 @@
 #include "orxkdb/check/backup_file.h"
 #include "orxkdb/check/line_check.h"
 #include "orxkdb/check/object_checker.h"
+#include "platform/huge_pages.h"
 
 namespace orx::orxkdb {
 
@@ -111,7 +112,7 @@ class BackupCheck {
   BackupFile file_;
   CMDatabaseBackupRecord record_;
   DataBuffer buffer_;
-  std::vector<Entry> entries_;
+  std::pmr::vector<Entry> entries_{&hugePageMemory()};
 };
 
 }  // namespace

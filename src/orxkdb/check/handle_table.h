@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "orxkdb/handle_number.h"
+#include "platform/huge_pages.h"
 
 namespace orx::orxkdb {
 
@@ -37,10 +38,11 @@ class HandleTable {
     std::uint32_t value = none;
   };
 
-  // The identifier, which tells handles apart, stands in the upper half.
+  // Spreads handles that differ in a few bits of any byte.
   [[nodiscard]] static HandleNumber mix(HandleNumber handle) {
-    const HandleNumber mixed = (handle ^ handle >> 32) * 0x9E3779B97F4A7C15u;
-    return mixed >> 32 ^ mixed;
+    handle = (handle ^ handle >> 33) * 0xFF51AFD7ED558CCDu;
+    handle = (handle ^ handle >> 33) * 0xC4CEB9FE1A85EC53u;
+    return handle ^ handle >> 33;
   }
 
   // The slot of the handle, or the free one where it would go.
@@ -52,14 +54,16 @@ class HandleTable {
   }
 
   void grow() {
-    std::vector<Slot> old(slots_.empty() ? 1024 : 2 * slots_.size());
+    std::pmr::vector<Slot> old(slots_.empty() ? firstSize : 2 * slots_.size(), &hugePageMemory());
     std::swap(old, slots_);
     for (const Slot& slot : old) {
       if (slot.value != none) slots_[find(slot.handle)] = slot;
     }
   }
 
-  std::vector<Slot> slots_;  // a power of two of them
+  static constexpr std::size_t firstSize = 1024;
+
+  std::pmr::vector<Slot> slots_{&hugePageMemory()};  // a power of two of them
   std::size_t count_ = 0;
 };
 

@@ -14,6 +14,7 @@
 #include "orxkdb/check/findings.h"
 #include "orxkdb/check/handle_table.h"
 #include "orxkdb/handle_number.h"
+#include "platform/huge_pages.h"
 
 namespace orx::orxkdb {
 
@@ -92,16 +93,20 @@ class Inventory {
 
   static constexpr std::size_t typeCount = 256;
 
-  std::vector<HandleNumber> objects_;
-  std::vector<std::uint64_t> lines_;  // of the objects, empty for a database
-  std::vector<Siblings> siblings_;
-  std::vector<Reference> references_;
-  std::vector<std::uint32_t> referenceModels_;  // by reference: the number of a model, or none
-  std::vector<Model> models_;
-  std::vector<HandleNumber> signatures_;
+  template <typename Value>
+  using LargeVector = std::pmr::vector<Value>;
+
+  LargeVector<HandleNumber> objects_{&hugePageMemory()};
+  LargeVector<std::uint64_t> lines_{&hugePageMemory()};  // of the objects, empty for a database
+  LargeVector<Siblings> siblings_{&hugePageMemory()};
+  LargeVector<Reference> references_{&hugePageMemory()};
+  LargeVector<std::uint32_t> referenceModels_{
+      &hugePageMemory()};  // by reference: the number of a model, or none
+  LargeVector<Model> models_{&hugePageMemory()};
+  LargeVector<HandleNumber> signatures_{&hugePageMemory()};
   // Referrers of model m: referrers_[firstReferrer_[m]] up to that of the next model.
   std::vector<std::size_t> firstReferrer_;
-  std::vector<HandleNumber> referrers_;
+  LargeVector<HandleNumber> referrers_{&hugePageMemory()};
   HandleTable modelNumbers_;  // of two models with one handle the first, which gets all
   // Handles that are referred to, with 1 when they are there: as they are, and in normal form for
   // the values of attributes.

@@ -1,10 +1,13 @@
 #include "orxkdb/check/text_scanner.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cstdlib>
 #include <optional>
 
 #include "model/attribute_key.h"
+#include "platform/bytes.h"
 
 namespace orx::orxkdb {
 
@@ -42,11 +45,30 @@ std::optional<std::int32_t> takeField(std::string_view& text) {
   return number;
 }
 
+// A word has a zero byte exactly when this is not 0; its lowest bit then is that of the first one.
+constexpr std::uint64_t zeroBytes(std::uint64_t word) {
+  return (word - 0x0101010101010101u) & ~word & 0x8080808080808080u;
+}
+
+// The first ";" or ">" at or behind `at`, text.size() without one. Looks at 8 bytes at a time.
+std::size_t findMark(std::string_view text, std::size_t at) {
+  constexpr std::uint64_t semicolons = 0x3B3B3B3B3B3B3B3Bu;
+  constexpr std::uint64_t brackets = 0x3E3E3E3E3E3E3E3Eu;
+  const auto* const bytes = static_cast<const std::uint8_t*>(static_cast<const void*>(text.data()));
+  for (; at + 8 <= text.size(); at += 8) {
+    const std::uint64_t word = loadLE64(bytes + at);
+    const std::uint64_t marks = zeroBytes(word ^ semicolons) | zeroBytes(word ^ brackets);
+    if (marks != 0) return at + static_cast<std::size_t>(std::countr_zero(marks)) / 8;
+  }
+  while (at < text.size() && text[at] != ';' && text[at] != '>') ++at;
+  return at;
+}
+
 // The length of the value at the front of `text` in its written form, npos without an end.
 std::size_t valueLength(std::string_view text) {
   std::size_t at = 0;
   while (true) {
-    while (at < text.size() && text[at] != ';' && text[at] != '>') ++at;
+    at = findMark(text, at);
     if (at >= text.size()) return std::string_view::npos;
     const bool doubled = at + 1 < text.size() && text[at + 1] == text[at];
     if (text[at] == ';' && !doubled) return at;
@@ -55,7 +77,8 @@ std::size_t valueLength(std::string_view text) {
 }
 
 std::string_view withoutTrailingBlanks(std::string_view value) {
-  return value.substr(0, value.find_last_not_of(' ') + 1);
+  while (value.ends_with(' ')) value.remove_suffix(1);
+  return value;
 }
 
 void scanValues(std::string_view text, ScannedAttribute& attribute) {
