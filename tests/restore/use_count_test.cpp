@@ -315,7 +315,7 @@ TEST_F(UseCountFailureTest, WithoutSpaceNothingIsPublished) {
   struct rlimit small = before;
   small.rlim_cur = 8192;
   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-  expectFailure("*Error: update the model records, RC=7(Shortage), RSN=40(Space)\n");
+  expectFailure("*Error: in CloseDatabase, RC=7(Shortage), RSN=40(Space)\n");
   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
 }
 

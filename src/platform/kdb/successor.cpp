@@ -14,8 +14,11 @@ namespace orx::kdb {
 namespace {
 
 // A transaction keeps its changed pages in private memory. About twelve appended records share a
-// page; a record put anywhere else may change a page of its own.
+// page; a record put anywhere else may change a page of its own. Updates come from operations that
+// hold many records in memory anyway and go over the same pages again and again, so they may have
+// more of it.
 constexpr unsigned appendCost = 1;
+constexpr unsigned updateCost = 1;
 constexpr unsigned insertCost = 10;
 constexpr unsigned transactionCost = 10000;
 
@@ -151,15 +154,17 @@ Outcome Successor::commitWhenLarge(unsigned cost) {
   return pendingCost_ < transactionCost ? succeeded : commit();
 }
 
-Outcome Successor::put(const Key& key, const std::uint8_t* record, unsigned flags) {
+Outcome Successor::prepareCursor() {
   if (const Outcome outcome = begin(); !outcome.ok()) return outcome;
-  if (cursor_ == nullptr) {
-    MDB_cursor* cursor = nullptr;
-    if (const int error = mdb_cursor_open(transaction_.get(), table_, &cursor); error != 0) {
-      return outcomeOf(error);
-    }
-    cursor_.reset(cursor);
-  }
+  if (cursor_ != nullptr) return succeeded;
+  MDB_cursor* cursor = nullptr;
+  const int error = mdb_cursor_open(transaction_.get(), table_, &cursor);
+  cursor_.reset(cursor);
+  return outcomeOf(error);
+}
+
+Outcome Successor::put(const Key& key, const std::uint8_t* record, unsigned flags) {
+  if (const Outcome outcome = prepareCursor(); !outcome.ok()) return outcome;
   MDB_val keyValue = valueOf(key);
   MDB_val dataValue = valueOf(record);
   return outcomeOf(mdb_cursor_put(cursor_.get(), &keyValue, &dataValue, flags));
@@ -175,9 +180,14 @@ Outcome Successor::add(const Key& key, const std::uint8_t* record) {
 }
 
 Outcome Successor::update(const Key& key, const std::uint8_t* record) {
-  if (const Outcome outcome = exists(key); !outcome.ok()) return outcome;
-  if (const Outcome outcome = put(key, record, 0); !outcome.ok()) return outcome;
-  return commitWhenLarge(insertCost);
+  if (const Outcome outcome = prepareCursor(); !outcome.ok()) return outcome;
+  MDB_val keyValue = valueOf(key);
+  MDB_val dataValue{};
+  if (const int error = mdb_cursor_get(cursor_.get(), &keyValue, &dataValue, MDB_SET); error != 0) {
+    return outcomeOf(error);
+  }
+  if (const Outcome outcome = put(key, record, MDB_CURRENT); !outcome.ok()) return outcome;
+  return commitWhenLarge(updateCost);
 }
 
 Outcome Successor::erase(const Key& key) {

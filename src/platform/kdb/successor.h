@@ -56,6 +56,7 @@ class Successor {
   void startWriteBack();
   [[nodiscard]] Outcome commitWhenLarge(unsigned cost);
   [[nodiscard]] Outcome growMap();
+  [[nodiscard]] Outcome prepareCursor();
   [[nodiscard]] Outcome put(const Key& key, const std::uint8_t* record, unsigned flags);
   [[nodiscard]] Outcome outcomeOf(int engineError) const;
   [[nodiscard]] Outcome exists(const Key& key);
