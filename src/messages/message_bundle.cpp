@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "messages/resource_file.h"
+
 namespace orx {
 
 bool MessageBundle::locate(const char* bundleName) {
@@ -24,7 +26,7 @@ bool MessageBundle::locate(const char* bundleName) {
 int MessageBundle::open(const char* bundleName) {
   if (bundleName == nullptr) return -1;
   close();
-  if (locate(bundleName)) {
+  if (locate(bundleName) && resourceFilesAreWhole(path_.data())) {
     bundle_.adoptInstead(ures_open(path_.data(), localeName_.data(), &status_));
   }
   if (bundle_.isValid()) return 0;

@@ -90,6 +90,18 @@ TEST_F(Bundle, GivesEveryNonEmptyStringAsItStands) {
   EXPECT_EQ(textOf(bundle_, "SHORT"), "(none)");
 }
 
+TEST_F(Bundle, AFileThatWasCutCountsAsMissing) {
+  test::writeShippedBundle(directory_.path());
+  const auto file = directory_ / "PRESTORE_restore/root.res";
+  const std::string whole = test::readFile(file);
+  ASSERT_EQ(bundle_.open(bundleName), 0);
+  bundle_.close();
+  for (std::size_t length = 0; length < whole.size(); length += 41) {
+    test::writeFile(file, whole.substr(0, length));
+    EXPECT_EQ(bundle_.open(bundleName), -2) << length;
+  }
+}
+
 TEST_F(Bundle, OpeningAgainReleasesTheFirstBundle) {
   test::compileBundle(directory_.path(), "root", R"(root { KEY { "text" } })");
   ASSERT_EQ(bundle_.open(bundleName), 0);
