@@ -6,6 +6,7 @@
 #include <string>
 
 #include "restore/exit_codes.h"
+#include "tests/support/places.h"
 #include "tests/support/run_program.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/test_bundle.h"
@@ -35,7 +36,7 @@ class OrxRestore : public testing::Test {
  protected:
   ProgramResult run(std::vector<std::string> arguments, const std::string& locale = "C",
                     std::function<void()> inChild = {}) {
-    auto result = runProgram({.file = ORX_BIN_DIR "/orxrestore",
+    auto result = runProgram({.file = test::builtProgram("orxrestore"),
                               .arguments = std::move(arguments),
                               .directory = directory_.path(),
                               .environment = {"LC_ALL=" + locale},
@@ -112,7 +113,7 @@ TEST_F(OrxRestore, AClosedOrFullStandardOutputDoesNotEndTheRun) {
 TEST_F(OrxRestore, NothingIsPrintedIntoAFileWhenStandardOutputIsClosed) {
   writeShippedBundle(directory_.path());
   const auto file = (directory_ / "trace").string();
-  const auto result = runProgram({.file = ORX_BIN_DIR "/orxrestore",
+  const auto result = runProgram({.file = test::builtProgram("orxrestore"),
                                   .arguments = std::vector<std::string>(1000, "-v"),
                                   .directory = directory_.path(),
                                   .environment = {"ORX_TRACE=main=0x40", "ORX_TRACE_FILE=" + file},

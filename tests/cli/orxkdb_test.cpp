@@ -11,6 +11,7 @@
 #include "messages/bundle_files.h"
 #include "orxkdb/exit_codes.h"
 #include "tests/support/kdb_records.h"
+#include "tests/support/places.h"
 #include "tests/support/run_program.h"
 
 namespace orx::orxkdb {
@@ -27,7 +28,7 @@ class OrxKdb : public testing::Test {
  protected:
   test::ProgramResult run(std::vector<std::string> arguments, const std::string& input = "",
                           std::function<void()> inChild = {}) {
-    auto result = test::runProgram({.file = ORX_BIN_DIR "/orxkdb",
+    auto result = test::runProgram({.file = test::builtProgram("orxkdb"),
                                     .arguments = std::move(arguments),
                                     .directory = scratch_.file(""),
                                     .input = input,

@@ -10,6 +10,7 @@
 #include "restore/exit_codes.h"
 #include "tests/support/backup_lines.h"
 #include "tests/support/kdb_records.h"
+#include "tests/support/places.h"
 #include "tests/support/run_program.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/test_bundle.h"
@@ -34,7 +35,7 @@ class ReplaceRestore : public testing::Test {
                         std::vector<std::string> environment = {}) {
     std::vector<std::string> arguments = {"-i", backup, "-o", name};
     if (!options.empty()) arguments.push_back(options);
-    auto result = runProgram({.file = ORX_BIN_DIR "/orxrestore",
+    auto result = runProgram({.file = test::builtProgram("orxrestore"),
                               .arguments = arguments,
                               .directory = directory_.path(),
                               .environment = std::move(environment),

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "tests/docs/fenced_blocks.h"
+#include "tests/support/places.h"
 #include "tests/support/run_program.h"
 #include "tests/support/temp_dir.h"
 
@@ -58,7 +59,7 @@ TEST_P(Commands, WorkAsShown) {
   const std::vector<Step> steps = stepsOf(GetParam());
   ASSERT_FALSE(steps.empty());
   const test::TempDir scratch;
-  const std::string path = std::string("PATH=") + ORX_BIN_DIR + ":/usr/bin:/bin";
+  const std::string path = "PATH=" + test::programsDirectory().string() + ":/usr/bin:/bin";
   for (const Step& step : steps) {
     const auto result =
         test::runProgram({.file = "/bin/bash",

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/places.h"
 #include "tests/support/temp_dir.h"
 
 namespace orx::test {
@@ -21,7 +22,7 @@ struct FencedBlock {
 
 // The blocks of `file`, a path below the source directory, in order.
 inline std::vector<FencedBlock> fencedBlocks(const std::string& file) {
-  std::istringstream text(readFile(std::filesystem::path(ORX_SOURCE_DIR) / file));
+  std::istringstream text(readFile(test::sourceDirectory() / file));
   std::vector<FencedBlock> blocks;
   bool inside = false;
   for (std::string line; std::getline(text, line);) {

@@ -10,6 +10,7 @@
 #include "orxkdb/sample_writer.h"
 #include "records/data_buffer.h"
 #include "tests/support/kdb_records.h"
+#include "tests/support/places.h"
 #include "tests/support/run_program.h"
 
 namespace orx::orxkdb {
@@ -49,7 +50,7 @@ class Backup : public testing::Test {
 TEST_F(Backup, RestoredBackupGivesTheSameBackup) {
   test::writeFile(file_, sample(SampleOrder::random));
   createDatabase(database_);
-  const auto restored = test::runProgram({.file = ORX_BIN_DIR "/orxrestore",
+  const auto restored = test::runProgram({.file = test::builtProgram("orxrestore"),
                                           .arguments = {"-i", "backup", "-o", "db"},
                                           .directory = std::filesystem::path(file_).parent_path()});
   ASSERT_EQ(restored.exitCode, 0) << restored.errors;

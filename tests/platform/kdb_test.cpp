@@ -315,5 +315,31 @@ TEST_F(Kdb, AgreesWithAMapOverManyRandomRuns) {
   }
 }
 
+// Far more than wait in memory, so that repeated keys lie in the file, in runs and in the buffer.
+TEST_F(Kdb, ManyRecordsOutOfOrderAreSortedAndRepeatedKeysFound) {
+  constexpr std::uint32_t span = 100'000;
+  std::map<std::uint32_t, std::uint8_t> expected;
+  createDatabase(name_, 3000);
+  for (std::uint32_t i = 1; i <= 3000; ++i) expected[i] = 1;
+  std::mt19937 random(7);
+  {
+    const Opened database(name_);
+    for (std::uint32_t i = 0; i < 120'000; ++i) {
+      const std::uint32_t object = random() % span + 1;
+      const auto fill = static_cast<std::uint8_t>(random());
+      const bool isNew = expected.emplace(object, fill).second;
+      ASSERT_EQ(database.add(makeRecord(object, 0, fill)), isNew ? "0/0" : "4/46") << i;
+      if (i == 90'000) {
+        ASSERT_EQ(database.update(makeRecord(object, 0, 9)), "0/0");
+        expected[object] = 9;
+      }
+    }
+    ASSERT_EQ(database.close(), "0/0");
+  }
+  std::vector<Record> wanted;
+  for (const auto& [object, fill] : expected) wanted.push_back(makeRecord(object, 0, fill));
+  EXPECT_TRUE(Opened(name_, kdb::openForReading).all() == wanted);
+}
+
 }  // namespace
 }  // namespace orx

@@ -12,6 +12,7 @@
 #include "restore/operations.h"
 #include "restore/restore_settings.h"
 #include "tests/restore/merge_records.h"
+#include "tests/support/places.h"
 #include "tests/support/run_program.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/test_bundle.h"
@@ -343,7 +344,7 @@ TEST_F(MergeDb, AStorageFailureIsOneLineAndPublishesNothing) {
   test::writeFile("backup", test::backupOf(objects));
   const std::string before = test::readFile("db");
   for (const rlim_t limit : {rlim_t{1} << 20, rlim_t{4} << 10}) {
-    const auto result = test::runProgram({.file = ORX_BIN_DIR "/orxrestore",
+    const auto result = test::runProgram({.file = test::builtProgram("orxrestore"),
                                           .arguments = {"-i", "backup", "-m", "db"},
                                           .directory = directory_.path(),
                                           .inChild = [limit] {

@@ -1,5 +1,7 @@
 #include "tests/support/test_bundle.h"
 
+#include "tests/support/places.h"
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -26,7 +28,7 @@ void compileBundle(const std::filesystem::path& directory, const std::string& lo
   std::filesystem::create_directory(target);
   writeFile(file, source);
   const auto result =
-      runProgram({.file = ORX_GENRB,
+      runProgram({.file = test::resourceCompiler(),
                   .arguments = {"-q", "-e", "UTF-8", "-d", target.string(), file.string()}});
   if (result.exitCode != 0) throw std::runtime_error("genrb: " + result.errors);
 }

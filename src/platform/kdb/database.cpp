@@ -68,6 +68,14 @@ Outcome nextKept(TreeReader& reader, const KeyRanges& deleted, Key& key,
   return outcome;
 }
 
+// The key right behind `key`; none behind the last.
+std::optional<Key> following(Key key) {
+  for (std::size_t i = keySize; i-- > 0;) {
+    if (++key.bytes[i] != 0) return key;
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 Outcome Snapshot::next(Key& key, const std::uint8_t*& record) {
@@ -153,6 +161,12 @@ Outcome Database::prepareChange() {
   return successor_ != nullptr ? succeeded : startSuccessor();
 }
 
+// Everything up to `key` is in the successor afterwards, and nothing behind it but earlier changes.
+Outcome Database::prepareChange(const Key& key) {
+  const Outcome outcome = prepareChange();
+  return outcome.ok() ? copyThrough(key) : outcome;
+}
+
 Outcome Database::startSuccessor() {
   if (const Outcome outcome = Successor::create(paths_.successor, successor_); !outcome.ok()) {
     return outcome;
@@ -163,19 +177,36 @@ Outcome Database::startSuccessor() {
   owner.st_mode = S_IRUSR | S_IWUSR;
   // An owner that cannot be given is found now, not at the end.
   if (setModeAndOwner(successor_->fd(), owner) != 0) return noPermission;
-  return everythingDeleted() ? succeeded : copyRemaining();
+  return everythingDeleted() ? succeeded : startCopy();
 }
 
-Outcome Database::copyRemaining() {
-  Snapshot remaining(base_, deleted_);
-  Key key;
-  const std::uint8_t* record = nullptr;
-  Outcome outcome = remaining.next(key, record);
-  while (outcome.ok()) {
-    outcome = successor_->add(key, record);
-    if (outcome.ok()) outcome = remaining.next(key, record);
-  }
+Outcome Database::startCopy() {
+  uncopied_ = std::make_unique<Snapshot>(base_, deleted_);
+  return stepCopy();
+}
+
+Outcome Database::stepCopy() {
+  const Outcome outcome = uncopied_->next(uncopiedKey_, uncopiedRecord_);
+  if (outcome.ok()) return outcome;
+  uncopied_.reset();
+  uncopiedRecord_ = nullptr;
   return outcome == endOfData ? succeeded : outcome;
+}
+
+// Copies the records up to the key `last`.
+Outcome Database::copyThrough(const Key& last) {
+  Outcome outcome = succeeded;
+  while (outcome.ok() && uncopiedRecord_ != nullptr && uncopiedKey_ <= last) {
+    outcome = successor_->add(uncopiedKey_, uncopiedRecord_);
+    if (outcome.ok()) outcome = stepCopy();
+  }
+  return outcome;
+}
+
+Outcome Database::copyRest() {
+  Key highest;
+  highest.bytes.fill(0xFF);
+  return copyThrough(highest);
 }
 
 // Changes that are already in the successor can only be frozen by copying it, into a file without
@@ -188,6 +219,7 @@ Outcome Database::snapshot(std::unique_ptr<Snapshot>& snapshot) {
   }
   UniqueFd fd = openFile(paths_.directory, O_TMPFILE | O_RDWR, 0600);
   if (!fd.valid()) return outcomeOfErrno(errno);
+  if (const Outcome outcome = copyRest(); !outcome.ok()) return outcome;
   if (const Outcome outcome = successor_->copyTo(fd.get()); !outcome.ok()) return outcome;
   std::shared_ptr<const TreeFile> copy;
   if (const Outcome outcome = TreeFile::open(std::move(fd), copy); !outcome.ok()) return outcome;
@@ -198,7 +230,7 @@ Outcome Database::snapshot(std::unique_ptr<Snapshot>& snapshot) {
 Outcome Database::deleteHeld(Scan& scan) {
   if (storageFailure_.has_value()) return *storageFailure_;
   if (mode_ == OpenMode::read) return noPermission;
-  if (successor_ != nullptr) return successor_->erase(scan.heldKey());
+  if (successor_ != nullptr) return erase(scan.heldKey());
   if (deleted_.contains(scan.heldKey())) return recordNotFound;
   deleted_.add(scan.heldKey(), scan.deletedBefore());
   scan.markHeldDeleted();
@@ -206,30 +238,41 @@ Outcome Database::deleteHeld(Scan& scan) {
 }
 
 Outcome Database::add(const Key& key, const std::uint8_t* record) {
-  const Outcome outcome = prepareChange();
+  const Outcome outcome = prepareChange(key);
   return outcome.ok() ? successor_->add(key, record) : outcome;
 }
 
 Outcome Database::update(const Key& key, const std::uint8_t* record) {
-  const Outcome outcome = prepareChange();
+  const Outcome outcome = prepareChange(key);
   return outcome.ok() ? successor_->update(key, record) : outcome;
 }
 
 Outcome Database::erase(const Key& key) {
-  const Outcome outcome = prepareChange();
+  const Outcome outcome = prepareChange(key);
   return outcome.ok() ? successor_->erase(key) : outcome;
 }
 
 Outcome Database::readNext(const Key& key, std::uint8_t* record) {
   if (storageFailure_.has_value()) return *storageFailure_;
-  if (successor_ != nullptr) return successor_->readNext(key, record);
+  if (successor_ != nullptr) return readNextChanged(key, record);
+  const bool goesOn = lookUp_ != nullptr && lookUpNext_.has_value() && key == *lookUpNext_;
   if (lookUp_ == nullptr) lookUp_ = std::make_unique<TreeReader>(base_);
   Key found;
   const std::uint8_t* bytes = nullptr;
-  Outcome outcome = lookUp_->seek(key);
+  Outcome outcome = goesOn ? succeeded : lookUp_->seek(key);
   if (outcome.ok()) outcome = nextKept(*lookUp_, deleted_, found, bytes);
+  lookUpNext_ = outcome.ok() ? following(found) : std::nullopt;
   if (outcome.ok()) std::memcpy(record, bytes, recordSize);
   return outcome;
+}
+
+// What is not copied yet lies behind everything that the successor has.
+Outcome Database::readNextChanged(const Key& key, std::uint8_t* record) {
+  if (const Outcome outcome = copyThrough(key); !outcome.ok()) return outcome;
+  const Outcome outcome = successor_->readNext(key, record);
+  if (outcome != endOfData || uncopiedRecord_ == nullptr) return outcome;
+  std::memcpy(record, uncopiedRecord_, recordSize);
+  return succeeded;
 }
 
 Outcome Database::publish() {
@@ -237,6 +280,7 @@ Outcome Database::publish() {
   if (storageFailure_.has_value()) return *storageFailure_;
   if (successor_ == nullptr && deleted_.count() == 0) return succeeded;
   if (const Outcome outcome = prepareChange(); !outcome.ok()) return outcome;
+  if (const Outcome outcome = copyRest(); !outcome.ok()) return outcome;
   if (const Outcome outcome = successor_->finish(); !outcome.ok()) return outcome;
   const Outcome outcome = mode_ == OpenMode::create
                               ? publishNew(paths_, successor_->fd(), modeOfNewFile())

@@ -78,8 +78,13 @@ class Database {
   Outcome openNew(const std::string& name);
   Outcome lock(UniqueFd& fd);
   Outcome prepareChange();
+  Outcome prepareChange(const Key& key);
+  Outcome readNextChanged(const Key& key, std::uint8_t* record);
   Outcome startSuccessor();
-  Outcome copyRemaining();
+  Outcome startCopy();
+  Outcome copyThrough(const Key& last);
+  Outcome copyRest();
+  Outcome stepCopy();
   [[nodiscard]] bool everythingDeleted() const;
 
   OpenMode mode_ = OpenMode::read;
@@ -87,7 +92,13 @@ class Database {
   std::shared_ptr<const TreeFile> base_;  // holds the lock; none for a new database
   KeyRanges deleted_;
   std::unique_ptr<TreeReader> lookUp_;  // for readNext while there is no successor
+  std::optional<Key> lookUpNext_;       // the key behind the record that it found last
   std::unique_ptr<Successor> successor_;
+  // What the successor has not got yet: it is copied in key order, no further than a change needs,
+  // so that changes in ascending order are appended like the records between them.
+  std::unique_ptr<Snapshot> uncopied_;
+  Key uncopiedKey_;                               // of the first uncopied record
+  const std::uint8_t* uncopiedRecord_ = nullptr;  // null: everything is copied
   Outcome lastFailure_;
   std::optional<Outcome> storageFailure_;
 };

@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 
 #include "platform/kdb/failure.h"
 
@@ -13,29 +12,9 @@ namespace orx::kdb {
 
 namespace {
 
-// A transaction keeps its changed pages in private memory. About twelve appended records share a
-// page; a record put anywhere else may change a page of its own. Updates come from operations that
-// hold many records in memory anyway and go over the same pages again and again, so they may have
-// more of it.
-constexpr unsigned appendCost = 1;
-constexpr unsigned updateCost = 1;
-constexpr unsigned insertCost = 10;
-constexpr unsigned transactionCost = 10000;
-
-// Address space for the map: more than one transaction can use is always left over.
-constexpr std::size_t firstMapSize = std::size_t{64} << 20;
-constexpr std::size_t mapReserve = std::size_t{32} << 20;
-
-// How many new bytes are handed to the disk at a time.
-constexpr off_t writeBackStep = off_t{8} << 20;
-
-MDB_val valueOf(const Key& key) {
-  return {keySize, const_cast<std::uint8_t*>(key.bytes.data())};  // the engine does not write to it
-}
-
-MDB_val valueOf(const std::uint8_t* record) {
-  return {recordSize, const_cast<std::uint8_t*>(record)};
-}
+// Records out of order go straight into the engine's file while they are few beside the others.
+constexpr std::uint64_t fewInsertions = 1000;
+constexpr std::uint64_t appendsPerInsertion = 32;
 
 // A file-size limit then shows as a failed write instead of ending the process.
 void ignoreFileSizeSignal() {
@@ -80,170 +59,93 @@ Outcome Successor::create(const std::string& path, std::unique_ptr<Successor>& s
 }
 
 Successor::~Successor() {
-  cursor_.reset();
-  transaction_.reset();
-  environment_.reset();
+  engine_.reset();
   if (!path_.empty() && stillLeadsTo(path_, fd())) (void)removeFile(path_);
 }
 
-Outcome Successor::outcomeOf(int engineError) const {
-  return engine::outcomeOf(engineError, fd());
-}
-
 Outcome Successor::openEngine() {
-  MDB_env* environment = nullptr;
-  if (const int error = mdb_env_create(&environment); error != 0) return outcomeOf(error);
-  environment_.reset(environment);
-  if (const int error = mdb_env_set_mapsize(environment, firstMapSize); error != 0) {
-    return outcomeOf(error);
-  }
-  constexpr unsigned flags = MDB_NOSUBDIR | MDB_NOLOCK | MDB_NOSYNC | MDB_NOTLS;
-  if (const int error = mdb_env_open(environment, path_.c_str(), flags, 0600); error != 0) {
-    return outcomeOf(error);
-  }
-  if (const Outcome outcome = begin(); !outcome.ok()) return outcome;
-  return outcomeOf(mdb_dbi_open(transaction_.get(), nullptr, 0, &table_));
-}
-
-Outcome Successor::begin() {
-  if (transaction_ != nullptr) return succeeded;
-  if (const Outcome outcome = growMap(); !outcome.ok()) return outcome;
-  MDB_txn* transaction = nullptr;
-  const int error = mdb_txn_begin(environment_.get(), nullptr, 0, &transaction);
-  transaction_.reset(transaction);
-  return outcomeOf(error);
-}
-
-// The map may only grow while no transaction is open.
-Outcome Successor::growMap() {
-  MDB_envinfo info{};
-  MDB_stat statistics{};
-  if (const int error = mdb_env_info(environment_.get(), &info); error != 0)
-    return outcomeOf(error);
-  if (const int error = mdb_env_stat(environment_.get(), &statistics); error != 0) {
-    return outcomeOf(error);
-  }
-  const std::size_t used = (info.me_last_pgno + 1) * statistics.ms_psize;
-  if (used + mapReserve <= info.me_mapsize) return succeeded;
-  return outcomeOf(mdb_env_set_mapsize(environment_.get(), info.me_mapsize * 2));
-}
-
-Outcome Successor::commit() {
-  cursor_.reset();
-  pendingCost_ = 0;
-  if (transaction_ == nullptr) return succeeded;
-  const Outcome outcome = outcomeOf(mdb_txn_commit(transaction_.release()));
-  if (outcome.ok()) startWriteBack();
-  return outcome;
-}
-
-// Lets the disk work while the next records are prepared; the sync at the end then waits for less.
-void Successor::startWriteBack() {
-  MDB_envinfo info{};
-  MDB_stat statistics{};
-  if (mdb_env_info(environment_.get(), &info) != 0) return;
-  if (mdb_env_stat(environment_.get(), &statistics) != 0) return;
-  const auto end = static_cast<off_t>(info.me_last_pgno * statistics.ms_psize);
-  if (end - writeBackFrom_ < writeBackStep) return;
-  (void)::sync_file_range(fd(), writeBackFrom_, end - writeBackFrom_, SYNC_FILE_RANGE_WRITE);
-  writeBackFrom_ = end;
-}
-
-Outcome Successor::commitWhenLarge(unsigned cost) {
-  pendingCost_ += cost;
-  return pendingCost_ < transactionCost ? succeeded : commit();
-}
-
-Outcome Successor::prepareCursor() {
-  if (const Outcome outcome = begin(); !outcome.ok()) return outcome;
-  if (cursor_ != nullptr) return succeeded;
-  MDB_cursor* cursor = nullptr;
-  const int error = mdb_cursor_open(transaction_.get(), table_, &cursor);
-  cursor_.reset(cursor);
-  return outcomeOf(error);
-}
-
-Outcome Successor::put(const Key& key, const std::uint8_t* record, unsigned flags) {
-  if (const Outcome outcome = prepareCursor(); !outcome.ok()) return outcome;
-  MDB_val keyValue = valueOf(key);
-  MDB_val dataValue = valueOf(record);
-  return outcomeOf(mdb_cursor_put(cursor_.get(), &keyValue, &dataValue, flags));
+  return EngineFile::open(path_, fd(), engine_);
 }
 
 Outcome Successor::add(const Key& key, const std::uint8_t* record) {
-  const bool ascends = empty_ || key > lastKey_;
-  const Outcome outcome = put(key, record, ascends ? MDB_APPEND : MDB_NOOVERWRITE);
-  if (!outcome.ok()) return outcome;
-  if (ascends) lastKey_ = key;
-  empty_ = false;
-  return commitWhenLarge(ascends ? appendCost : insertCost);
+  if (engine_->isBehindAll(key)) {
+    ++appended_;
+    return engine_->append(key, record);
+  }
+  if (runs_ == nullptr && !wantsRuns()) {
+    ++inserted_;
+    return engine_->insert(key, record);
+  }
+  return addToRuns(key, record);
+}
+
+bool Successor::wantsRuns() const {
+  return !settled_ && inserted_ > fewInsertions + appended_ / appendsPerInsertion;
+}
+
+Outcome Successor::addToRuns(const Key& key, const std::uint8_t* record) {
+  if (runs_ == nullptr) runs_ = std::make_unique<SortedRuns>(directoryOf(path_));
+  const Outcome inEngine = engine_->find(key);
+  if (inEngine.ok()) return duplicateKey;
+  return inEngine == recordNotFound ? runs_->add(key, record) : inEngine;
+}
+
+// Brings everything into the engine's file: what that has becomes a run, and all runs are merged
+// into it from its beginning.
+Outcome Successor::settle() {
+  if (runs_ == nullptr) return succeeded;
+  const std::unique_ptr<SortedRuns> runs = std::move(runs_);
+  settled_ = true;
+  Outcome outcome = engine_->forEach([&runs](const Key& key, const std::uint8_t* record) {
+    return runs->appendSorted(key, record);
+  });
+  if (outcome.ok()) outcome = runs->startReading();
+  if (outcome.ok()) outcome = restartEngine();
+  if (outcome.ok()) outcome = appendAll(*runs);
+  return outcome;
+}
+
+// The file itself stays, and the lock on it.
+Outcome Successor::restartEngine() {
+  engine_.reset();
+  if (::ftruncate(fd(), 0) != 0) return outcomeOfErrno(errno);
+  return openEngine();
+}
+
+Outcome Successor::appendAll(SortedRuns& runs) {
+  Key key;
+  const std::uint8_t* record = nullptr;
+  Outcome outcome = runs.next(key, record);
+  while (outcome.ok()) {
+    outcome = engine_->append(key, record);
+    if (outcome.ok()) outcome = runs.next(key, record);
+  }
+  return outcome == endOfData ? succeeded : outcome;
 }
 
 Outcome Successor::update(const Key& key, const std::uint8_t* record) {
-  if (const Outcome outcome = prepareCursor(); !outcome.ok()) return outcome;
-  MDB_val keyValue = valueOf(key);
-  MDB_val dataValue{};
-  if (const int error = mdb_cursor_get(cursor_.get(), &keyValue, &dataValue, MDB_SET); error != 0) {
-    return outcomeOf(error);
-  }
-  if (const Outcome outcome = put(key, record, MDB_CURRENT); !outcome.ok()) return outcome;
-  return commitWhenLarge(updateCost);
+  const Outcome outcome = settle();
+  return outcome.ok() ? engine_->update(key, record) : outcome;
 }
 
 Outcome Successor::erase(const Key& key) {
-  if (const Outcome outcome = exists(key); !outcome.ok()) return outcome;
-  cursor_.reset();
-  MDB_val keyValue = valueOf(key);
-  const Outcome outcome = outcomeOf(mdb_del(transaction_.get(), table_, &keyValue, nullptr));
-  return outcome.ok() ? commitWhenLarge(insertCost) : outcome;
-}
-
-Outcome Successor::exists(const Key& key) {
-  if (const Outcome outcome = begin(); !outcome.ok()) return outcome;
-  MDB_val keyValue = valueOf(key);
-  MDB_val dataValue{};
-  return outcomeOf(mdb_get(transaction_.get(), table_, &keyValue, &dataValue));
+  const Outcome outcome = settle();
+  return outcome.ok() ? engine_->erase(key) : outcome;
 }
 
 Outcome Successor::readNext(const Key& key, std::uint8_t* record) {
-  if (const Outcome outcome = begin(); !outcome.ok()) return outcome;
-  MDB_cursor* opened = nullptr;
-  if (const int error = mdb_cursor_open(transaction_.get(), table_, &opened); error != 0) {
-    return outcomeOf(error);
-  }
-  const engine::Cursor cursor(opened);
-  MDB_val keyValue = valueOf(key);
-  MDB_val dataValue{};
-  const int error = mdb_cursor_get(opened, &keyValue, &dataValue, MDB_SET_RANGE);
-  if (error == MDB_NOTFOUND) return endOfData;
-  if (error != 0) return outcomeOf(error);
-  std::memcpy(record, dataValue.mv_data, recordSize);
-  return succeeded;
+  const Outcome outcome = settle();
+  return outcome.ok() ? engine_->readNext(key, record) : outcome;
 }
 
 Outcome Successor::copyTo(int fd) {
-  if (const Outcome outcome = commit(); !outcome.ok()) return outcome;
-  if (const int error = mdb_env_copyfd2(environment_.get(), fd, MDB_CP_COMPACT); error != 0) {
-    return engine::outcomeOf(error, fd);
-  }
-  return succeeded;
+  const Outcome outcome = settle();
+  return outcome.ok() ? engine_->copyTo(fd) : outcome;
 }
 
 Outcome Successor::finish() {
-  if (const Outcome outcome = commit(); !outcome.ok()) return outcome;
-  MDB_envinfo info{};
-  MDB_stat statistics{};
-  if (const int error = mdb_env_info(environment_.get(), &info); error != 0)
-    return outcomeOf(error);
-  if (const int error = mdb_env_stat(environment_.get(), &statistics); error != 0) {
-    return outcomeOf(error);
-  }
-  environment_.reset();
-  const auto wanted = static_cast<off_t>((info.me_last_pgno + 1) * statistics.ms_psize);
-  struct stat file {};
-  if (::fstat(fd(), &file) != 0) return outcomeOfErrno(errno);
-  if (file.st_size < wanted && ::ftruncate(fd(), wanted) != 0) return outcomeOfErrno(errno);
-  return succeeded;
+  const Outcome outcome = settle();
+  return outcome.ok() ? engine_->finish() : outcome;
 }
 
 }  // namespace orx::kdb

@@ -1,9 +1,9 @@
 // The successor of a database: the file that a run writes and, when it is published, gives the
 // database's name to.
 //
-// It is the engine's file, written by this process alone, in bounded transactions without a sync,
-// so that private memory stays small at any size. An unpublished successor is removed when the
-// object goes; one whose process died is discarded by the next.
+// It is a file of the engine; many records that come out of order wait in sorted runs until they
+// are needed. An unpublished successor is removed when the object goes; one whose process died is
+// discarded by the next.
 #pragma once
 
 #include <sys/stat.h>
@@ -13,8 +13,9 @@
 #include <string>
 
 #include "platform/file.h"
-#include "platform/kdb/engine.h"
+#include "platform/kdb/engine_file.h"
 #include "platform/kdb/key.h"
+#include "platform/kdb/sorted_runs.h"
 #include "platform/kdb_codes.h"
 
 namespace orx::kdb {
@@ -51,26 +52,19 @@ class Successor {
  private:
   Successor() = default;
   [[nodiscard]] Outcome openEngine();
-  [[nodiscard]] Outcome begin();
-  [[nodiscard]] Outcome commit();
-  void startWriteBack();
-  [[nodiscard]] Outcome commitWhenLarge(unsigned cost);
-  [[nodiscard]] Outcome growMap();
-  [[nodiscard]] Outcome prepareCursor();
-  [[nodiscard]] Outcome put(const Key& key, const std::uint8_t* record, unsigned flags);
-  [[nodiscard]] Outcome outcomeOf(int engineError) const;
-  [[nodiscard]] Outcome exists(const Key& key);
+  [[nodiscard]] Outcome restartEngine();
+  [[nodiscard]] bool wantsRuns() const;
+  [[nodiscard]] Outcome addToRuns(const Key& key, const std::uint8_t* record);
+  [[nodiscard]] Outcome settle();
+  [[nodiscard]] Outcome appendAll(SortedRuns& runs);
 
   std::string path_;  // empty once kept
   UniqueFd fd_;
-  engine::Environment environment_;
-  engine::Transaction transaction_;
-  engine::Cursor cursor_;
-  MDB_dbi table_ = 0;
-  Key lastKey_;  // the highest key, once there is one
-  bool empty_ = true;
-  unsigned pendingCost_ = 0;
-  off_t writeBackFrom_ = 0;
+  std::unique_ptr<EngineFile> engine_;
+  std::unique_ptr<SortedRuns> runs_;
+  std::uint64_t appended_ = 0;
+  std::uint64_t inserted_ = 0;
+  bool settled_ = false;  // runs were merged once; that is not repeated for every change in turn
 };
 
 }  // namespace orx::kdb

@@ -1,0 +1,66 @@
+#include "platform/kdb/record_buffer.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/kdb/key_filter.h"
+
+namespace orx::kdb {
+
+namespace {
+
+std::uint64_t loadBE64(const std::uint8_t* bytes) {
+  return std::uint64_t{loadBE32(bytes)} << 32 | loadBE32(bytes + 4);
+}
+
+}  // namespace
+
+SortKey SortKey::of(const Key& key) {
+  const std::uint8_t* bytes = key.bytes.data();
+  return {loadBE64(bytes), loadBE64(bytes + 8), loadBE32(bytes + 16)};
+}
+
+bool RecordBuffer::add(const Key& key, const std::uint8_t* record) {
+  if (slots_.empty()) {
+    slots_.assign(slotCount, emptySlot);
+    bytes_.reserve(capacity * entrySize);
+    entries_.reserve(capacity);
+  }
+  std::uint32_t& slot = slotFor(key);
+  if (slot != emptySlot) return false;
+  slot = static_cast<std::uint32_t>(entries_.size());
+  entries_.push_back({SortKey::of(key), slot});
+  bytes_.insert(bytes_.end(), key.bytes.begin(), key.bytes.end());
+  bytes_.insert(bytes_.end(), record, record + recordSize);
+  return true;
+}
+
+// The slot that names the entry of `key`, or the empty one that it belongs into.
+std::uint32_t& RecordBuffer::slotFor(const Key& key) {
+  const SortKey wanted = SortKey::of(key);
+  std::size_t slot = hashOf(key) % slotCount;
+  while (slots_[slot] != emptySlot && entries_[slots_[slot]].key != wanted) {
+    slot = (slot + 1) % slotCount;
+  }
+  return slots_[slot];
+}
+
+void RecordBuffer::sort() {
+  std::ranges::sort(entries_, {}, &Entry::key);
+}
+
+const std::uint8_t* RecordBuffer::at(std::size_t index) const {
+  return bytes_.data() + std::size_t{entries_[index].place} * entrySize;
+}
+
+void RecordBuffer::clear() {
+  bytes_.clear();
+  entries_.clear();
+  std::ranges::fill(slots_, emptySlot);
+}
+
+void RecordBuffer::release() {
+  *this = RecordBuffer();
+}
+
+}  // namespace orx::kdb

@@ -1,0 +1,62 @@
+// RecordBuffer: a bounded number of records that are found by their keys and can be sorted.
+//
+// A record lies behind the key that it is stored under, as in a run: 20 + 296 bytes.
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "platform/kdb/key.h"
+
+namespace orx::kdb {
+
+inline constexpr std::size_t entrySize = keySize + recordSize;
+
+// A key as numbers, which compare several times as fast as bytes.
+struct SortKey {
+  std::uint64_t parent = 0;
+  std::uint64_t object = 0;
+  std::uint32_t recn = 0;
+
+  static SortKey of(const Key& key);
+  friend auto operator<=>(const SortKey&, const SortKey&) = default;
+};
+
+class RecordBuffer {
+ public:
+  static constexpr std::size_t capacity = 26000;  // records: 8 MB
+
+  // False when the key is there already. The buffer is not full.
+  [[nodiscard]] bool add(const Key& key, const std::uint8_t* record);
+
+  [[nodiscard]] std::size_t count() const { return entries_.size(); }
+  [[nodiscard]] bool isFull() const { return entries_.size() == capacity; }
+
+  // Brings the records into key order for at(); add() must not follow before clear().
+  void sort();
+  // Points at the 316 bytes of key and record.
+  [[nodiscard]] const std::uint8_t* at(std::size_t index) const;
+
+  void clear();
+  // Gives its memory back as well.
+  void release();
+
+ private:
+  struct Entry {
+    SortKey key;
+    std::uint32_t place;  // in order of arrival
+  };
+
+  static constexpr std::size_t slotCount = std::size_t{1} << 16;
+  static constexpr std::uint32_t emptySlot = 0xFFFFFFFF;
+
+  [[nodiscard]] std::uint32_t& slotFor(const Key& key);
+
+  std::vector<std::uint8_t> bytes_;
+  std::vector<Entry> entries_;
+  std::vector<std::uint32_t> slots_;  // entries by the hash of their keys, open addressing
+};
+
+}  // namespace orx::kdb

@@ -1,0 +1,13 @@
+// Where the build put what the tests run and read.
+#pragma once
+
+#include <filesystem>
+
+namespace orx::test {
+
+[[nodiscard]] std::filesystem::path programsDirectory();
+[[nodiscard]] std::filesystem::path builtProgram(const char* name);
+[[nodiscard]] std::filesystem::path sourceDirectory();
+[[nodiscard]] std::filesystem::path resourceCompiler();  // genrb
+
+}  // namespace orx::test
