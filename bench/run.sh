@@ -10,6 +10,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
+. bench/common.sh
 
 runs=5 sizes="10000 100000 1000000 4000000" peers_up_to=1000000 orders="key random"
 while [ $# -gt 0 ]; do
@@ -24,26 +25,8 @@ while [ $# -gt 0 ]; do
 done
 
 scripts/setup.sh "${build_packages[@]}" db5.3-util lmdb-utils sqlite3 gawk
-cmake --preset release -DORX_BUILD_BENCH=ON -DORX_BUILD_TESTS=OFF >/dev/null
-cmake --build --preset release -- --quiet
-PATH="$PWD/build/bin:$PATH"
-work=$(mktemp -d "${BENCH_DIR:-$PWD/build}/bench.XXXXXX")
-trap 'rm -rf "$work"' EXIT
-cd "$work"
-
-# measured CELL COMMAND...: one run; its seconds and KB are appended to CELL.times.
-measured() {
-  local cell=$1
-  shift
-  measure result "$@" >/dev/null 2>measured.errors || {
-    echo "failed: $*" >&2
-    cat measured.errors >&2
-    exit 1
-  }
-  cat result >>"$cell.times"
-}
-median() { cut -d' ' -f1 "$1.times" | sort -n | awk '{v[NR] = $1} END {print v[int((NR + 1) / 2)]}'; }
-peak() { cut -d' ' -f2 "$1.times" | sort -n | tail -n 1; }
+build_bench
+enter_scratch
 
 make_sql() { # the records of a dump as one transaction of SQL
   gawk 'BEGIN { print "PRAGMA synchronous=FULL; CREATE TABLE r(k BLOB PRIMARY KEY, v BLOB) WITHOUT ROWID; BEGIN;" }
@@ -52,17 +35,11 @@ make_sql() { # the records of a dump as one transaction of SQL
     END { print "COMMIT;" }' "$1"
 }
 
-# About 1.15 records an object: the wanted number of records, exactly, in either order.
-make_input() {
-  local records=$1 order=$2
-  orxkdb sample --objects "$records" --seed 5 --order "$order" | awk -v n="$records" 'NR <= n' >"$order.txt"
-}
-
 echo "records order   restore  private   dd+sync  ratio | db5.3_load mdb_load sqlite3 (times as slow)"
 for size in $sizes; do
   for order in $orders; do
     rm -f -- *.times db db.* dd.out
-    make_input "$size" "$order"
+    sample_lines "$size" 5 "$order" >"$order.txt"
     orxkdb create db >/dev/null
     orxrestore -i "$order.txt" -o db >/dev/null
     orxdump() { orxkdb dump db -; }
@@ -94,7 +71,7 @@ for size in $sizes; do
     fi
     restore=$(median restore) dd=$(median dd)
     printf '%8d %-7s %6.2f s %5.1f MB %7.2f s %6.2f |' "$size" "$order" "$restore" \
-      "$(awk "BEGIN {print $(peak restore) / 1024}")" "$dd" "$(awk "BEGIN {print $restore / $dd}")"
+      "$(peak_mb restore)" "$dd" "$(ratio restore dd)"
     if [ $with_peers -eq 1 ]; then
       awk -v r="$restore" -v b="$(median bdb)" -v m="$(median mdb)" -v s="$(median sqlite)" \
         'BEGIN {printf " %10.1f %8.1f %7.1f\n", b / r, m / r, s / r}'

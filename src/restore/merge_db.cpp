@@ -6,6 +6,7 @@
 #include "messages/error_msg.h"
 #include "messages/message_print.h"
 #include "platform/kdb.h"
+#include "platform/trace.h"
 #include "records/backup_reader.h"
 #include "restore/add_failures.h"
 #include "restore/chain_writer.h"
@@ -13,6 +14,7 @@
 #include "restore/exit_codes.h"
 #include "restore/merge_input.h"
 #include "restore/merge_run.h"
+#include "restore/merged_records.h"
 #include "restore/operations.h"
 #include "restore/restore_settings.h"
 #include "restore/step_progress.h"
@@ -87,26 +89,27 @@ class MergeRestore {
   }
 
   void addObjects() {
-    MergedObject object;
+    MergedRecords records(merge_);
+    if (settings_.verbose == 0 && !traceIsOpen()) records.start();
+    DataBuffer record;
+    std::size_t list = 0;
     bool storageWorks = true;
-    while (storageWorks && merge_.nextObject(object)) storageWorks = addRecords(object);
+    while (storageWorks && records.next(record, list)) storageWorks = takeRecord(record, list);
     if (storageWorks) reportFailures();
   }
 
   // False after a storage failure, which every further call would only repeat. Any other failure
   // concerns one record alone.
-  [[nodiscard]] bool addRecords(const MergedObject& object) {
-    for (std::size_t i = 0; i < chainLength(object.text); ++i) {
-      const std::int32_t code = addRecord(chainRecord(object.head, object.text, i));
-      if (kdb::isStorageFailure(static_cast<kdb::Code>(code))) {
-        reportAddFailure(database_, code, addedCount_ + 1);
-        result_ = exitFailed;
-        return false;
-      }
-      failures_.count(object.list, code);
-      if (code == 0) countAdded();
-      if (settings_.verbose != 0) reportFailures();
+  [[nodiscard]] bool takeRecord(const DataBuffer& record, std::size_t list) {
+    const std::int32_t code = addRecord(record);
+    if (kdb::isStorageFailure(static_cast<kdb::Code>(code))) {
+      reportAddFailure(database_, code, addedCount_ + 1);
+      result_ = exitFailed;
+      return false;
     }
+    failures_.count(list, code);
+    if (code == 0) countAdded();
+    if (settings_.verbose != 0) reportFailures();
     return true;
   }
 
