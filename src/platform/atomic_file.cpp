@@ -9,17 +9,11 @@ namespace orx {
 namespace {
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 
-bool stillLeadsTo(const std::string& path, int fd) {
-  struct stat named {};
-  struct stat opened {};
-  return ::lstat(path.c_str(), &named) == 0 && ::fstat(fd, &opened) == 0 && sameFile(named, opened);
-}
-
 // Removes what a process that died left behind; EBUSY when its writer is alive.
 int removeStale(const std::string& path) {
   const UniqueFd stale = openFile(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   const bool alive =
-      stale.valid() && (lockFile(stale.get()) != 0 || !stillLeadsTo(path, stale.get()));
+      stale.valid() && (lockFile(stale.get()) != 0 || !leadsTo(path, stale.get()));
   if (alive) return EBUSY;
   const int error = removeFile(path);
   return error == ENOENT ? 0 : error;
@@ -28,7 +22,7 @@ int removeStale(const std::string& path) {
 }  // namespace
 
 AtomicFile::~AtomicFile() {
-  if (!temporary_.empty() && stillLeadsTo(temporary_, fd_.get())) (void)removeFile(temporary_);
+  if (!temporary_.empty() && leadsTo(temporary_, fd_.get())) (void)removeFile(temporary_);
 }
 
 int AtomicFile::open(const std::string& target) {
@@ -40,7 +34,7 @@ int AtomicFile::open(const std::string& target) {
   if (const int error = removeStale(temporary); error != 0) return error;
   fd_ = openFile(temporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0640);
   if (!fd_.valid()) return errno == EEXIST ? EBUSY : errno;
-  if (lockFile(fd_.get()) != 0 || !stillLeadsTo(temporary, fd_.get())) return EBUSY;
+  if (lockFile(fd_.get()) != 0 || !leadsTo(temporary, fd_.get())) return EBUSY;
   temporary_ = temporary;
   if (replaces) return setModeAndOwner(fd_.get(), existing);
   return 0;
@@ -60,7 +54,7 @@ int AtomicFile::flush() {
 int AtomicFile::publish() {
   if (flush() != 0) return error_;
   if (const int error = syncFile(fd_.get()); error != 0) return error;
-  if (!stillLeadsTo(temporary_, fd_.get())) return EBUSY;
+  if (!leadsTo(temporary_, fd_.get())) return EBUSY;
   if (const int error = renameFile(temporary_, target_, false); error != 0) return error;
   temporary_.clear();
   return syncDirectory(directoryOf(target_));

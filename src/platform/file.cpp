@@ -117,6 +117,12 @@ bool sameFile(const struct stat& a, const struct stat& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
+bool leadsTo(const std::string& path, int fd) {
+  struct stat named {};
+  struct stat opened {};
+  return ::lstat(path.c_str(), &named) == 0 && ::fstat(fd, &opened) == 0 && sameFile(named, opened);
+}
+
 std::optional<std::string> resolvePath(const std::string& path) {
   const std::unique_ptr<char, FreeText> resolved(::realpath(path.c_str(), nullptr));
   if (resolved == nullptr) return std::nullopt;

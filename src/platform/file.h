@@ -57,6 +57,8 @@ class UniqueFd {
 [[nodiscard]] int lockFile(int fd);
 
 [[nodiscard]] bool sameFile(const struct stat& a, const struct stat& b);
+// Whether the name `path` itself, not what it links to, is the open file `fd`.
+[[nodiscard]] bool leadsTo(const std::string& path, int fd);
 
 // The path with every symbolic link resolved; none when it does not exist (errno says why).
 [[nodiscard]] std::optional<std::string> resolvePath(const std::string& path);

@@ -190,6 +190,35 @@ TEST_F(KdbSurroundings, AKilledRunLeavesTheOldDatabaseAndTheNextRunWorks) {
   EXPECT_THAT(test::objects(name_), SizeIs(501));
 }
 
+// A process may die right behind the step that changes the database: its successor has the name
+// then, the replaced database that of the successor, and neither generation may get lost.
+TEST_F(KdbSurroundings, TheLastStepsOfADeadRunAreMadeUpFor) {
+  using std::filesystem::perms;
+  const std::string left = name_ + ".orx-new";
+  const std::string previous = name_ + ".orx-previous";
+  createDatabase(name_, 3);
+  std::filesystem::permissions(name_, perms::sticky_bit, std::filesystem::perm_options::add);
+  createDatabase(left, 2);
+  createDatabase(previous, 1);
+  EXPECT_EQ(Opened(name_).close(), "0/0");
+  EXPECT_THAT(test::objects(previous), SizeIs(2));
+  EXPECT_THAT(scratch_.names(), ElementsAre("db", "db.orx-previous"));
+  EXPECT_EQ(std::filesystem::status(name_).permissions() & perms::sticky_bit, perms::none);
+
+  createDatabase(left, 5);  // a complete successor that was never published
+  std::filesystem::permissions(left, perms::sticky_bit, std::filesystem::perm_options::add);
+  EXPECT_EQ(Opened(name_).close(), "0/0");
+  EXPECT_THAT(test::objects(previous), SizeIs(2));
+  EXPECT_THAT(scratch_.names(), ElementsAre("db", "db.orx-previous"));
+}
+
+// The previous generation may only go when the database changes.
+TEST_F(KdbSurroundings, ADirectoryInPlaceOfThePreviousGenerationIsFoundAtTheOpen) {
+  createDatabase(name_, 1);
+  std::filesystem::create_directory(name_ + ".orx-previous");
+  EXPECT_EQ(openResult(name_), "8/17");
+}
+
 TEST_F(KdbSurroundings, WhatStandsInTheWayOfTheSuccessorIsNotOverwritten) {
   createDatabase(name_, 1);
   std::filesystem::create_directory(name_ + ".orx-new");

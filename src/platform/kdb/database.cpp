@@ -116,7 +116,7 @@ Outcome Database::openExisting(const std::string& name, OpenMode mode) {
     if (const Outcome outcome = lock(fd); !outcome.ok()) return outcome;
   }
   if (const Outcome outcome = TreeFile::open(std::move(fd), base_); !outcome.ok()) return outcome;
-  return mode == OpenMode::update ? Successor::discardStale(paths_.successor) : succeeded;
+  return mode == OpenMode::update ? settleLastRun() : succeeded;
 }
 
 // Between opening and locking, another run may have given the name to its successor: a lock on
@@ -143,7 +143,17 @@ Outcome Database::openNew(const std::string& name) {
   if (errno != ENOENT) return outcomeOfErrno(errno);
   paths_ = DatabasePaths::of(name);
   if (!paths_.namesFit()) return {Code::badArgument, Reason::length};
-  return Successor::create(paths_.successor, successor_);
+  return Successor::create(paths_, successor_);
+}
+
+// What a run that died between its last steps left to do.
+Outcome Database::settleLastRun() {
+  struct stat previous {};
+  if (::lstat(paths_.previous.c_str(), &previous) == 0 && S_ISDIR(previous.st_mode)) {
+    return notADatabase;  // nothing could be published
+  }
+  if (const int error = clearMark(base_->fd()); error != 0) return outcomeOfErrno(error);
+  return settleLeftover(paths_);
 }
 
 void Database::noteFailure(const Outcome& outcome) {
@@ -168,13 +178,13 @@ Outcome Database::prepareChange(const Key& key) {
 }
 
 Outcome Database::startSuccessor() {
-  if (const Outcome outcome = Successor::create(paths_.successor, successor_); !outcome.ok()) {
+  if (const Outcome outcome = Successor::create(paths_, successor_); !outcome.ok()) {
     return outcome;
   }
   lookUp_.reset();
   struct stat owner {};
   if (::fstat(base_->fd(), &owner) != 0) return outcomeOfErrno(errno);
-  owner.st_mode = S_IRUSR | S_IWUSR;
+  owner.st_mode = S_IRUSR | S_IWUSR | unpublishedMark;
   // An owner that cannot be given is found now, not at the end.
   if (setModeAndOwner(successor_->fd(), owner) != 0) return noPermission;
   return everythingDeleted() ? succeeded : startCopy();

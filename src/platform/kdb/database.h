@@ -77,6 +77,7 @@ class Database {
   Outcome openExisting(const std::string& name, OpenMode mode);
   Outcome openNew(const std::string& name);
   Outcome lock(UniqueFd& fd);
+  Outcome settleLastRun();
   Outcome prepareChange();
   Outcome prepareChange(const Key& key);
   Outcome readNextChanged(const Key& key, std::uint8_t* record);

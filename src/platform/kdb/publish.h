@@ -1,6 +1,8 @@
 // The files of a database, and the steps that change which of them carries its name.
 #pragma once
 
+#include <sys/stat.h>
+
 #include <string>
 
 #include "platform/kdb_codes.h"
@@ -20,16 +22,29 @@ struct DatabasePaths {
   [[nodiscard]] bool namesFit() const;
 };
 
+// The mode bit of a successor that is not published. Whatever a dead run left as NAME.orx-new is a
+// successor when it has the bit; without it, it is the database that the run replaced.
+inline constexpr mode_t unpublishedMark = S_ISVTX;
+
 // Publishes the complete successor open as `successorFd` in place of the database open as
 // `databaseFd`:
-//   1. sync the successor, give it the mode and owner of the database, sync again;
-//   2. drop NAME.orx-previous, give the database that name as a second one, sync the directory;
-//   3. rename the successor to NAME: the one step that changes the database;
-//   4. sync the directory.
-// A process that dies leaves the old database before step 3 and the new one after it, with the old
-// one as the previous generation. A failure of step 4 takes step 3 back.
+//   1. sync the successor, give it mode and owner of the database and the mark, sync again;
+//   2. exchange NAME and NAME.orx-new: the one step that changes the database;
+//   3. sync the directory; a failure takes step 2 back;
+//   4. rename the old database, now NAME.orx-new, to NAME.orx-previous; take the mark away.
+// A process that dies leaves the old database before step 2 and the new one after it. What is
+// missing of step 4 is made up for by the next run.
+// Where names cannot be exchanged the database gets NAME.orx-previous as a second name, then the
+// successor is renamed to NAME.
 [[nodiscard]] Outcome publishReplacement(const DatabasePaths& paths, int successorFd,
                                          int databaseFd);
+
+// Takes the mark of a file away, if it has it; an errno value.
+int clearMark(int fd);
+
+// Takes care of what a dead run left as NAME.orx-new: discards a successor, makes a replaced
+// database the previous generation. 3/19 when its process is alive.
+[[nodiscard]] Outcome settleLeftover(const DatabasePaths& paths);
 
 // Publishes the complete successor as a new database of mode `mode`; 4/46 when the name is taken.
 [[nodiscard]] Outcome publishNew(const DatabasePaths& paths, int successorFd, unsigned mode);

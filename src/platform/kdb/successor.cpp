@@ -22,37 +22,17 @@ void ignoreFileSizeSignal() {
   (void)previous;
 }
 
-bool stillLeadsTo(const std::string& path, int fd) {
-  struct stat named {};
-  struct stat opened {};
-  return ::lstat(path.c_str(), &named) == 0 && ::fstat(fd, &opened) == 0 && sameFile(named, opened);
-}
-
 }  // namespace
 
-Outcome Successor::discardStale(const std::string& path) {
-  struct stat found {};
-  if (::lstat(path.c_str(), &found) != 0) {
-    return errno == ENOENT ? succeeded : outcomeOfErrno(errno);
-  }
-  if (S_ISREG(found.st_mode)) {
-    const UniqueFd stale = openFile(path, O_RDONLY | O_NOFOLLOW);
-    if (stale.valid()) {
-      if (lockFile(stale.get()) != 0) return inUse;
-      if (!stillLeadsTo(path, stale.get())) return inUse;
-    }
-  }
-  return outcomeOfErrno(removeFile(path));
-}
-
-Outcome Successor::create(const std::string& path, std::unique_ptr<Successor>& successor) {
+Outcome Successor::create(const DatabasePaths& paths, std::unique_ptr<Successor>& successor) {
   ignoreFileSizeSignal();
-  if (const Outcome outcome = discardStale(path); !outcome.ok()) return outcome;
+  if (const Outcome outcome = settleLeftover(paths); !outcome.ok()) return outcome;
+  const std::string& path = paths.successor;
   std::unique_ptr<Successor> made(new Successor);
-  made->fd_ = openFile(path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+  made->fd_ = openFile(path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600 | unpublishedMark);
   if (!made->fd_.valid()) return errno == EEXIST ? inUse : outcomeOfErrno(errno);
   made->path_ = path;
-  if (lockFile(made->fd()) != 0 || !stillLeadsTo(path, made->fd())) return inUse;
+  if (lockFile(made->fd()) != 0 || !leadsTo(path, made->fd())) return inUse;
   if (const Outcome outcome = made->openEngine(); !outcome.ok()) return outcome;
   successor = std::move(made);
   return succeeded;
@@ -60,7 +40,7 @@ Outcome Successor::create(const std::string& path, std::unique_ptr<Successor>& s
 
 Successor::~Successor() {
   engine_.reset();
-  if (!path_.empty() && stillLeadsTo(path_, fd())) (void)removeFile(path_);
+  if (!path_.empty() && leadsTo(path_, fd())) (void)removeFile(path_);
 }
 
 Outcome Successor::openEngine() {

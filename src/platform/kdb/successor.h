@@ -15,6 +15,7 @@
 #include "platform/file.h"
 #include "platform/kdb/engine_file.h"
 #include "platform/kdb/key.h"
+#include "platform/kdb/publish.h"
 #include "platform/kdb/sorted_runs.h"
 #include "platform/kdb_codes.h"
 
@@ -22,10 +23,9 @@ namespace orx::kdb {
 
 class Successor {
  public:
-  // Creates `path` with mode 0600, empty, and locks it. 3/19 when another process writes it.
-  static Outcome create(const std::string& path, std::unique_ptr<Successor>& successor);
-  // Removes what a process that died left at `path`. 3/19 when it is alive.
-  static Outcome discardStale(const std::string& path);
+  // Creates NAME.orx-new with mode 0600 and the mark, empty, and locks it. 3/19 when another
+  // process writes it.
+  static Outcome create(const DatabasePaths& paths, std::unique_ptr<Successor>& successor);
 
   Successor(const Successor&) = delete;
   Successor& operator=(const Successor&) = delete;
