@@ -9,8 +9,7 @@ namespace {
 
 void makeAscending(std::vector<std::uint32_t>& numbers) {
   std::ranges::sort(numbers);
-  const auto twins = std::ranges::unique(numbers);
-  numbers.erase(twins.begin(), twins.end());
+  numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
 }
 
 bool continues(const IdentifierRange& range, std::uint32_t identifier, std::uint32_t shift) {

@@ -9,7 +9,7 @@ KeyCheck::KeyCheck(DatabaseReader& database, std::uint64_t systemRecords)
 
 // Every key up to the highest was asked for, or belongs to no object that can still come.
 std::optional<KeyTaken> KeyCheck::add(const RecordKey& key) {
-  if (highest_ && key <= *highest_) return KeyTaken::twiceInBackup;
+  if (highest_ && !(*highest_ < key)) return KeyTaken::twiceInBackup;
   highest_ = key;
   if (isStored(key)) return KeyTaken::inDatabase;
   return std::nullopt;

@@ -11,7 +11,7 @@ namespace {
 
 using Cells = std::vector<std::string>;
 
-constexpr std::size_t nameWidth = 22;
+constexpr std::size_t nameWidth = 24;
 constexpr std::size_t cellWidth = 12;
 
 std::string numbered(std::uint64_t count, std::string_view noun) {
@@ -143,17 +143,17 @@ class Text {
 
   [[nodiscard]] std::string counters() const {
     std::string text = heading("Counters", {"before", "after"});
-    std::string unchanged;
+    std::size_t unchanged = 0;
     for (std::size_t i = 0; i < handlerTypes.size(); ++i) {
       const auto& [before, after] = plan_.counters[i];
       if (before == after) {
-        unchanged.append(unchanged.empty() ? "" : ", ").append(std::to_string(handlerTypes[i]));
+        ++unchanged;
       } else {
         text += row(typeName(handlerTypes[i]),
                     {before ? std::to_string(*before) : "none", std::to_string(after)});
       }
     }
-    return unchanged.empty() ? text : text + "  unchanged: types " + unchanged + "\n";
+    return text + "  " + std::to_string(unchanged) + " unchanged\n";
   }
 
   [[nodiscard]] std::string identifiers() const {
@@ -170,18 +170,19 @@ class Text {
     for (std::size_t i = 0; i < shown; ++i) {
       std::string line =
           i == 0 ? row(typeName(type.type), {std::to_string(type.count)}) : row("", {""});
-      line.insert(line.size() - 1, "  " + rangeWords(type.ranges[i], type.shift));
+      line.insert(line.size() - 1, "  " + rangeWords(type.ranges[i], type));
       text += line;
     }
     return text + moreLine(type.ranges.size(), shown, std::string(nameWidth + cellWidth + 2, ' '));
   }
 
-  [[nodiscard]] static std::string rangeWords(const IdentifierRange& range, std::uint32_t shift) {
+  [[nodiscard]] static std::string rangeWords(const IdentifierRange& range,
+                                              const TypeIdentifiers& type) {
     const auto words = [&](std::uint32_t by) {
       const std::string first = std::to_string(range.first + by);
       return range.first == range.last ? first : first + "-" + std::to_string(range.last + by);
     };
-    return words(0) + " -> " + words(shift);
+    return words(0) + (type.isRenumbered ? " -> " + words(type.shift) : " kept");
   }
 
   [[nodiscard]] std::string systemRecord() const {

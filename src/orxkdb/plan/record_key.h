@@ -1,8 +1,8 @@
 // The key of a record as a value that compares in database order.
 #pragma once
 
-#include <compare>
 #include <cstdint>
+#include <tuple>
 
 #include "orxkdb/handle_number.h"
 #include "records/data_buffer.h"
@@ -17,7 +17,10 @@ struct RecordKey {
   [[nodiscard]] bool isOfSystemRecord() const {
     return parent == nullHandle && object == nullHandle;
   }
-  friend auto operator<=>(const RecordKey&, const RecordKey&) = default;
+  friend bool operator==(const RecordKey&, const RecordKey&) = default;
+  friend bool operator<(const RecordKey& a, const RecordKey& b) {
+    return std::tie(a.parent, a.object, a.recn) < std::tie(b.parent, b.object, b.recn);
+  }
 };
 
 // `key`: 20 bytes as they stand in a record.
