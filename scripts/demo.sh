@@ -68,6 +68,7 @@ run orxkdb check rorxdata
 
 step "Another site: its objects are merged in under new identifiers"
 run orxkdb sample --objects 20000 --seed 8 other.txt
+run orxkdb plan rorxdata other.txt
 run orxkdb explain rorxdata 0000000000000000 | grep -A 9 'identifier counters'
 run orxrestore -i other.txt -m rorxdata
 run orxkdb explain rorxdata 0000000000000000 | grep -A 9 'identifier counters'

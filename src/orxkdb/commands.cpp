@@ -7,6 +7,7 @@
 #include "orxkdb/cmd_explain.h"
 #include "orxkdb/cmd_load.h"
 #include "orxkdb/cmd_messages.h"
+#include "orxkdb/cmd_plan.h"
 #include "orxkdb/cmd_sample.h"
 #include "orxkdb/cmd_stat.h"
 #include "orxkdb/cmd_undo.h"
@@ -24,6 +25,7 @@ constexpr Registration* registrations[] = {
     addStat,      //
     addCheck,     //
     addExplain,   //
+    addPlan,      //
     addMessages,  //
     addUndo,      //
     addSample,    //

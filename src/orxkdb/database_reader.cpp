@@ -1,7 +1,6 @@
 #include "orxkdb/database_reader.h"
 
 #include <algorithm>
-#include <array>
 
 #include "orxkdb/record_name.h"
 
@@ -51,10 +50,17 @@ bool DatabaseReader::isUnderItsKey(const DataBuffer& record) const {
          std::equal(key.begin(), key.end(), record.data());
 }
 
-std::string DatabaseReader::storedName() const {
-  DataBuffer key;
+DatabaseReader::StoredKey DatabaseReader::storedKey() const {
+  StoredKey key{};
   (void)kdb::GetCursorKey(cursor_, key.data(), keyLength);
-  return "stored as " + recordName(key);
+  return key;
+}
+
+std::string DatabaseReader::storedName() const {
+  const StoredKey key = storedKey();
+  DataBuffer record;
+  std::ranges::copy(key, record.data());
+  return "stored as " + recordName(record);
 }
 
 }  // namespace orx::orxkdb

@@ -7,6 +7,7 @@
 // It reads one whole state of the database, whatever is published meanwhile, and takes no lock.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 
@@ -30,8 +31,13 @@ class DatabaseReader {
   [[nodiscard]] const Result& result() const { return result_; }
   // Whether `record`, the last that next() gave, is stored under its own key.
   [[nodiscard]] bool isUnderItsKey(const DataBuffer& record) const;
-  // The key that it is stored under, in words.
+  using StoredKey = std::array<std::uint8_t, kdb::keySize>;
+  // The key that it is stored under, as it stands in a record.
+  [[nodiscard]] StoredKey storedKey() const;
+  // The same in words.
   [[nodiscard]] std::string storedName() const;
+  // The database, for other ways of reading; it goes stale with the reader.
+  [[nodiscard]] kdb::kdbHandle handle() const { return database_; }
   // The number of records that next() gave.
   [[nodiscard]] std::uint64_t count() const { return count_; }
 

@@ -22,6 +22,9 @@ class MergeObserver {
   MergeObserver& operator=(const MergeObserver&) = delete;
   virtual ~MergeObserver() = default;
 
+  // A record of the database, and whether it belongs to the system record.
+  virtual void currentRecord(const DataBuffer&, bool) {}
+
   // The system parameters and the attribute that holds them, null when there is none: of the
   // database, of the backup, and of the database once the backup's are merged in.
   virtual void currentParameters(const CMSymParmSet&, const CMAttribute*) {}
@@ -36,6 +39,8 @@ class MergeObserver {
 
   // A line of the backup and the record, already renumbered, that it was turned into.
   virtual void backupRecord(const BackupLine&, const DataBuffer&) {}
+  // A line that is left out, and its record type, which is not merged.
+  virtual void skippedRecord(const BackupLine&, std::int32_t) {}
 
   // The handle-valued attributes of an object, each of their values, and the object when it is
   // ready: its head record and its attribute text.

@@ -40,7 +40,10 @@ void MergeRun::takeBackup(const BackupLine& line) {
   ORX_TRACE("MergeRun::takeBackup");
   DataBuffer record;
   const CMDatabaseBackupRecord columns(line.chars.data());
-  if (columns.buildDataBufferForMerge(record, tables_) == 0) return;
+  if (columns.buildDataBufferForMerge(record, tables_) == 0) {
+    observer_.skippedRecord(line, record.recType());
+    return;
+  }
   lists_.append(listNumber(record.objectHandle()), record);
   observer_.backupRecord(line, record);
 }
@@ -65,7 +68,7 @@ bool MergeRun::takeAlienSystemRecord() {
 bool MergeRun::nextObject(MergedObject& object) {
   ORX_TRACE("MergeRun::nextObject");
   if (queue_.empty()) return trace.exit(false);
-  object.list = takeFromQueue();
+  takeFromQueue(object);
   readAttributes(big_.attributeText);
   renumberHandles(attributes_, tables_, observer_);
   object.head = big_.data;
@@ -89,19 +92,21 @@ void MergeRun::fillQueue() {
   std::ranges::make_heap(queue_, [this](auto a, auto b) { return follows(a, b); });
 }
 
-// Takes the next object into big_; returns the list that it comes from.
-std::size_t MergeRun::takeFromQueue() {
+// Takes the next object into big_.
+void MergeRun::takeFromQueue(MergedObject& object) {
   const auto follow = [this](std::size_t a, std::size_t b) { return follows(a, b); };
   std::ranges::pop_heap(queue_, follow);
-  const std::size_t list = queue_.back();
+  object.list = queue_.back();
+  RecordList& list = lists_[object.list];
+  object.sources = list.entries();
   big_.attributeText.clear();
-  (void)myGetNextAndDestroy(lists_[list], big_);
-  if (lists_[list].isEmpty()) {
+  (void)myGetNextAndDestroy(list, big_);
+  object.sources -= list.entries();
+  if (list.isEmpty()) {
     queue_.pop_back();
   } else {
     std::ranges::push_heap(queue_, follow);
   }
-  return list;
 }
 
 // An object keeps the first of two attributes of one key. Assigning a set does that, but copies

@@ -22,9 +22,10 @@ namespace orx {
 
 // An object of the backup as the database gets it.
 struct MergedObject {
-  DataBuffer head;       // its own text does not count
-  std::string text;      // the attribute text of the whole chain, with the zeros of chainText
-  std::size_t list = 0;  // the list that it waited in
+  DataBuffer head;          // its own text does not count
+  std::string text;         // the attribute text of the whole chain, with the zeros of chainText
+  std::size_t list = 0;     // the list that it waited in
+  std::size_t sources = 0;  // records of the backup that it was joined from
 };
 
 // The order of the objects: list after list, or ascending by the keys they get, which a database
@@ -36,7 +37,9 @@ class MergeRun {
   // The observer outlives the run.
   MergeRun(MergeObserver& observer, ObjectOrder order);
 
-  void takeCurrent(const DataBuffer& record) { system_.takeRecord(record); }
+  void takeCurrent(const DataBuffer& record) {
+    observer_.currentRecord(record, system_.takeRecord(record));
+  }
   // False when the database has no identifier counters: nothing can be merged into it.
   [[nodiscard]] bool readSystemRecord();
 
@@ -57,7 +60,7 @@ class MergeRun {
  private:
   [[nodiscard]] bool takeAlienSystemRecord();
   void fillQueue();
-  [[nodiscard]] std::size_t takeFromQueue();
+  void takeFromQueue(MergedObject& object);
   [[nodiscard]] bool follows(std::size_t a, std::size_t b) const;
   void readAttributes(const std::string& text);
 

@@ -10,9 +10,11 @@
 
 namespace orx {
 
-void SystemRecord::takeRecord(const DataBuffer& record) {
+bool SystemRecord::takeRecord(const DataBuffer& record) {
   ORX_TRACE("SystemRecord::takeRecord");
-  if (record.auxValue2() == 0 && record.objectHandle().isNull()) text_ += record.text();
+  if (record.auxValue2() != 0 || !record.objectHandle().isNull()) return trace.exit(false);
+  text_ += record.text();
+  return trace.exit(true);
 }
 
 bool SystemRecord::readText() {

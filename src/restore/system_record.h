@@ -22,8 +22,8 @@ class SystemRecord {
   static constexpr int countersKey = 9;
 
   // Takes a record of the database; those of the system record add to its text. To be called in
-  // database order.
-  void takeRecord(const DataBuffer& record);
+  // database order. Whether it was one of the system record.
+  bool takeRecord(const DataBuffer& record);
 
   // Reads the text. False when it has no counters: there is nothing to merge into.
   [[nodiscard]] bool readText();

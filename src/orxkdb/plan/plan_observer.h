@@ -1,0 +1,32 @@
+// PlanObserver: writes down what a merge reads and decides.
+#pragma once
+
+#include "orxkdb/plan/merge_plan.h"
+#include "records/merge_tables.h"
+#include "restore/merge_observer.h"
+
+namespace orx::orxkdb {
+
+class PlanObserver : public MergeObserver {
+ public:
+  // The plan outlives the observer.
+  explicit PlanObserver(MergePlan& plan) : plan_(plan) {}
+
+  void currentRecord(const DataBuffer& record, bool isOfSystemRecord) override;
+  void currentParameters(const CMSymParmSet& parameters, const CMAttribute* attribute) override;
+  void alienParameters(const CMSymParmSet& parameters, const CMAttribute* attribute) override;
+  void mergedParameters(const CMSymParmSet& parameters, const CMAttribute& attribute) override;
+  void currentCounter(std::size_t handler, std::uint32_t counter) override;
+  void finalCounters(const MergeTables& tables) override;
+  void backupRecord(const BackupLine& line, const DataBuffer& record) override;
+  void skippedRecord(const BackupLine& line, std::int32_t recType) override;
+
+  // Those of the merge, complete when the whole backup is read.
+  [[nodiscard]] const MergeTables& tables() const { return tables_; }
+
+ private:
+  MergePlan& plan_;
+  MergeTables tables_;
+};
+
+}  // namespace orx::orxkdb
