@@ -24,7 +24,7 @@ CMAttribute* CMAttributeSetIterator::operator()() {
   while (RWCollectable* entry = RWHashTableIterator::operator()()) {
     if (entry->isA() == class_id::attribute) return trace.exit(static_cast<CMAttribute*>(entry));
   }
-  return nullptr;
+  return trace.exit(static_cast<CMAttribute*>(nullptr));
 }
 
 }  // namespace orx

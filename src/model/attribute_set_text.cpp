@@ -61,7 +61,6 @@ int CMAttributeSet::getCharAttributeSize() const {
 }
 
 void CMAttributeSet::getCharAttribute(char* buffer, int size) const {
-  ORX_TRACE("getCharAttribute");
   writeCut(*this, buffer, size);
 }
 
@@ -72,6 +71,7 @@ std::string CMAttributeSet::text() const {
 }
 
 char* CMAttributeSet::writeText(char* out) const {
+  ORX_TRACE("getCharAttribute");  // by this name, whoever asks for the text
   forEach([&](const CMAttribute& attribute) {
     *out++ = '<';
     out = attribute.writeText(out);

@@ -132,9 +132,7 @@ int CMAttribute::measureText() const {
 }
 
 void CMAttribute::getCharAttribute(char* buffer, int size) const {
-  ORX_TRACE("getCharAttribute");
   writeCut(*this, buffer, size);
-  if (trace.on(TraceScope::detail)) print();
 }
 
 std::string CMAttribute::text() const {
@@ -143,7 +141,9 @@ std::string CMAttribute::text() const {
   return text;
 }
 
+// The trace knows the writing of a text by one name, whoever asks for it.
 char* CMAttribute::writeText(char* out) const {
+  ORX_TRACE("getCharAttribute");
   out = writeHeader(out);
   const std::string_view bytes = stored();
   for (std::size_t i = 0; i < bytes.size(); ++i) {
@@ -156,6 +156,7 @@ char* CMAttribute::writeText(char* out) const {
     if (c == ';' || c == '>') *out++ = c;
     *out++ = c;
   }
+  if (trace.on(TraceScope::detail)) print();
   return out;
 }
 

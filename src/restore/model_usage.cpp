@@ -11,16 +11,16 @@ namespace orx {
 
 namespace {
 
-constexpr short useCountId = 17;
-constexpr short signaturesId = 84;
-constexpr short group = 0;
+constexpr int useCountId = 17;
+constexpr int signaturesId = 84;
+constexpr int group = 0;
 
 bool isVerbose() {
   return restoreSettings().verbose != 0;
 }
 
 std::unique_ptr<CMAttribute> takeSignatures(const HandleBytes& model, ReferenceIndex& references) {
-  auto signatures = std::make_unique<CMAttribute>(signaturesId, group);
+  auto signatures = std::make_unique<CMAttribute>(short{signaturesId}, short{group});
   references.take(model, [&](const CMConfigHandle& object) {
     const HandleText text = object.exportText();
     if (isVerbose()) (void)std::printf("found one: %s\n", text.c_str());

@@ -219,6 +219,15 @@ TEST(AttributeSetIterator, WalksInKeyOrderBetweenTheHooks) {
   EXPECT_EQ(set.begun, set.ended);
 }
 
+TEST(AttributeSetIterator, TracesItsEndAsAResult) {
+  CMAttributeSet empty;
+  const auto lines = captureTrace("IteratorOperator=0x40", [&] {
+    CMAttributeSetIterator next(empty, 0);
+    EXPECT_EQ(next(), nullptr);
+  });
+  EXPECT_EQ(lines, (std::vector<std::string>{"entry", "exit 0"}));
+}
+
 TEST(AttributeSet, PrintsItsAttributes) {
   const CMAttributeSet set("<84;0;1;3;><1;0;1;A;>", 1);
   const auto lines = captureTrace("none=0x40", [&] { set.print(); });

@@ -162,10 +162,25 @@ const std::vector<RecordCase> recordCases = {
       "signatures 12:1: 1 is listed, 0 objects refer to it; <1;1;2;0;0;0;5;> does not"}},
     {"no system record",
      [](auto& lines) { lines.erase(lines.begin()); },
-     {"no-system-record: no record with null handles and auxValue2 0"}},
+     {"no-system-record: no record with a null object handle and auxValue2 0"}},
     {"a system record that a merge does not take",
      [](auto& lines) { lines[0].auxValue2 = 1; },
-     {"no-system-record: no record with null handles and auxValue2 0"}},
+     {"no-system-record: no record with a null object handle and auxValue2 0"}},
+    {"a system record below a parent, which a merge takes",
+     [](auto& lines) {
+       lines[0].parent = handleText(2, 5);
+       lines[0].data = attribute(9, {"1"});
+     },
+     {"counter 0:0: value 1, of type 2, is missing; the highest identifier in use is 5",
+      "counter 0:0: value 7, of type 12, is missing; the highest identifier in use is 1"}},
+    {"a system record behind another record with its handles",
+     [](auto& lines) {
+       lines.push_back(lines[0]);
+       lines.back().recn = 1;
+       lines[0] = {.data = attribute(9, {"1"}), .auxValue2 = 1};
+     },
+     {"chain-disagrees 0:0/1: not as in record 0: auxValue2",
+      "repeated-attribute 0:0: attribute 9"}},
     {"no counters",
      [](auto& lines) { lines[0].data = attribute(1, {"A=1"}); },
      {"no-counters 0:0: attribute 9 is missing"}},

@@ -14,6 +14,7 @@
 #include "restore/use_count_types.h"
 #include "tests/support/kdb_records.h"
 #include "tests/support/temp_dir.h"
+#include "tests/support/trace_capture.h"
 
 namespace orx {
 namespace {
@@ -262,6 +263,20 @@ TEST_F(UseCountTest, VerboseTellsOfEveryModel) {
       rule + "\n";
   for (int i = 3; i < 32; ++i) expected += "model handler: 3\n";
   EXPECT_EQ(output, expected);
+}
+
+TEST_F(UseCountTest, TheTraceNamesLookUpsAndTexts) {
+  create({modelRecord(2, "<17;0;1;9;><84;0;1;x;>")});
+  const struct {
+    const char* patterns;
+    std::size_t lines;
+  } cases[] = {{"findAttrKey4=0x40", 2 * 2},
+               {"getCharAttribute=0x40", 2 * 2},  // of the set and of its one attribute
+               {"getCharAttribute=0x01", 9}};     // that attribute, printed
+  for (const auto& expected : cases) {
+    EXPECT_EQ(captureTrace(expected.patterns, [this] { (void)run(); }).size(), expected.lines)
+        << expected.patterns;
+  }
 }
 
 TEST_F(UseCountTest, NothingIsWrittenWithoutAModel) {

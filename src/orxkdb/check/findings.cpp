@@ -28,7 +28,8 @@ constexpr std::array<FindingKindText, findingKindCount> findingKinds{{
     {notCarried, "not-carried",
      "a backup line cannot carry the record as it is; \"orxkdb dump\" can"},
     {chainGap, "chain-gap",
-     "records of an object are missing: the texts of the others are joined without them"},
+     "records of an object are missing: the texts of the others are joined without them; without\n"
+     "the first one, a merge or \"orxrestore -u\" may take the others for those of another object"},
     {chainDisagrees, "chain-disagrees",
      "the records of an object differ in what they share: only that of its first record counts"},
     {textLeftOver, "text-left-over",

@@ -212,7 +212,8 @@ void Inventory::checkSignatures(const Model& model, std::span<HandleNumber> refe
 
 void Inventory::checkSystemRecord(Findings& findings) const {
   if (!systemRecord_) {
-    findings.add(noSystemRecord, {}, [] { return "no record with null handles and auxValue2 0"; });
+    findings.add(noSystemRecord, {},
+                 [] { return "no record with a null object handle and auxValue2 0"; });
   } else if (!counters_) {
     findings.add(noCounters, placeOf(*systemRecord_), [] { return "attribute 9 is missing"; });
   } else {

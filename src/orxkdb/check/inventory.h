@@ -63,11 +63,11 @@ class Inventory {
   void addReference(const Reference& reference) { references_.push_back(reference); }
   // `signatures` are in normal form; 0 stands for a value that is no handle.
   void addModel(Model model, const std::vector<HandleNumber>& signatures);
-  void setSystemRecord(std::uint32_t source) { systemRecord_ = source; }
   // The first call counts.
-  void setCounters(std::vector<Counter> counters) {
-    if (!counters_) counters_ = std::move(counters);
+  void setSystemRecord(std::uint32_t source) {
+    if (!systemRecord_) systemRecord_ = source;
   }
+  void setCounters(std::vector<Counter> counters) { counters_ = std::move(counters); }
 
   // Compares everything; nothing may be added afterwards.
   void check(Findings& findings);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "model/attribute.h"
+#include "model/attribute_set.h"
 #include "orxkdb/known_attributes.h"
 #include "restore/merge_types.h"
 #include "restore/use_count_types.h"
@@ -47,8 +47,7 @@ std::string numbers(std::uint32_t first, std::uint32_t last) {
   return "records " + std::to_string(first) + " to " + std::to_string(last) + " are missing";
 }
 
-std::vector<Counter> readCounters(const ScannedAttribute& scanned) {
-  const CMAttribute attribute(scanned.text, 1);
+std::vector<Counter> readCounters(const CMAttribute& attribute) {
   const int count = std::min<int>(attribute.attrCount(), static_cast<int>(handlerTypes.size()));
   std::vector<Counter> counters;
   for (int i = 0; i < count; ++i) {
@@ -57,6 +56,11 @@ std::vector<Counter> readCounters(const ScannedAttribute& scanned) {
     counters.push_back({isNumeric != 0, static_cast<std::uint32_t>(number)});
   }
   return counters;
+}
+
+// Whatever its parent is.
+bool isOfSystemRecord(const DataBuffer& record) {
+  return record.auxValue2() == 0 && numberOf(record.objectBytes()) == nullHandle;
 }
 
 std::optional<std::int32_t> readUseCount(const ScannedAttribute& scanned) {
@@ -71,12 +75,20 @@ std::optional<std::int32_t> readUseCount(const ScannedAttribute& scanned) {
 
 void ObjectChecker::add(const DataBuffer& record, std::uint64_t line) {
   if (!belongsToObject(record)) {
-    finish();
+    endObject();
     begin(record, line);
   }
   checkNumber(record, line);
   checkShared(record, line);
   text_ += record.text();
+  if (!isOfSystemRecord(record)) return;
+  isSystemRecord_ = true;
+  systemText_ += record.text();
+}
+
+void ObjectChecker::finish() {
+  endObject();
+  addCounters();
 }
 
 bool ObjectChecker::belongsToObject(const DataBuffer& record) const {
@@ -88,6 +100,7 @@ void ObjectChecker::begin(const DataBuffer& record, std::uint64_t line) {
   head_ = record;
   object_ = {numberOf(record.parentBytes()), numberOf(record.objectBytes())};
   line_ = line;
+  isSystemRecord_ = false;
   nextRecn_ = 0;
   text_.clear();
 }
@@ -110,11 +123,11 @@ void ObjectChecker::checkShared(const DataBuffer& record, std::uint64_t line) {
   });
 }
 
-void ObjectChecker::finish() {
+void ObjectChecker::endObject() {
   if (!hasObject_) return;
   hasObject_ = false;
   const std::uint32_t source = inventory_.addObject(object_, line_);
-  if (isSystemRecord()) inventory_.setSystemRecord(source);
+  if (isSystemRecord_) inventory_.setSystemRecord(source);
   addModelReference(source);
   const Noted noted = checkText(source);
   const bool isModel = takesPartInUseCount(head_.recType()) && orx::isModel(head_.recType());
@@ -122,8 +135,13 @@ void ObjectChecker::finish() {
   if (noted.hasSignatures && !(isModel && noted.hasUseCount)) addHandles(noted.signatures, source);
 }
 
-bool ObjectChecker::isSystemRecord() const {
-  return object_.parent == nullHandle && object_.object == nullHandle && head_.auxValue2() == 0;
+// As a merge reads them: from the joined texts of all records that it takes for the system record.
+void ObjectChecker::addCounters() {
+  CMAttributeSet attributes(systemText_.c_str(), 1);
+  const CMAttributeKey key(known_attribute::counters);
+  if (const CMAttribute* counters = attributes.findAttrKey(key)) {
+    inventory_.setCounters(readCounters(*counters));
+  }
 }
 
 void ObjectChecker::addModelReference(std::uint32_t source) {
@@ -176,9 +194,6 @@ void ObjectChecker::checkAttribute(const ScannedAttribute& attribute) {
 
 void ObjectChecker::note(const ScannedAttribute& attribute, std::uint32_t source, Noted& noted) {
   switch (attribute.key) {
-    case known_attribute::counters:
-      if (isSystemRecord()) inventory_.setCounters(readCounters(attribute));
-      break;
     case known_attribute::useCount:
       if (!noted.hasUseCount) noted.useCount = attribute;
       noted.hasUseCount = true;

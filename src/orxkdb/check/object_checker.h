@@ -34,6 +34,8 @@ class ObjectChecker {
 
   [[nodiscard]] bool belongsToObject(const DataBuffer& record) const;
   void begin(const DataBuffer& record, std::uint64_t line);
+  void endObject();
+  void addCounters();
   void checkNumber(const DataBuffer& record, std::uint64_t line);
   void checkShared(const DataBuffer& record, std::uint64_t line);
   void addModelReference(std::uint32_t source);
@@ -44,7 +46,6 @@ class ObjectChecker {
   void addModel(const Noted& noted, std::uint32_t source);
   void readHandles(const ScannedAttribute& attribute);
   void addHandles(const ScannedAttribute& attribute, std::uint32_t source);
-  [[nodiscard]] bool isSystemRecord() const;
   [[nodiscard]] Place place() const { return {line_, object_, {}}; }
 
   Findings& findings_;
@@ -53,9 +54,11 @@ class ObjectChecker {
   bool hasObject_ = false;
   DataBuffer head_;  // the first record of the object that is being read
   Place::Object object_{};
-  std::uint64_t line_ = 0;      // of the head
-  std::uint32_t nextRecn_ = 0;  // that the next record has to have
-  std::string text_;            // of the records so far
+  std::uint64_t line_ = 0;       // of the head
+  std::uint32_t nextRecn_ = 0;   // that the next record has to have
+  bool isSystemRecord_ = false;  // one of the records so far is of the system record
+  std::string text_;             // of the records so far
+  std::string systemText_;       // of all records of the system record
   std::vector<std::int32_t> keys_;
   std::vector<HandleNumber> handles_;
   std::string value_;
