@@ -129,6 +129,14 @@ TEST(SymbolResolution, ResultsStayBelowTheirLimit) {
   EXPECT_LT(result.size(), symbol_limits::resultBytes + 100);
 }
 
+// The value of P becomes "&Q.--tail" when "&Q" is replaced.
+TEST(SymbolResolution, TheTextMayBeAValueOfTheSet) {
+  CMSymParmSet set;
+  add(set, {{"P", "&Q.-&E.-tail"}, {"Q", "x&P"}, {"E", ""}});
+  EXPECT_EQ(ResolveSymbolsInString(set.findSymbolName2("P")->value().data(), &set, 0),
+            "x&Q.--tail--tail");
+}
+
 // A value with an unknown reference is never settled, so every reference to it reads it again.
 TEST(SymbolResolution, LongValuesAreNotReadOverAndOverWithoutEnd) {
   const std::string reference = "&Q<1>";
