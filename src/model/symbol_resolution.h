@@ -52,7 +52,7 @@ struct SubstrRange {
 void AddCharToString(std::string& out, const char* source, std::int32_t length,
                      const SubstrRange* range);
 
-// Reads the text between "<" and ">". Returns 1; or 0 when it is null, 100 bytes or
+// Reads the text between "<" and ">", up to a NUL. Returns 1; or 0 when it is null, 100 bytes or
 // longer, or no range, and then the start may be set already. Numbers beyond the 32-bit range
 // become the greatest of it.
 [[nodiscard]] int getSubstrRange(const char* text, std::int32_t length, SubstrRange& range,

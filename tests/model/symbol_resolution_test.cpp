@@ -74,6 +74,9 @@ TEST(SymbolResolution, ARangeOfOneHundredBytesIsTooLong) {
   const std::string zeros(95, '0');
   EXPECT_EQ(resolve({{"F", "abcdef"}}, "&F<" + zeros + "2:02>"), "bc");
   EXPECT_EQ(resolve({{"F", "abcdef"}}, "&F<" + zeros + "02:02>"), "abcdef<" + zeros + "02:02>");
+  SubstrRange range;
+  EXPECT_EQ(getSubstrRange("2:3\0x", 5, range, 0), 1);
+  EXPECT_EQ(range.length, 3);
 }
 
 TEST(SymbolResolution, ValuesOfValuesAreResolvedAndKept) {
@@ -175,6 +178,11 @@ TEST(SymbolResolutionDeathTest, InUtf8ModeTextAndValuesMeetInTheLocalCodePage) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
+        SubstrRange whole;
+        whole.length = 7;
+        (void)setenv("LC_ALL", "xx_XX.NOSUCH", 1);  // nothing can be converted
+        if (getSubstrRange("", 0, whole, 1) != 1 || whole.length != 0) std::exit(2);
+        if (getSubstrRange("1", 1, whole, 1) != 0) std::exit(3);
         (void)setenv("LC_ALL", "C", 1);
         std::exit(resolve({{"É", "ä"}, {"A", "a"}}, "-&A&É.ö", 1) == "-aö" ? 0 : 1);
       },
