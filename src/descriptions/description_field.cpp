@@ -123,13 +123,13 @@ int TranslateAttrValue(CMAttribute* attribute, int toUTF8, int ccsid, int limit6
                           static_cast<int>(std::strlen(source)) + 1, ccsid) != 0) {
     return trace.exit(0);
   }
+  attribute->clearValues();
   const std::size_t length = std::strlen(target);
   if (limit64 != 0 && length > limitedLength) {
     DIAG_Dump(trace.anchor(), __LINE__, target, static_cast<std::int64_t>(length),
               "The DESCR is too long and is truncated to 64 bytes");
     target[cutLength(target, toUTF8 != 0 || isUtf8(ccsid))] = '\0';
   }
-  attribute->clearValues();
   attribute->setValue(target);
   return trace.exit(1);
 }

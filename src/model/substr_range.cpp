@@ -1,6 +1,7 @@
 // The operations of symbol_resolution.h that deal with ranges.
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <limits>
 #include <string_view>
 
@@ -23,12 +24,13 @@ std::int32_t saturatedDecimal(std::string_view digits) {
   return tooLarge ? std::numeric_limits<std::int32_t>::max() : number;
 }
 
-// Reads digits, or nothing at all, which is worth 0.
+// Reads digits, or nothing at all, which is worth 0 in every code page.
 bool readNumber(std::string_view part, bool utf8, std::int32_t& number) {
   if (part.find_first_not_of("0123456789") != std::string_view::npos) return false;
   char local[rangeCapacity] = {};
-  if (utf8 && ConvertStringToUTF8(1, local, sizeof local, part.data(),
-                                  static_cast<int>(part.size()), ccsid::local) != 0) {
+  if (utf8 && !part.empty() &&
+      ConvertStringToUTF8(1, local, sizeof local, part.data(), static_cast<int>(part.size()),
+                          ccsid::local) != 0) {
     return false;
   }
   number = saturatedDecimal(utf8 ? std::string_view(local) : part);
@@ -50,7 +52,7 @@ bool readRange(std::string_view text, bool utf8, SubstrRange& range) {
 int getSubstrRange(const char* text, std::int32_t length, SubstrRange& range, int utf8Mode) {
   ORX_TRACE("getSubstrRange");
   if (text == nullptr || length < 0 || length >= rangeCapacity) return trace.exit(0);
-  const std::string_view bytes(text, static_cast<std::size_t>(length));
+  const std::string_view bytes(text, strnlen(text, static_cast<std::size_t>(length)));
   return trace.exit(readRange(bytes, utf8Mode != 0, range) ? 1 : 0);
 }
 

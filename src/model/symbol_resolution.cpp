@@ -165,8 +165,9 @@ std::string TextResolver::selectedPart(const CMSymParm& parameter, const SubstrR
 
 std::string ResolveSymbolsInString(const char* text, CMSymParmSet* set, int utf8Mode,
                                    std::vector<CMSymParm*>* changed) {
+  const std::string kept(text);  // it may be a value of the set, which changes meanwhile
   Resolution shared{set, changed};
-  return TextResolver(shared, text, utf8Mode != 0, 0).run();
+  return TextResolver(shared, kept, utf8Mode != 0, 0).run();
 }
 
 }  // namespace orx

@@ -137,11 +137,11 @@ TEST(DescriptionTranslation, CutsAtSixtyFourBytesBetweenCharacters) {
     EXPECT_EQ(valueOf(attribute), row.expected) << row.name;
     EXPECT_EQ(attribute.attrCount(), 1) << row.name;
   }
-  const auto lines = captureTrace("none=1", [] {
+  const auto lines = captureTrace("clearValues=0x40", [] {
     CMAttribute attribute = make(6, times(70, "\xE9"));
     EXPECT_EQ(TranslateAttrValue(&attribute, 1, 819, 1), 1);
   });
-  EXPECT_EQ(lines.at(0), "The DESCR is too long and is truncated to 64 bytes (140 bytes)");
+  EXPECT_EQ(lines.at(2), "The DESCR is too long and is truncated to 64 bytes (140 bytes)");
 }
 
 TEST(DescriptionTranslation, FailsWithoutAChange) {

@@ -74,6 +74,9 @@ TEST(SymbolResolution, ARangeOfOneHundredBytesIsTooLong) {
   const std::string zeros(95, '0');
   EXPECT_EQ(resolve({{"F", "abcdef"}}, "&F<" + zeros + "2:02>"), "bc");
   EXPECT_EQ(resolve({{"F", "abcdef"}}, "&F<" + zeros + "02:02>"), "abcdef<" + zeros + "02:02>");
+  SubstrRange range;
+  EXPECT_EQ(getSubstrRange("2:3\0x", 5, range, 0), 1);
+  EXPECT_EQ(range.length, 3);
 }
 
 TEST(SymbolResolution, ValuesOfValuesAreResolvedAndKept) {
@@ -129,6 +132,14 @@ TEST(SymbolResolution, ResultsStayBelowTheirLimit) {
   EXPECT_LT(result.size(), symbol_limits::resultBytes + 100);
 }
 
+// The value of P becomes "&Q.--tail" when "&Q" is replaced.
+TEST(SymbolResolution, TheTextMayBeAValueOfTheSet) {
+  CMSymParmSet set;
+  add(set, {{"P", "&Q.-&E.-tail"}, {"Q", "x&P"}, {"E", ""}});
+  EXPECT_EQ(ResolveSymbolsInString(set.findSymbolName2("P")->value().data(), &set, 0),
+            "x&Q.--tail--tail");
+}
+
 // A value with an unknown reference is never settled, so every reference to it reads it again.
 TEST(SymbolResolution, LongValuesAreNotReadOverAndOverWithoutEnd) {
   const std::string reference = "&Q<1>";
@@ -167,6 +178,11 @@ TEST(SymbolResolutionDeathTest, InUtf8ModeTextAndValuesMeetInTheLocalCodePage) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
+        SubstrRange whole;
+        whole.length = 7;
+        (void)setenv("LC_ALL", "xx_XX.NOSUCH", 1);  // nothing can be converted
+        if (getSubstrRange("", 0, whole, 1) != 1 || whole.length != 0) std::exit(2);
+        if (getSubstrRange("1", 1, whole, 1) != 0) std::exit(3);
         (void)setenv("LC_ALL", "C", 1);
         std::exit(resolve({{"É", "ä"}, {"A", "a"}}, "-&A&É.ö", 1) == "-aö" ? 0 : 1);
       },
