@@ -77,6 +77,7 @@ std::int32_t rewriteChain(kdb::kdbHandle database, const DataBuffer& head, const
     const std::int32_t code = storeRecord(database, chainRecord(head, text, i));
     if (code != 0) return trace.exit(code);
   }
+  if (records == ChainRecords::none) return trace.exit(0);
   return trace.exit(deleteRest(database, head, length, records));
 }
 

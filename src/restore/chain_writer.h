@@ -29,6 +29,7 @@ class CMAttributeSet;
 enum class ChainRecords {
   all,
   withoutAuxValue2,  // those whose `auxValue2` is 0: the system record shares its handles
+  none,              // nobody knows: nothing is deleted
 };
 
 // Stores the chain in place of what the database holds of it: its records replace those of their

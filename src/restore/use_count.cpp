@@ -97,10 +97,15 @@ class UseCountRebuild {
     rebuildUsage(attributes_, model_.data.objectBytes(), references);
     const std::string text = chainText(attributes_);
     if (settings_.verbose != 0) printObject(model_.data, text);
-    const std::int32_t code =
-        rewriteChain(database_.handle(), model_.data, text, ChainRecords::all);
+    const std::int32_t code = rewriteChain(database_.handle(), model_.data, text, ownRecords());
     if (code != 0) database_.report(code, "*Error: update the model records");
     return code == 0;
+  }
+
+  // Records behind the text that is written go away when they were part of the text that was read.
+  // Without the first record of its chain, the model's head was not read as what it is.
+  [[nodiscard]] ChainRecords ownRecords() const {
+    return model_.data.recn() == 0 ? ChainRecords::all : ChainRecords::none;
   }
 
   // Closes the database; models written before an ordinary failure are kept.

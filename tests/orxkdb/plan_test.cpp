@@ -11,6 +11,7 @@
 #include "orxkdb/plan/plan_words.h"
 #include "orxkdb/sample_writer.h"
 #include "tests/restore/merge_records.h"
+#include "tests/support/places.h"
 #include "tests/support/run_program.h"
 #include "tests/support/small_fleet.h"
 
@@ -92,7 +93,7 @@ class Plan : public testing::Test {
 
   // Runs the merge, which must do what was planned.
   void expectMergeDoes(const MergePlan& plan) const {
-    const auto run = test::runProgram({.file = ORX_BIN_DIR "/orxrestore",
+    const auto run = test::runProgram({.file = test::builtProgram("orxrestore"),
                                        .arguments = {"-i", "backup", "-m", "db"},
                                        .directory = scratch_.path()});
     EXPECT_EQ(run.exitCode, plan.exitCode()) << run.output;

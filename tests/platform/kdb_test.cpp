@@ -111,6 +111,16 @@ TEST_F(Kdb, ReadingKeyByKeyMeetsEveryRecordAndEnds) {
   }
 }
 
+TEST_F(Kdb, ReadingKeyByKeyEndsAtARecordThatIsStoredUnderAHigherKeyThanItsOwn) {
+  createDatabase(name_, 1);
+  const Opened database(name_);
+  const Record low = makeRecord(2);
+  const Record high = makeRecord(9);
+  ASSERT_EQ(kdb::AddRecord(database.handle, high.data(), 20, low.data(), 296), 0);
+  Record record = makeRecord(3);
+  EXPECT_EQ(database.readNext(record), "8/17");
+}
+
 TEST_F(Kdb, AdvancingAKeyCarriesIntoTheHandles) {
   Record record = makeRecord(0x00FF, 0xFFFFFFFF);
   std::memset(record.data() + 12, 0xFF, 4);
@@ -325,7 +335,7 @@ TEST_F(Kdb, ManyRecordsOutOfOrderAreSortedAndRepeatedKeysFound) {
   {
     const Opened database(name_);
     for (std::uint32_t i = 0; i < 120'000; ++i) {
-      const std::uint32_t object = random() % span + 1;
+      const std::uint32_t object = static_cast<std::uint32_t>(random()) % span + 1;
       const auto fill = static_cast<std::uint8_t>(random());
       const bool isNew = expected.emplace(object, fill).second;
       ASSERT_EQ(database.add(makeRecord(object, 0, fill)), isNew ? "0/0" : "4/46") << i;

@@ -173,9 +173,13 @@ std::int32_t ReadNextByKey(kdbHandle database, const std::uint8_t* key, std::int
                            std::uint8_t* buffer, std::int32_t bufferLength, std::int32_t& length) {
   return checked<OwnedDatabase>(database, [&](OwnedDatabase&, Database& open) -> Outcome {
     if (!isKey(key, keyLength) || !isRecord(buffer, bufferLength)) return badLength;
-    const Outcome outcome = open.readNext(Key::ofRecord(key), buffer);
-    if (outcome.ok()) length = static_cast<std::int32_t>(recordSize);
-    return outcome;
+    const Key wanted = Key::ofRecord(key);
+    const Outcome outcome = open.readNext(wanted, buffer);
+    if (!outcome.ok()) return outcome;
+    // Stored under a key that is not its own: who goes on from its own would never come to an end.
+    if (Key::ofRecord(buffer) < wanted) return notADatabase;
+    length = static_cast<std::int32_t>(recordSize);
+    return succeeded;
   });
 }
 
