@@ -26,7 +26,12 @@ Result DatabaseReader::open(const std::string& name) {
                    database_, status) != 0) {
     return openFailure(name, status);
   }
-  if (kdb::OpenCursor(database_, nullptr, 0, cursor_) != 0) return lastFailure(name, database_);
+  return rewind();
+}
+
+Result DatabaseReader::rewind() {
+  count_ = 0;
+  if (kdb::OpenCursor(database_, nullptr, 0, cursor_) != 0) return lastFailure(name_, database_);
   return {};
 }
 
@@ -51,10 +56,14 @@ bool DatabaseReader::isUnderItsKey(const DataBuffer& record) const {
          std::equal(key.begin(), key.end(), record.data());
 }
 
-std::string DatabaseReader::storedName() const {
+DataBuffer DatabaseReader::storedKey() const {
   DataBuffer key;
   (void)kdb::GetCursorKey(cursor_, key.data(), keyLength);
-  return "stored as " + recordName(key);
+  return key;
+}
+
+std::string DatabaseReader::storedName() const {
+  return "stored as " + recordName(storedKey());
 }
 
 }  // namespace orx::orxkdb

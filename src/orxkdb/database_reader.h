@@ -24,13 +24,16 @@ class DatabaseReader {
   ~DatabaseReader();
 
   Result open(const std::string& name);
+  // Starts at the first record again, in the same state of the database.
+  Result rewind();
 
   // False at the end and after a failure; result() tells which.
   [[nodiscard]] bool next(DataBuffer& record);
   [[nodiscard]] const Result& result() const { return result_; }
   // Whether `record`, the last that next() gave, is stored under its own key.
   [[nodiscard]] bool isUnderItsKey(const DataBuffer& record) const;
-  // The key that it is stored under, in words.
+  // The key that it is stored under, in a record that is zero otherwise, and in words.
+  [[nodiscard]] DataBuffer storedKey() const;
   [[nodiscard]] std::string storedName() const;
   // The number of records that next() gave.
   [[nodiscard]] std::uint64_t count() const { return count_; }
