@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <random>
 #include <string>
@@ -23,7 +24,6 @@ using test::attribute;
 using test::handleText;
 using test::handleValue;
 using test::Line;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -126,11 +126,11 @@ const std::vector<ChangeCase> changeCases = {
      [](auto& lines) {
        lines[2].data = attribute(94, {handleValue(2, 5)}) + attribute(2, {"a ", "b", "c"});
      },
-     "  same attributes in other bytes\n  record 0: text of 53 -> 54 bytes, from byte 1 on "
+     "  same attributes, other records\n  record 0: text of 48 -> 49 bytes, from byte 1 on "
      "\"2;0;3;a;b;c;><94;0;1;<1;;1;;2;;0\"... -> \"94;0;1;<1;;1;;2;;0;;0;;0;;5;;>>;\"...\n"},
     {"a text that does not parse", [](auto& lines) { lines[2].data = chain + "<6;0;2;e;>"; },
      "  text that does not parse, compared byte by byte\n"
-     "  record 0: text of 53 -> 63 bytes, from byte 53 on \"\" -> \"<6;0;2;e;>\"\n"},
+     "  record 0: text of 48 -> 58 bytes, from byte 48 on \"\" -> \"<6;0;2;e;>\"\n"},
 };
 
 std::vector<Line> fleetOf(const std::function<void(std::vector<Line>&)>& change = {}) {
@@ -148,9 +148,10 @@ TEST_F(Diff, TellsWhatChangedWhateverTheFormsAre) {
     const Records now = recordsOf(fleetOf(test.change));
     const std::string expected =
         "changed: object <1;1;2;0;0;0;5;> parent <1;1;0;0;0;0;0;>\n" + test.report;
+    const std::string nowForms[] = {database(test.name, now),
+                                    backup(test.name + ".txt", linesOf(now, "\r\n"))};
     for (const std::string& before : forms) {
-      EXPECT_EQ(changes(before, database(test.name, now)), expected);
-      EXPECT_EQ(changes(before, backup(test.name + ".txt", linesOf(now, "\r\n"))), expected);
+      for (const std::string& after : nowForms) EXPECT_EQ(changes(before, after), expected);
     }
   }
 }
@@ -233,11 +234,11 @@ TEST_F(Diff, PrintsJson) {
   EXPECT_EQ(json["inputs"][0]["form"], "database");
   EXPECT_EQ(json["inputs"][1]["unreadableShown"][0]["line"], 4);
   ASSERT_EQ(json["objects"].size(), 2u);
-  const auto& system = json["objects"][0];
+  const auto& system = json["objects"][1];
   EXPECT_EQ(system["object"]["identifier"], 5);
   EXPECT_EQ(system["textsParse"], false);
   EXPECT_EQ(system["records"][0]["fields"]["text"]["old"], chain);
-  const auto& model = json["objects"][1];
+  const auto& model = json["objects"][0];
   EXPECT_EQ(model["head"][0], (nlohmann::json{{"field", "auxValue1"}, {"old", 0}, {"new", 4}}));
   EXPECT_EQ(model["attributes"][0]["change"], "removed");
   EXPECT_EQ(model["attributes"][2]["new"][0]["handle"]["identifier"], 6);
@@ -268,7 +269,7 @@ TEST_F(Diff, TakesTheLinesOfABackupInAnyOrder) {
   const std::string twice = backup("twice", joined(lines));
   EXPECT_THAT(run({.before = shuffled, .after = twice}, exitDone), HasSubstr("    1 more ignored"));
   std::ranges::reverse(lines);
-  EXPECT_THAT(changes(shuffled, backup("first", joined(lines))), HasSubstr("auxValue1: "));
+  EXPECT_THAT(changes(shuffled, backup("first", joined(lines))), HasSubstr("auxValue1"));
 }
 
 TEST_F(Diff, CountsLinesThatAreNoRecords) {
@@ -302,7 +303,7 @@ Records oddRecords(std::mt19937& random) {
     DataBuffer record;
     record.setParentHandle(pick());
     record.setObjectHandle(pick());
-    record.setRecn(random() % 3);
+    record.setRecn(static_cast<std::uint32_t>(random() % 3));
     record.setModelHandle(pick());
     record.setAuxValue1(static_cast<std::int32_t>(random() % 100000000));
     record.setAttrText(std::string(random() % 257, static_cast<char>(random() % 3 + ' ')));
@@ -327,7 +328,7 @@ TEST_F(Diff, ComparesADatabaseWithABackupByWhatTheBackupCarries) {
   Records stored;
   {
     const test::Opened opened(odd, kdb::openForReading);
-    for (const test::Record& bytes : opened.all()) {
+    for (const orx::test::Record& bytes : opened.all()) {
       std::copy(bytes.begin(), bytes.end(), stored.emplace_back().data());
     }
   }
@@ -369,7 +370,7 @@ TEST_F(Diff, ComparesDatabasesByTheKeysThatRecordsAreStoredUnder) {
 TEST_F(Diff, FailsWithACodeThatIsNotOneOfTheResults) {
   const std::string good = database("a", recordsOf(fleetOf()));
   run({.before = good, .after = scratch_.file("none")}, exitNotOpened);
-  run({.before = scratch_.path(), .after = good}, exitNotOpened);
+  run({.before = scratch_.path().string(), .after = good}, exitNotOpened);
   run({.before = "/dev/null", .after = good}, exitNotOpened);
   std::string damaged = test::readFile(good);
   damaged.resize(damaged.size() / 2);

@@ -155,7 +155,7 @@ std::string changedText(const ObjectChanges& changes, bool withRecords) {
   }
   for (const AttributeChange& change : changes.attributes()) text += attributeText(change, changes);
   if (!changes.textsParse()) text += "  text that does not parse, compared byte by byte\n";
-  if (changes.onlyInRecords()) text += "  same attributes in other bytes\n";
+  if (changes.onlyInRecords()) text += "  same attributes, other records\n";
   if (!showsRecords(changes, withRecords)) return text;
   for (const RecordChange& change : changes.records()) text += "  " + recordText(change) + "\n";
   return text;

@@ -51,18 +51,18 @@ Result DiffReport::writeObjectJson(const nlohmann::ordered_json& object) {
 Result DiffReport::finish(const ChainReader& before, const ChainReader& after) {
   counts_.unreadableLines =
       before.source().counts().unreadable + after.source().counts().unreadable;
-  Result result;
-  if (options_.json) {
-    result = writeJsonStart();
-    std::string end = "\n]";
-    for (const auto& [name, value] : summaryJson(before, after, counts_).items()) {
-      end += ",\n\"" + name + "\": " + oneLine(value);
-    }
-    if (result.ok()) result = output_.write(end + "\n}\n");
-  } else {
-    result = output_.write(summaryText(before, after, counts_, options_));
-  }
+  Result result = options_.json ? writeJsonEnd(summaryJson(before, after, counts_))
+                                : output_.write(summaryText(before, after, counts_, options_));
   return result.ok() ? output_.publish() : result;
+}
+
+Result DiffReport::writeJsonEnd(const nlohmann::ordered_json& members) {
+  std::string end = "\n]";
+  for (const auto& [name, value] : members.items()) {
+    end += ",\n\"" + name + "\": " + oneLine(value);
+  }
+  Result result = writeJsonStart();
+  return result.ok() ? output_.write(end + "\n}\n") : result;
 }
 
 }  // namespace orx::orxkdb

@@ -29,6 +29,8 @@ class DiffReport {
   [[nodiscard]] bool count(ObjectChange change);
   Result writeObjectJson(const nlohmann::ordered_json& object);
   Result writeJsonStart();
+  // `members` stand behind the objects.
+  Result writeJsonEnd(const nlohmann::ordered_json& members);
 
   DiffOptions options_;
   DiffCounts counts_;

@@ -61,7 +61,7 @@ std::vector<KindCount> detailsOf(const DiffCounts& counts) {
           {"attributes removed", "attributesRemoved", counts.attributesRemoved},
           {"attributes with other values", "attributesChanged", counts.attributesChanged},
           {"objects with a text that does not parse", "textsNotParsed", counts.textsNotParsed},
-          {"objects that differ in the bytes alone", "onlyInRecords", counts.onlyInRecords}};
+          {"objects that differ in their records alone", "onlyInRecords", counts.onlyInRecords}};
 }
 
 std::string objectCountText(ObjectChange change, const DiffCounts& counts, std::size_t limit) {
