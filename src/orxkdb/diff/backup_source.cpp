@@ -51,8 +51,9 @@ Result BackupSource::open() {
   bool ascends = true;
   RecordKey last;
   scanKeys([&](const BackupPiece&, const RecordKey& key) {
-    ascends = ascends && !(key < last);
+    ascends = !(key < last);
     last = key;
+    return ascends;
   });
   if (file_.result().ok() && !ascends) sortLines();
   file_.rewind();
@@ -64,11 +65,12 @@ void BackupSource::scanKeys(Visit visit) {
   unreadable_.clear();
   BackupPiece piece;
   RecordKey key;
-  while (file_.next(piece) && !piece.endsRestore()) {
+  bool goesOn = true;
+  while (goesOn && file_.next(piece) && !piece.endsRestore()) {
     if (piece.continuesLine || findFault(piece.text, key) != nullptr) {
       addUnreadable(piece);
     } else {
-      visit(piece, key);
+      goesOn = visit(piece, key);
     }
   }
 }
@@ -88,6 +90,7 @@ void BackupSource::sortLines() {
   file_.rewind();
   scanKeys([this](const BackupPiece& piece, const RecordKey& key) {
     entries_.push_back({key, piece.offset});
+    return true;
   });
   std::ranges::sort(entries_, {}, [](const Entry& e) { return std::tie(e.key, e.offset); });
 }

@@ -1,8 +1,8 @@
 // The records that a restore makes of the lines of a backup.
 //
 // A first pass looks at the keys alone. Where they ascend, as in every backup of a database, a
-// second one reads the records; else 32 bytes for each line are remembered, sorted, and the lines
-// are read in that order.
+// second one reads the records. Behind the first key that does not, the pass starts again and
+// remembers 32 bytes for each line; once sorted, they tell in which order the lines are read.
 //
 // A line whose key columns hold no complete key is unreadable: it is counted and left out.
 #pragma once
@@ -35,7 +35,7 @@ class BackupSource final : public RecordSource {
   };
   static_assert(sizeof(Entry) == 32);
 
-  // Calls visit(piece, key) for every line that a record can be made of.
+  // Calls visit(piece, key) for every line that a record can be made of, until it returns false.
   template <typename Visit>
   void scanKeys(Visit visit);
   void addUnreadable(const BackupPiece& piece);
