@@ -15,7 +15,8 @@ struct ObjectKey {
   HandleNumber parent = nullHandle;
   HandleNumber object = nullHandle;
 
-  friend auto operator<=>(const ObjectKey&, const ObjectKey&) = default;
+  friend auto operator<=>(const ObjectKey&,
+                          const ObjectKey&) = default;  // NOLINT(modernize-use-nullptr)
 };
 
 struct Chain {

@@ -14,7 +14,7 @@ using Json = nlohmann::ordered_json;
 
 // With its digits where the exported form of another handle may be the same.
 std::string handleName(HandleNumber handle) {
-  const std::string name = exportedForm(handle);
+  std::string name = exportedForm(handle);
   if (normalForm(handle) == handle) return name;
   return name + " (" + handleOf(handle).externText().c_str() + ")";
 }

@@ -42,17 +42,17 @@ class DiffRun {
   Result compareNext() {
     const std::strong_ordering order = orderOfNext();
     Result result;
-    if (order < 0) {
+    if (std::is_lt(order)) {
       result = report_.addOneSided(ObjectChange::removed, before_.chain());
-    } else if (order > 0) {
+    } else if (std::is_gt(order)) {
       result = report_.addOneSided(ObjectChange::added, after_.chain());
     } else if (sameRecords(before_.chain(), after_.chain())) {
       report_.addUnchanged();
     } else {
       result = report_.addChanged(before_.chain(), after_.chain());
     }
-    if (order <= 0) (void)before_.next();
-    if (order >= 0) (void)after_.next();
+    if (std::is_lteq(order)) (void)before_.next();
+    if (std::is_gteq(order)) (void)after_.next();
     return result;
   }
 

@@ -21,7 +21,8 @@ struct RecordKey {
   HandleNumber object = nullHandle;
   std::uint32_t recn = 0;
 
-  friend auto operator<=>(const RecordKey&, const RecordKey&) = default;
+  friend auto operator<=>(const RecordKey&,
+                          const RecordKey&) = default;  // NOLINT(modernize-use-nullptr)
 };
 
 [[nodiscard]] inline RecordKey keyOf(const DataBuffer& record) {

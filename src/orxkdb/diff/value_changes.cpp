@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iterator>
 #include <numeric>
-#include <ranges>
 #include <string_view>
 #include <unordered_map>
 
@@ -61,10 +60,9 @@ ValueChanges compareStretches(const Stretch& before, const Stretch& after) {
 ValueChanges compareValues(const Values& before, const Values& after) {
   const auto start = std::ranges::mismatch(before, after);
   const auto first = static_cast<std::size_t>(start.in1 - before.begin());
-  const auto restBefore = std::ranges::subrange(start.in1, before.end()) | std::views::reverse;
-  const auto restAfter = std::ranges::subrange(start.in2, after.end()) | std::views::reverse;
-  const auto tail = static_cast<std::size_t>(std::ranges::mismatch(restBefore, restAfter).in1 -
-                                             restBefore.begin());
+  const auto end = std::mismatch(before.rbegin(), std::make_reverse_iterator(start.in1),
+                                 after.rbegin(), std::make_reverse_iterator(start.in2));
+  const auto tail = static_cast<std::size_t>(end.first - before.rbegin());
   return compareStretches({before, first, before.size() - tail},
                           {after, first, after.size() - tail});
 }
