@@ -3,6 +3,7 @@
 #include "orxkdb/cmd_backup.h"
 #include "orxkdb/cmd_check.h"
 #include "orxkdb/cmd_create.h"
+#include "orxkdb/cmd_diff.h"
 #include "orxkdb/cmd_dump.h"
 #include "orxkdb/cmd_explain.h"
 #include "orxkdb/cmd_load.h"
@@ -25,6 +26,7 @@ constexpr Registration* registrations[] = {
     addStat,      //
     addCheck,     //
     addExplain,   //
+    addDiff,      //
     addPlan,      //
     addMessages,  //
     addUndo,      //

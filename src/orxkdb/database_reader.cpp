@@ -25,7 +25,12 @@ Result DatabaseReader::open(const std::string& name) {
                    database_, status) != 0) {
     return openFailure(name, status);
   }
-  if (kdb::OpenCursor(database_, nullptr, 0, cursor_) != 0) return lastFailure(name, database_);
+  return rewind();
+}
+
+Result DatabaseReader::rewind() {
+  count_ = 0;
+  if (kdb::OpenCursor(database_, nullptr, 0, cursor_) != 0) return lastFailure(name_, database_);
   return {};
 }
 
@@ -50,17 +55,14 @@ bool DatabaseReader::isUnderItsKey(const DataBuffer& record) const {
          std::equal(key.begin(), key.end(), record.data());
 }
 
-DatabaseReader::StoredKey DatabaseReader::storedKey() const {
-  StoredKey key{};
+DataBuffer DatabaseReader::storedKey() const {
+  DataBuffer key;
   (void)kdb::GetCursorKey(cursor_, key.data(), keyLength);
   return key;
 }
 
 std::string DatabaseReader::storedName() const {
-  const StoredKey key = storedKey();
-  DataBuffer record;
-  std::ranges::copy(key, record.data());
-  return "stored as " + recordName(record);
+  return "stored as " + recordName(storedKey());
 }
 
 }  // namespace orx::orxkdb

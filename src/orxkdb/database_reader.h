@@ -25,16 +25,16 @@ class DatabaseReader {
   ~DatabaseReader();
 
   Result open(const std::string& name);
+  // Starts at the first record again, in the same state of the database.
+  Result rewind();
 
   // False at the end and after a failure; result() tells which.
   [[nodiscard]] bool next(DataBuffer& record);
   [[nodiscard]] const Result& result() const { return result_; }
   // Whether `record`, the last that next() gave, is stored under its own key.
   [[nodiscard]] bool isUnderItsKey(const DataBuffer& record) const;
-  using StoredKey = std::array<std::uint8_t, kdb::keySize>;
-  // The key that it is stored under, as it stands in a record.
-  [[nodiscard]] StoredKey storedKey() const;
-  // The same in words.
+  // The key that it is stored under, in a record that is zero otherwise, and in words.
+  [[nodiscard]] DataBuffer storedKey() const;
   [[nodiscard]] std::string storedName() const;
   // The database, for other ways of reading; it goes stale with the reader.
   [[nodiscard]] kdb::kdbHandle handle() const { return database_; }

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <new>
 
+#include "orxkdb/cmd_diff.h"
 #include "orxkdb/commands.h"
 #include "orxkdb/output.h"
 
@@ -22,9 +23,9 @@ constexpr const char* footer =
     "Databases are changed in one step, whole or not at all; what was there before stays as\n"
     "DB.orx-previous, see \"orxkdb undo --help\". Reading is safe while other programs work.\n\n"
     "Exit codes:\n"
-    "  0  done\n"
-    "  1  the command line is unusable\n"
-    "  2  the input or the database is not what it should be\n"
+    "  0  done; diff: the two are the same\n"
+    "  1  the command line is unusable; diff: the two differ\n"
+    "  2  the input or the database is not what it should be; diff: the command line neither\n"
     "  5  a database or a file could not be opened\n"
     "  6  a failure on the way: disk, memory, closed output";
 
@@ -43,6 +44,11 @@ void describeProgram(CLI::App& program, Action& action) {
   addCommands(program, action);
 }
 
+// A failure of diff must not look like a difference.
+ExitCode usageCode(const CLI::App& program) {
+  return program.got_subcommand(diffCommand) ? exitNotAsExpected : exitUsage;
+}
+
 // The parser calls a word that is no subcommand a missing one.
 Result usageFailure(const CLI::App& program, const CLI::ParseError& error,
                     std::string_view firstWord) {
@@ -54,7 +60,7 @@ Result usageFailure(const CLI::App& program, const CLI::ParseError& error,
   } else if (!firstWord.empty() && !firstWord.starts_with('-')) {
     what = "there is no subcommand \"" + std::string(firstWord) + "\"";
   }
-  return fail(exitUsage, what, "command line", "see \"" + help + " --help\"");
+  return fail(usageCode(program), what, "command line", "see \"" + help + " --help\"");
 }
 
 // What the command line asks for; the help and the version are printed here.

@@ -63,26 +63,40 @@ bool BackupFile::readAt(std::uint64_t offset, CMDatabaseBackupRecord& record) {
   return result_.ok();
 }
 
-// With its line end; empty at the end of the file and after a failure. Keeps in the window what
-// follows, unless that is asked for backwards.
+void BackupFile::rewind() {
+  offset_ = 0;
+  line_ = 1;
+  continuesLine_ = false;
+}
+
+// With its line end; empty at the end of the file and after a failure.
 std::string_view BackupFile::pieceAt(std::uint64_t offset) {
   const std::size_t wanted =
       static_cast<std::size_t>(std::min<std::uint64_t>(BackupLine::longest, size_ - offset));
-  if (offset < windowOffset_ || offset + wanted > windowOffset_ + windowSize_) {
-    const ssize_t count =
-        orx::readAt(file_.get(), static_cast<std::uint8_t*>(static_cast<void*>(window_.data())),
-                    window_.size(), static_cast<off_t>(offset));
-    if (count < 0) {
-      result_ = fileFailure(exitFailed, "the file cannot be read", name_, errno);
-      return {};
-    }
-    windowOffset_ = offset;
-    windowSize_ = static_cast<std::size_t>(count);
-  }
+  const bool isKept = offset >= windowOffset_ && offset + wanted <= windowOffset_ + windowSize_;
+  if (!isKept && !readWindow(offset)) return {};
   const auto at = static_cast<std::size_t>(offset - windowOffset_);
   const std::string_view bytes = std::string_view(window_.data(), windowSize_).substr(at, wanted);
   return bytes.substr(
       0, bytes.find('\n') == std::string_view::npos ? bytes.size() : bytes.find('\n') + 1);
+}
+
+// What lies behind the window is likely to be read in order; a jump elsewhere is likely to be
+// followed by another.
+bool BackupFile::readWindow(std::uint64_t offset) {
+  const std::uint64_t end = windowOffset_ + windowSize_;
+  const bool continues = offset <= end && offset + BackupLine::longest >= end;
+  const std::size_t size = continues ? window_.size() : BackupLine::longest;
+  const ssize_t count =
+      orx::readAt(file_.get(), static_cast<std::uint8_t*>(static_cast<void*>(window_.data())), size,
+                  static_cast<off_t>(offset));
+  if (count < 0) {
+    result_ = fileFailure(exitFailed, "the file cannot be read", name_, errno);
+    return false;
+  }
+  windowOffset_ = offset;
+  windowSize_ = static_cast<std::size_t>(count);
+  return true;
 }
 
 }  // namespace orx::orxkdb

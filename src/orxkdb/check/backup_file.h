@@ -39,14 +39,18 @@ class BackupFile {
   // The next piece; false at the end and after a failure, which result() tells.
   [[nodiscard]] bool next(BackupPiece& piece);
   [[nodiscard]] const Result& result() const { return result_; }
+  // Makes the first piece the next one.
+  void rewind();
 
-  // The piece at `offset` once more, as a record. False after a failure. Fast in ascending order.
+  // The piece at `offset` once more, as a record. False after a failure. Reads ahead in ascending
+  // order, and one piece only elsewhere.
   [[nodiscard]] bool readAt(std::uint64_t offset, CMDatabaseBackupRecord& record);
 
   [[nodiscard]] std::uint64_t size() const { return size_; }
 
  private:
   [[nodiscard]] std::string_view pieceAt(std::uint64_t offset);
+  [[nodiscard]] bool readWindow(std::uint64_t offset);
 
   std::string name_;
   UniqueFd file_;

@@ -24,7 +24,7 @@ bool KeyCheck::isStored(const RecordKey& key) {
 void KeyCheck::readNext() {
   do {
     stored_.reset();
-    if (database_.next(record_)) stored_ = recordKey(database_.storedKey().data());
+    if (database_.next(record_)) stored_ = keyOf(database_.storedKey());
   } while (stored_ && isDropped());
 }
 

@@ -92,7 +92,7 @@ class PlanRun {
     const std::size_t length = chainLength(object.text);
     ++totals.objects;
     totals.records += length;
-    RecordKey key = recordKey(object.head.data());
+    RecordKey key = keyOf(object.head);
     for (key.recn = 0; key.recn < length; ++key.recn) {
       const std::optional<KeyTaken> taken = keys.add(key);
       if (!taken) continue;

@@ -1,0 +1,56 @@
+#include "orxkdb/cmd_diff.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "orxkdb/diff/diff_run.h"
+#include "orxkdb/diff/diff_summary.h"
+
+namespace orx::orxkdb {
+
+Result diff(const DiffOptions& options) {
+  DiffCounts counts;
+  if (Result result = runDiff(options, counts); !result.ok()) return result;
+  if (counts.isSame()) return {};
+  return fail(exitDifferent, "the two differ: " + countsInShort(counts),
+              options.before + " and " + options.after,
+              "read the report; \"orxkdb explain\" shows an object or a line");
+}
+
+void addDiff(CLI::App& program, Action& action) {
+  auto options = std::make_shared<DiffOptions>();
+  CLI::App* const command = program.add_subcommand(
+      diffCommand, "Compare two databases or backups, object by object and attribute by attribute");
+  command->add_option("A", options->before, "The old database, or backup file; it is not changed")
+      ->required()
+      ->type_name("");
+  command->add_option("B", options->after, "The new database, or backup file; it is not changed")
+      ->required()
+      ->type_name("");
+  command
+      ->add_option("--limit", options->limit,
+                   "Objects to show as added, as removed and as changed; 0 shows all")
+      ->capture_default_str();
+  command->add_flag("--records", options->records, "Show the records of changed objects as well");
+  command->add_flag("--json", options->json, "Print JSON, for scripts; its \"version\" is 1");
+  command->footer(
+      "What only B has is added, what only A has is removed. An object is known by its handle and\n"
+      "its parent's; one that got another parent is removed and added. Records whose text does "
+      "not\n"
+      "parse are compared byte by byte.\n\n"
+      "A backup carries less than a database: when either is a backup, a database is compared as "
+      "a\n"
+      "backup and a restore would bring it back. The lines of a backup may stand in any order; of\n"
+      "lines with one key the first counts. A line without a key is a difference of its own.\n\n"
+      "All objects are counted, also those that are not shown. The exit code is 0 when the two "
+      "are\n"
+      "the same and 1 when they differ. Any other is a failure: 2 the command line is unusable, 5\n"
+      "an input could not be opened, 6 a failure on the way.\n\n"
+      "Examples:\n"
+      "  orxkdb diff rorxdata.orx-previous rorxdata\n"
+      "  orxkdb diff RORXbackup.txt rorxdata\n"
+      "  orxkdb diff --json --limit 0 old.txt new.txt > changes.json");
+  command->callback([options, &action] { action = [options] { return diff(*options); }; });
+}
+
+}  // namespace orx::orxkdb

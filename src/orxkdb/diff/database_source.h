@@ -1,0 +1,23 @@
+// The records of a database as they are stored, in one pass.
+#pragma once
+
+#include "orxkdb/database_reader.h"
+#include "orxkdb/diff/record_source.h"
+
+namespace orx::orxkdb {
+
+class DatabaseSource final : public RecordSource {
+ public:
+  explicit DatabaseSource(std::string name) : RecordSource(std::move(name)) {}
+
+  Result open() { return reader_.open(name()); }
+  [[nodiscard]] bool isDatabase() const override { return true; }
+
+ protected:
+  [[nodiscard]] bool read(KeyedRecord& record, Result& result) override;
+
+ private:
+  DatabaseReader reader_;
+};
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,42 @@
+// DiffReport: writes the report of a comparison on standard output while it goes on, as text or as
+// JSON. All objects are counted, the first of each kind are shown.
+#pragma once
+
+#include <string_view>
+
+#include "orxkdb/diff/change_words.h"
+#include "orxkdb/diff/diff_counts.h"
+#include "orxkdb/diff/diff_options.h"
+#include "orxkdb/output.h"
+
+namespace orx::orxkdb {
+
+class DiffReport {
+ public:
+  explicit DiffReport(const DiffOptions& options) : options_(options) {}
+
+  // In key order.
+  Result addOneSided(ObjectChange change, const Chain& chain);
+  Result addChanged(const Chain& before, const Chain& after);
+  void addUnchanged() { ++counts_.unchanged; }
+
+  // When all objects have been seen.
+  Result finish(const ChainReader& before, const ChainReader& after);
+  [[nodiscard]] const DiffCounts& counts() const { return counts_; }
+
+ private:
+  // Counts the object; whether it is to be shown.
+  [[nodiscard]] bool count(ObjectChange change);
+  Result writeObjectJson(const nlohmann::ordered_json& object);
+  Result writeJsonStart();
+  // `members` stand behind the objects.
+  Result writeJsonEnd(const nlohmann::ordered_json& members);
+
+  DiffOptions options_;
+  DiffCounts counts_;
+  Output output_;
+  bool hasJsonStart_ = false;
+  std::string_view separator_ = "\n";
+};
+
+}  // namespace orx::orxkdb

@@ -1,0 +1,84 @@
+// ObjectChanges: what differs between two chains of one object.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "orxkdb/check/text_scanner.h"
+#include "orxkdb/diff/chain.h"
+#include "orxkdb/diff/value_changes.h"
+
+namespace orx::orxkdb {
+
+// The fields of the first record of a chain that say something of the object as a whole.
+enum class HeadField { recType, modelHandle, auxValue1, auxValue2 };
+
+struct HeadFieldName {
+  HeadField field;
+  const char* name;
+};
+inline constexpr std::array<HeadFieldName, 4> headFields{{{HeadField::recType, "recType"},
+                                                          {HeadField::modelHandle, "modelHandle"},
+                                                          {HeadField::auxValue1, "auxValue1"},
+                                                          {HeadField::auxValue2, "auxValue2"}}};
+
+[[nodiscard]] bool sameField(HeadField field, const DataBuffer& a, const DataBuffer& b);
+
+// The joined text of a chain and the attributes in it, in ascending order of their keys, those with
+// one key in the order read.
+class ChainText {
+ public:
+  explicit ChainText(const Chain& chain);
+  ChainText(const ChainText&) = delete;
+  ChainText& operator=(const ChainText&) = delete;
+
+  [[nodiscard]] const std::vector<ScannedAttribute>& attributes() const { return attributes_; }
+  // Whether reading takes all of it, and every attribute has as many values as it states.
+  [[nodiscard]] bool parses() const { return parses_; }
+
+ private:
+  std::string text_;
+  std::vector<ScannedAttribute> attributes_;
+  bool parses_ = false;
+};
+
+[[nodiscard]] Values valuesOf(const ScannedAttribute& attribute);
+
+// One side is null where the other has an attribute or a record that this one has not.
+template <typename Item>
+struct Change {
+  const Item* before = nullptr;
+  const Item* after = nullptr;
+};
+using AttributeChange = Change<ScannedAttribute>;
+using RecordChange = Change<KeyedRecord>;
+
+// Refers to both chains.
+class ObjectChanges {
+ public:
+  ObjectChanges(const Chain& before, const Chain& after);
+
+  [[nodiscard]] const Chain& before() const { return before_; }
+  [[nodiscard]] const Chain& after() const { return after_; }
+
+  [[nodiscard]] std::vector<HeadFieldName> head() const;
+  [[nodiscard]] bool chainLength() const { return before_.records.size() != after_.records.size(); }
+  // Whether both texts parse; if not, attributes() is empty and the records tell.
+  [[nodiscard]] bool textsParse() const { return beforeText_.parses() && afterText_.parses(); }
+  [[nodiscard]] const std::vector<AttributeChange>& attributes() const { return attributes_; }
+  // Whether nothing but the records tells what differs.
+  [[nodiscard]] bool onlyInRecords() const {
+    return textsParse() && attributes_.empty() && head().empty() && !chainLength();
+  }
+  [[nodiscard]] std::vector<RecordChange> records() const;
+
+ private:
+  const Chain& before_;
+  const Chain& after_;
+  ChainText beforeText_;
+  ChainText afterText_;
+  std::vector<AttributeChange> attributes_;
+};
+
+}  // namespace orx::orxkdb
