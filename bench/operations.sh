@@ -55,7 +55,7 @@ for _ in $(seq "$runs"); do
   measured backup orxkdb backup a out
   read_and_write backup_io a a.txt
   expected_status=1 measured diff orxkdb diff a merged
-  measured diff_io cat a merged
+  measured diff_io sh -c "dd if=a of=/dev/null bs=1M; dd if=merged of=/dev/null bs=1M"
   rm -f dd.out
 done
 

@@ -66,11 +66,22 @@ run orxrestore -u rorxdata
 run orxkdb explain rorxdata 12:1 | grep -A 1 -E '^\$|use count|signatures'
 run orxkdb check rorxdata
 
-step "Another site: its objects are merged in under new identifiers"
+step "Another site, with a parameter ARCHIVING of its own: what a merge of its backup would do"
 run orxkdb sample --objects 20000 --seed 8 other.txt
+sed -i 's/RETENTION=/ARCHIVING=/' other.txt
+run orxkdb check other.txt
 run orxkdb plan rorxdata other.txt
-run orxkdb explain rorxdata 0000000000000000 | grep -A 9 'identifier counters'
-run orxrestore -i other.txt -m rorxdata
-run orxkdb explain rorxdata 0000000000000000 | grep -A 9 'identifier counters'
+
+step "The merge: its objects are added under new identifiers, its new parameter as well"
+run orxkdb explain rorxdata 0:0 | grep -A 12 -E '^\$|attribute 1 of|attribute 9 of'
+new_id=$(orxkdb plan rorxdata other.txt | sed -n 's/^  type 12 .* 1-[0-9]* -> \([0-9]*\)-.*/\1/p')
+run orxrestore -i other.txt -m rorxdata -v | awk '/system parms/ && lines < 3 {lines++; print; getline; print} /finished|0000 records added/'
+run orxkdb explain rorxdata 0:0 | grep -A 12 -E '^\$|attribute 1 of|attribute 9 of'
+
+step "Model 1 of the other site, and the same model where it is now"
+run orxkdb explain --line "other.txt:$(grep -n -m 1 '<1;1;12;0;0;0;1;>.*<17;' other.txt | cut -d: -f1)"
+run orxkdb explain rorxdata "12:$new_id"
+
+step "The use counts once more; nothing is left to find"
 run orxrestore -u rorxdata
 run orxkdb check rorxdata
