@@ -115,8 +115,8 @@ TEST_F(Completion, OfZshIsReadByItsShell) {
   if (!std::filesystem::exists("/bin/zsh")) GTEST_SKIP() << "zsh is not there";
   load("zsh");
   const char* script =
-      "_describe() { print -l -- $commands }\n"
-      "_arguments() { print -l -- \"$@\"; state=arguments; line=(explain) }\n"
+      "_describe() { print -rl -- $commands }\n"
+      "_arguments() { print -rl -- \"$@\"; state=arguments; line=(explain) }\n"
       "source ./completion";
   const auto result = run("/bin/zsh", {"-f", "-c", script});
   EXPECT_EQ(result.errors, "");

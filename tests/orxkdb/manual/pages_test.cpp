@@ -106,7 +106,7 @@ TEST_F(ManualPages, OfTheFormatsHoldHeadingsAndExamples) {
     for (const std::string& line : block.lines) EXPECT_THAT(whole, HasSubstr(squeezed(line)));
   }
   for (const char* text : {"BACKUP LINE", "MESSAGES", "VERSION=3 format=bytevalue",
-                           "| 0 | 48 | parent handle | exported form, left-aligned"}) {
+                           "|0 | 48 | parent handle | exported form, left-aligned"}) {
     EXPECT_THAT(whole, HasSubstr(text));
   }
   for (const char* mark : {"`", "**", "](", "|---"}) {
