@@ -82,8 +82,8 @@ void addExplain(CLI::App& program, Action& action) {
       ->add_option("HANDLE", options->handle,
                    "Handle of the object, in exported form, as 16 hexadecimal digits or TYPE:ID")
       ->type_name("");
-  command->add_option("--line", options->line, "Line of a backup instead, as FILE:NUMBER")
-      ->type_name("");
+  command->add_option("--line", options->line, "Line of a backup instead")
+      ->type_name("FILE:NUMBER");
   command->add_flag("--json", options->json, "Print JSON, for scripts; its \"version\" is 1");
   command->footer(
       "Shows the records of the object, what its handles say, and every attribute with its "

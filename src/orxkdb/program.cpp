@@ -9,6 +9,7 @@
 
 #include "orxkdb/cmd_diff.h"
 #include "orxkdb/commands.h"
+#include "orxkdb/manual/manual_options.h"
 #include "orxkdb/output.h"
 
 namespace orx::orxkdb {
@@ -42,6 +43,7 @@ void describeProgram(CLI::App& program, Action& action) {
   program.require_subcommand(1);
   program.footer(footer);
   addCommands(program, action);
+  addManualOptions(program, action);
 }
 
 // A failure of diff must not look like a difference.

@@ -1,0 +1,79 @@
+#include "orxkdb/manual/manual_options.h"
+
+#include <CLI/CLI.hpp>
+
+#include "orxkdb/line_reader.h"
+#include "orxkdb/manual/completion.h"
+#include "orxkdb/manual/formats_page.h"
+#include "orxkdb/manual/program_page.h"
+#include "orxkdb/manual/restore_help.h"
+#include "orxkdb/output.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+constexpr const char* ownPage = "orxkdb";
+constexpr const char* restorePage = "orxrestore";
+constexpr const char* formatsPageName = "orxkdb-formats";
+
+Result readFailure(const LineReader& reader, LineOutcome outcome) {
+  if (outcome == LineOutcome::error) {
+    return fileFailure(exitFailed, "the document cannot be read", reader.place(),
+                       reader.errorNumber());
+  }
+  return fail(exitNotAsExpected, "a line of the document is too long", reader.place(),
+              "break it into lines");
+}
+
+Result readDocument(std::vector<std::string>& lines) {
+  LineReader reader;
+  (void)reader.open(std::string(standardStream));
+  std::string_view line;
+  LineOutcome outcome = LineOutcome::line;
+  while ((outcome = reader.next(line)) == LineOutcome::line) lines.emplace_back(line);
+  return outcome == LineOutcome::end ? Result() : readFailure(reader, outcome);
+}
+
+Result writeRestorePage() {
+  CommandTree tree;
+  if (Result result = readRestoreHelp(tree); !result.ok()) return result;
+  return writeStandardOutput(programPage(tree, "orxkdb(1), orxkdb-formats(5)"));
+}
+
+Result writeFormatsPage() {
+  std::vector<std::string> lines;
+  if (Result result = readDocument(lines); !result.ok()) return result;
+  return writeStandardOutput(formatsPage(lines));
+}
+
+Result writePage(const CommandTree& tree, const std::string& page) {
+  if (page == restorePage) return writeRestorePage();
+  if (page == formatsPageName) return writeFormatsPage();
+  return writeStandardOutput(programPage(tree, "orxrestore(1), orxkdb-formats(5)"));
+}
+
+Result writeCompletion(const CommandTree& tree, const std::string& shell) {
+  if (shell == "bash") return writeStandardOutput(bashCompletion(tree));
+  return writeStandardOutput(shell == "zsh" ? zshCompletion(tree) : fishCompletion(tree));
+}
+
+using Writer = Result(const CommandTree& tree, const std::string& choice);
+
+void addHidden(CLI::App& program, Action& action, const std::string& name, Writer* write,
+               const std::vector<std::string>& choices) {
+  const auto take = [&program, &action, write](const std::string& choice) {
+    program.require_subcommand(0);
+    action = [write, tree = readCommandTree(program), choice] { return write(tree, choice); };
+  };
+  program.add_option_function<std::string>(name, take)->check(CLI::IsMember(choices))->group("");
+}
+
+}  // namespace
+
+void addManualOptions(CLI::App& program, Action& action) {
+  addHidden(program, action, "--man", writePage, {ownPage, restorePage, formatsPageName});
+  addHidden(program, action, "--completion", writeCompletion, {"bash", "zsh", "fish"});
+}
+
+}  // namespace orx::orxkdb

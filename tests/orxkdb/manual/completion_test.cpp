@@ -1,0 +1,132 @@
+// The completions, loaded into their shells.
+#include <gmock/gmock.h>
+
+#include <sstream>
+
+#include "tests/orxkdb/manual/manual_runs.h"
+
+namespace orx::orxkdb {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+// What bash does for a TAB behind the last word; a word a line.
+constexpr const char* pressTab =
+    "source completion; COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); _orxkdb; "
+    "printf '%s\\n' \"${COMPREPLY[@]}\"";
+
+class Completion : public testing::Test {
+ protected:
+  void load(const std::string& shell) {
+    const auto result = test::runOrxkdb({"--completion", shell}, scratch_);
+    ASSERT_EQ(result.exitCode, 0) << result.errors;
+    test::writeFile(scratch_ / "completion", result.output);
+  }
+
+  test::ProgramResult run(const std::string& shell, std::vector<std::string> arguments) {
+    return test::runProgram({.file = shell,
+                             .arguments = std::move(arguments),
+                             .directory = scratch_.path(),
+                             .environment = {"HOME=" + scratch_.file("")}});
+  }
+
+  std::vector<std::string> bashWords(const std::vector<std::string>& words) {
+    std::vector<std::string> arguments{"--norc", "-c", pressTab, "bash"};
+    arguments.insert(arguments.end(), words.begin(), words.end());
+    const auto result = run("/bin/bash", std::move(arguments));
+    EXPECT_EQ(result.errors, "");
+    std::vector<std::string> found;
+    std::istringstream lines(result.output);
+    for (std::string line; std::getline(lines, line);) {
+      if (!line.empty()) found.push_back(line);
+    }
+    return found;
+  }
+
+  test::TempDir scratch_;
+};
+
+TEST_F(Completion, OfBashKnowsEverySubcommandAndOption) {
+  load("bash");
+  test::CommandLine line;
+  std::vector<std::string> names;
+  for (CLI::App* command : line.commands()) {
+    names.push_back(command->get_name());
+    EXPECT_EQ(bashWords({"orxkdb", command->get_name(), "-"}), test::optionNames(*command));
+  }
+  EXPECT_EQ(bashWords({"orxkdb", ""}), names);
+  EXPECT_THAT(bashWords({"orxkdb", "--"}), ElementsAre("--help", "--version"));
+}
+
+TEST_F(Completion, OfBashFollowsTheCommandLine) {
+  load("bash");
+  test::writeFile(scratch_ / "fleet 1.txt", "");
+  std::filesystem::create_directory(scratch_ / "fleets");
+  const struct {
+    std::vector<std::string> words;
+    testing::Matcher<std::vector<std::string>> found;
+  } cases[] = {
+      {{"ch"}, ElementsAre("check")},
+      {{"x"}, IsEmpty()},
+      {{"check", "--l"}, ElementsAre("--limit")},
+      {{"check", "--limit", "f"}, IsEmpty()},
+      {{"check", "--limit", "5", "fleet "}, ElementsAre("fleet 1.txt")},
+      {{"check", "--limit", "=", "5", "fleet "}, ElementsAre("fleet 1.txt")},
+      {{"check", "done", "f"}, IsEmpty()},
+      {{"backup", "db", "--crlf", "fleets"}, ElementsAre("fleets")},
+      {{"messages", "f"}, ElementsAre("fleets")},
+      {{"explain", "fl"}, testing::UnorderedElementsAre("fleet 1.txt", "fleets")},
+      {{"explain", "db", "f"}, IsEmpty()},
+      {{"explain", "--line", "fleet "}, ElementsAre("fleet 1.txt")},
+      {{"sample", "--order", ""}, ElementsAre("key", "random")},
+      {{"sample", "--order", "="}, ElementsAre("key", "random")},
+      {{"sample", "--order", "=", "r"}, ElementsAre("random")},
+  };
+  for (const auto& row : cases) {
+    std::vector<std::string> words{"orxkdb"};
+    words.insert(words.end(), row.words.begin(), row.words.end());
+    EXPECT_THAT(bashWords(words), row.found) << testing::PrintToString(row.words);
+  }
+}
+
+TEST_F(Completion, OfFishOffersSubcommandsOptionsAndFiles) {
+  if (!std::filesystem::exists("/usr/bin/fish")) GTEST_SKIP() << "fish is not there";
+  load("fish");
+  test::writeFile(scratch_ / "fleet.txt", "");
+  const std::pair<const char*, const char*> cases[] = {
+      {"ch", "check\tFind what is wrong"},
+      {"diff --rec", "--records\tShow the records"},
+      {"sample --order r", "random"},
+      {"check fl", "fleet.txt"},
+      {"", "undo\t"},
+      {"--vers", "--version\t"},
+  };
+  for (const auto& [line, found] : cases) {
+    const std::string script = "source completion; complete -C 'orxkdb " + std::string(line) + "'";
+    const auto result = run("/usr/bin/fish", {"--no-config", "-c", script});
+    EXPECT_THAT("\n" + result.output, HasSubstr("\n" + std::string(found))) << result.errors;
+  }
+}
+
+// zsh completes on a terminal alone: its own reader of option lists is asked what it is given.
+TEST_F(Completion, OfZshIsReadByItsShell) {
+  if (!std::filesystem::exists("/bin/zsh")) GTEST_SKIP() << "zsh is not there";
+  load("zsh");
+  const char* script =
+      "_describe() { print -rl -- $commands }\n"
+      "_arguments() { print -rl -- \"$@\"; state=arguments; line=(explain) }\n"
+      "source ./completion";
+  const auto result = run("/bin/zsh", {"-f", "-c", script});
+  EXPECT_EQ(result.errors, "");
+  for (const char* word :
+       {"(-h --help)--help[Print this help message and exit]\n", "1:subcommand:->subcommand\n",
+        "--json[Print JSON, for scripts; its \"version\" is 1]\n", "::DB:_files\n", "::HANDLE: \n",
+        "--line=[Line of a backup instead]:FILE\\:NUMBER:_files\n"}) {
+    EXPECT_THAT(result.output, HasSubstr(word));
+  }
+}
+
+}  // namespace
+}  // namespace orx::orxkdb
