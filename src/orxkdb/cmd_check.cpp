@@ -1,6 +1,7 @@
 #include "orxkdb/cmd_check.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 
 #include "orxkdb/check/check_report.h"
@@ -16,6 +17,13 @@ Result resultOf(const CheckOptions& options, const Findings& findings) {
   const std::string total = std::to_string(findings.total());
   return fail(exitNotAsExpected, total + (findings.total() == 1 ? " finding" : " findings"),
               options.input, "read the report; \"orxkdb explain\" shows an object or a line");
+}
+
+// The parser itself takes "-1" for a very large number and "" for 0.
+std::string limitFault(const std::string& text) {
+  const bool isCount =
+      !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
+  return isCount ? "" : "\"" + text + "\" is not a number of findings";
 }
 
 }  // namespace
@@ -40,13 +48,17 @@ void addCheck(CLI::App& program, Action& action) {
       ->required()
       ->type_name("");
   command->add_option("--limit", options->limit, "Findings to show of each kind; 0 shows all")
+      ->check(CLI::Validator(limitFault, ""))
       ->capture_default_str();
   command->add_flag("--json", options->json, "Print JSON, for scripts; its \"version\" is 1");
   command->footer(
       "Looks at the lines of a backup (length, columns, zero bytes, keys that occur twice), at "
       "the\n"
       "keys and chains of records, at the attribute texts, and at what objects say of each other:\n"
-      "parents, models, use counts and signatures, handles in attributes, identifier counters. An\n"
+      "parents, models, use counts and signatures, handles in attributes, identifier counters and\n"
+      "system parameters. What comes back as something else from the next merge or rebuild is a\n"
+      "finding as well: attribute keys, values and parameters that do not read back, references\n"
+      "that are not counted, parents that lead back to their child, identifiers near 2^32. An\n"
       "inherited handle need not have a record of its own and is not looked for. Lines may stand\n"
       "in any order; how many are out of key order is told, but is no finding.\n\n"
       "All findings are counted, also those that are not shown. The exit code is 0 without and 2\n"

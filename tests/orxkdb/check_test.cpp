@@ -13,6 +13,8 @@
 #include "orxkdb/cmd_backup.h"
 #include "orxkdb/sample_writer.h"
 #include "records/backup_reader.h"
+#include "tests/support/places.h"
+#include "tests/support/run_program.h"
 #include "tests/support/small_fleet.h"
 
 namespace orx::orxkdb {
@@ -56,6 +58,17 @@ struct RecordCase {
   Shown findings;
 };
 
+RecordCase parameterCase(const std::vector<std::string>& values, const Shown& findings) {
+  return {"parameters " + values.front(),
+          [=](auto& lines) {
+            lines[0].data =
+                attribute(1, values) + attribute(9, std::vector<std::string>(26, "100"));
+          },
+          findings};
+}
+
+const std::string manyNs(20, 'N');
+
 const std::vector<RecordCase> recordCases = {
     {"nothing", [](auto&) {}, {}},
     {"gaps",
@@ -94,9 +107,43 @@ const std::vector<RecordCase> recordCases = {
      [](auto& lines) {
        lines.push_back(test::plainLine(7, attribute(3, {"a\t"})));
        lines.push_back(test::plainLine(8, "<4;1;2;a;;;b;>"));
+       lines.push_back(test::plainLine(9, attribute(3, {"a  ", "b\tc", " "})));
+       lines.push_back(test::plainLine(10, attribute(3, {"a", " ", "b  c"})));
      },
      {"not-read-back 2:7: attribute 3 has a value that ends in a TAB",
+      "not-read-back 2:9: attribute 3 has a value with a TAB",
+      "not-read-back 2:9: attribute 3 has a value that ends in blanks",
       "ambiguous-value 2:8: attribute 4/1 has \";;;\" between two values"}},
+    {"attribute keys that come back as others",
+     [](auto& lines) {
+       lines.push_back(test::plainLine(
+           7, "<70000;0;1;a;><2x;0;1;b;><3; 0;1 ;b;><5;32767;0;><4294967300;0;0;><6897;0;0;>"));
+     },
+     {"attribute-header 2:7: attribute 368/1 is written \"70000;0;1\"",
+      "attribute-header 2:7: attribute 2 is written \"2x;0;1\"",
+      "attribute-header 2:7: attribute 4 is written \"4294967300;0;0\""}},
+    {"groups at the end of their range",
+     [](auto& lines) { lines.push_back(test::plainLine(7, "<32767;32760;0;><32767;32761;0;>")); },
+     {"attribute-header 2:7: attribute 4095/32768 is written \"32767;32761;0\""}},
+    {"record types beyond the table",
+     [](auto& lines) {
+       for (const int type : {254, 255, -1}) {
+         lines.push_back(test::plainLine(static_cast<std::uint32_t>(lines.size() + 4)));
+         lines.back().recType = type;
+       }
+     },
+     {"record-type 2:8: it is 255", "record-type 2:9: it is -1"}},
+    {"a model without its first record",
+     [](auto& lines) {
+       for (const std::uint32_t id : {2, 33}) {
+         lines.push_back(test::modelLine(attribute(17, {"0"}), ""));
+         lines.back().object = handleText(12, id);
+         lines.back().recn = 1;
+       }
+     },
+     {"chain-gap 12:2/1: record 0 is missing",
+      "chain-gap 12:33/1: record 0 is missing; \"orxrestore -u\" joins the others to those of "
+      "<1;1;12;0;0;0;1;>"}},
     {"a text over two records",
      [](auto& lines) {
        const std::string text = attribute(2, {std::string(300, 'x')});
@@ -127,6 +174,23 @@ const std::vector<RecordCase> recordCases = {
      {"missing-object 2:7: its parent is not there; it is that of 1 more object",
       "missing-object 2:7: its model <1;1;12;0;0;0;2;> is not there",
       "missing-object 2:8: its model <1;1;12;0;0;0;2;> is not there"}},
+    {"parents that lead back to their child",
+     [](auto& lines) {
+       for (const auto& [id, parent] : {std::pair{7, 7}, {8, 9}, {9, 8}, {10, 8}, {6, 10}}) {
+         lines.push_back(test::plainLine(static_cast<std::uint32_t>(id)));
+         lines.back().parent = handleText(2, static_cast<std::uint32_t>(parent));
+       }
+     },
+     {"parent-cycle 2:7: it is its own parent",
+      "parent-cycle 2:8: its parents lead back to it: <1;1;2;0;0;0;9;>, <1;1;2;0;0;0;8;>"}},
+    {"a model that is none, and one without a use count",
+     [](auto& lines) {
+       lines[1] = test::modelLine("");
+       lines.push_back(test::plainLine(7));
+       lines.back().model = handleText(2, 5);
+     },
+     {"not-a-model 2:7: its model <1;1;2;0;0;0;5;> is none",
+      "no-use-count 12:1: 1 object refers to it"}},
     {"another reference than the model tells of",
      [](auto& lines) { lines[2] = test::referringLine(6); },
      {"signatures 12:1: 1 is listed, 1 object refers to it; <1;1;2;0;0;0;5;> does not; "
@@ -138,10 +202,13 @@ const std::vector<RecordCase> recordCases = {
        lines.back().object = handleText(12, 2);
        lines.push_back(test::modelLine(attribute(17, {"0x"}), ""));
        lines.back().object = handleText(12, 3);
+       lines.push_back(test::modelLine(attribute(17, {"1-"}), ""));
+       lines.back().object = handleText(12, 4);
      },
      {"use-count 12:1: it is 3, 1 object refers to it",
       "use-count 12:2: it is not one number, 0 objects refer to it",
-      "use-count 12:3: it is not one number, 0 objects refer to it"}},
+      "use-count 12:3: it is not one number, 0 objects refer to it",
+      "use-count 12:4: it is not one number, 0 objects refer to it"}},
     {"references that do not count",
      [](auto& lines) {
        lines.push_back(test::referringLine(6));  // a record type without use counts
@@ -190,7 +257,46 @@ const std::vector<RecordCase> recordCases = {
      },
      {"counter 0:0: value 0, of type 1, is no number",
       "counter 0:0: value 1, of type 2, is 5; the highest identifier in use is 5",
-      "counter 0:0: value 7, of type 12, is missing; the highest identifier in use is 1"}},
+      "counter 0:0: value 7, of type 12, is missing; the highest identifier in use is 1",
+      "near-limit 0:0: value 2, of type 3, is 4294967291"}},
+    {"counters that only look like numbers, and too many",
+     [](auto& lines) {
+       std::vector<std::string> counters(27, "100");
+       counters[0] = "5-5";
+       counters[1] = "1-";
+       counters[4] = "4294967297";
+       lines[0] = test::systemLine(counters);
+     },
+     {"counter 0:0: there are 27 values; those behind the first 26 are not read, and a merge "
+      "removes them",
+      "counter 0:0: value 0, of type 1, is \"5-5\", which a merge reads as 5",
+      "counter 0:0: value 1, of type 2, is \"1-\", which a merge reads as 1; the highest "
+      "identifier "
+      "in use is 5",
+      "counter 0:0: value 4, of type 5, is \"4294967297\", which a merge reads as 1"}},
+    {"identifiers near the highest",
+     [](auto& lines) {
+       std::vector<std::string> counters(26, "100");
+       counters[0] = "4293967296";
+       counters[1] = "4294967295";
+       lines[0] = test::systemLine(counters);
+       lines.push_back(test::plainLine(4293967296));
+       lines.push_back(test::plainLine(4293967297));
+     },
+     {"near-limit 0:0: value 1, of type 2, is 4294967295",
+      "near-limit 2:-999999: its identifier is 4293967297"}},
+    parameterCase({"A= 1= note,B=,C =x"}, {}),
+    parameterCase({",A=1"}, {"system-parameters 0:0: \",A=1\" is written as \"\""}),
+    parameterCase({"A=1,A=2"}, {"system-parameters 0:0: \"A=1,A=2\" is written as \"A=1\""}),
+    parameterCase({"A=1=b=c"}, {"system-parameters 0:0: \"A=1=b=c\" is written as \"A=1=b\""}),
+    parameterCase({"A=x,,y"}, {"system-parameters 0:0: \"A=x,,y\" is written as \"A=x,y\""}),
+    parameterCase({manyNs + manyNs + "12345678N=1"},
+                  {"system-parameters 0:0: ...\"" + std::string(12, 'N') +
+                   "12345678N=1\" is written as ...\"" + std::string(12, 'N') + "12345678=1\""}),
+    parameterCase(
+        {"B=1", "C=2"},
+        {"system-parameters 0:0: there are 2 values; those behind the first are not read, "
+         "and a merge removes them"}),
 };
 
 // The same findings in a backup, in one that is out of order, and in the database restored from it.
@@ -376,6 +482,13 @@ TEST(Check, ReportsSomeOfManyFindingsAndCountsAll) {
 
   EXPECT_EQ(check({.input = scratch.file("none")}).code, exitNotOpened);
   EXPECT_EQ(check({.input = scratch.path()}).code, exitNotOpened);
+  EXPECT_EQ(check({.input = "/proc/self/mem"}).code, exitFailed);
+  EXPECT_EQ(check({.input = "/proc/self/stat"}).code, exitNotOpened);
+  for (const char* limit : {"-1", ""}) {
+    const auto run = test::runProgram({.file = test::builtProgram("orxkdb"),
+                                       .arguments = {"check", "--limit", limit, scratch / "db"}});
+    EXPECT_EQ(run.exitCode, exitUsage) << run.errors;
+  }
 }
 
 // Lines are cut into records as a restore cuts them.

@@ -43,7 +43,17 @@ Result BackupFile::open(const std::string& name) {
   }
   size_ = static_cast<std::uint64_t>(file.st_size);
   window_.resize(windowCapacity);
-  return {};
+  return size_ == 0 ? checkEmpty() : Result{};
+}
+
+// A file that the system makes up while it is read has no size, and need not be readable at all.
+Result BackupFile::checkEmpty() const {
+  std::uint8_t byte = 0;
+  const ssize_t count = orx::readAt(file_.get(), &byte, 1, 0);
+  if (count < 0) return fileFailure(exitFailed, "the file cannot be read", name_, errno);
+  if (count == 0) return {};
+  return fail(exitNotOpened, "the file states a size of 0 but is not empty", name_,
+              "copy it to another file and give its name");
 }
 
 bool BackupFile::next(BackupPiece& piece) {

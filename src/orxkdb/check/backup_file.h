@@ -49,6 +49,7 @@ class BackupFile {
   [[nodiscard]] std::uint64_t size() const { return size_; }
 
  private:
+  Result checkEmpty() const;
   [[nodiscard]] std::string_view pieceAt(std::uint64_t offset);
   [[nodiscard]] bool readWindow(std::uint64_t offset);
 

@@ -32,12 +32,21 @@ constexpr std::array<FindingKindText, findingKindCount> findingKinds{{
      "the first one, a merge or \"orxrestore -u\" may take the others for those of another object"},
     {chainDisagrees, "chain-disagrees",
      "the records of an object differ in what they share: only that of its first record counts"},
+    {recordType, "record-type",
+     "the record type is not between 0 and 254: a merge leaves the object out, and \"orxrestore "
+     "-u\"\n"
+     "does not count it"},
     {textLeftOver, "text-left-over",
      "an attribute text is not read to its end: the next rewrite of the object loses the rest"},
+    {attributeHeader, "attribute-header",
+     "a number before the values of an attribute is none or does not fit: the attribute is read "
+     "as\n"
+     "another one, and written as that"},
     {valueCount, "value-count",
      "an attribute has not the number of values that it states: a rewrite keeps what can be read"},
     {notReadBack, "not-read-back",
-     "a value is another one once it has been read, written and read again"},
+     "a value does not come back as it stands: reading cuts blanks at its end and makes a TAB a\n"
+     "blank, and the next rewrite of the object keeps that"},
     {ambiguousValue, "ambiguous-value",
      "\";;;\" stands between two values: it is read as a \";\" at the end of the first, though a\n"
      "\";\" at the start of the second is written in the same way"},
@@ -46,6 +55,15 @@ constexpr std::array<FindingKindText, findingKindCount> findingKinds{{
     {handleValue, "handle-value",
      "a value of an attribute of handles is none: it is read as another handle"},
     {missingObject, "missing-object", "an object refers to one that is not there"},
+    {parentCycle, "parent-cycle",
+     "the parents of an object lead back to it: the object and all that is below it hang in the\n"
+     "air"},
+    {notAModel, "not-a-model",
+     "an object refers to one that is there but is no model: \"orxrestore -u\" does not count the\n"
+     "reference"},
+    {noUseCount, "no-use-count",
+     "a model has no use count (attribute 17): \"orxrestore -u\" leaves it without one, and what\n"
+     "refers to it is not counted"},
     {useCount, "use-count",
      "the use count of a model (attribute 17) is wrong: \"orxrestore -u\" computes it anew"},
     {signatures, "signatures",
@@ -55,11 +73,18 @@ constexpr std::array<FindingKindText, findingKindCount> findingKinds{{
     {noCounters, "no-counters",
      "the system record has no counters (attribute 9): a merge into the database is refused"},
     {counter, "counter",
-     "a counter is no identifier that is free: a merge gives identifiers out twice, or none"},
+     "a counter is no identifier that is free, or belongs to no type: a merge gives identifiers "
+     "out\n"
+     "twice or none, and rewrites the counters"},
+    {systemParameters, "system-parameters",
+     "the system parameters (attribute 1) are others once a merge has read and written them"},
+    {nearLimit, "near-limit",
+     "a counter or an identifier is so near 2^32 that the identifiers of a merge may begin again "
+     "at 0"},
 }};
 
 static_assert(std::ranges::is_sorted(findingKinds, {}, &FindingKindText::kind));
-static_assert(findingKinds.back().kind == counter && findingKinds.size() == findingKindCount);
+static_assert(findingKinds.back().kind == nearLimit && findingKinds.size() == findingKindCount);
 
 std::uint64_t Findings::total() const {
   return std::accumulate(entries_.begin(), entries_.end(), std::uint64_t{0},

@@ -26,18 +26,25 @@ enum class FindingKind : std::uint8_t {
   notCarried,
   chainGap,
   chainDisagrees,
+  recordType,
   textLeftOver,
+  attributeHeader,
   valueCount,
   notReadBack,
   ambiguousValue,
   repeatedAttribute,
   handleValue,
   missingObject,
+  parentCycle,
+  notAModel,
+  noUseCount,
   useCount,
   signatures,
   noSystemRecord,
   noCounters,
   counter,
+  systemParameters,
+  nearLimit,
 };
 
 struct FindingKindText {
@@ -46,7 +53,7 @@ struct FindingKindText {
   std::string_view meaning;  // what follows from such a finding
 };
 
-inline constexpr std::size_t findingKindCount = 22;
+inline constexpr std::size_t findingKindCount = 29;
 extern const std::array<FindingKindText, findingKindCount> findingKinds;
 
 [[nodiscard]] inline std::string_view nameOf(FindingKind kind) {

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <numeric>
 
+#include "orxkdb/check/quote.h"
 #include "orxkdb/known_attributes.h"
 #include "restore/merge_types.h"
 
@@ -22,8 +23,32 @@ bool isInherited(HandleNumber handle) {
   return handleOf(handle).isModelInherited();
 }
 
+// Of handles that were given out by a counter: not inherited, not temporary.
+bool hasCountedIdentifier(HandleNumber handle) {
+  if (isPlain(handle)) return true;
+  const CMConfigHandle value = handleOf(handle);
+  return !value.isModelInherited() && !value.isTemporary() && !value.isNull();
+}
+
+// From here on, a merge of a large database may pass the highest identifier.
+bool isNearLimit(std::uint32_t identifier) {
+  constexpr std::uint32_t margin = 1'000'000;
+  return identifier > 0 - margin;
+}
+
+bool isMerged(std::uint8_t type) {
+  return type < mergedTypes.size() && mergedTypes[type] != 0;
+}
+
 std::string counted(std::uint64_t count, std::string_view one, std::string_view many) {
   return std::to_string(count) + " " + std::string(count == 1 ? one : many);
+}
+
+std::string counterText(const Counter& counter) {
+  if (!counter.isNumber) return "is no number";
+  const std::string next = std::to_string(counter.next);
+  return counter.misread ? "is " + quote(*counter.misread) + ", which a merge reads as " + next
+                         : "is " + next;
 }
 
 // The first of `handles` that is not among `others`; both are sorted.
@@ -40,7 +65,7 @@ std::uint32_t Inventory::addObject(const Place::Object& object, std::uint64_t li
   const auto number = static_cast<std::uint32_t>(objects_.size());
   if (siblings_.empty() || siblings_.back().parent != object.parent) {
     siblings_.push_back({object.parent, number, 0});
-    targets_.insert(object.parent, absent);
+    targets_.insert(object.parent, static_cast<std::uint32_t>(siblings_.size()) << 1);
   }
   ++siblings_.back().count;
   objects_.push_back(object.object);
@@ -49,12 +74,8 @@ std::uint32_t Inventory::addObject(const Place::Object& object, std::uint64_t li
   return number;
 }
 
-// Of handles that were given out by a counter: not inherited, not temporary.
 void Inventory::noteIdentifier(HandleNumber handle) {
-  if (!isPlain(handle)) {
-    const CMConfigHandle value = handleOf(handle);
-    if (value.isModelInherited() || value.isTemporary() || value.isNull()) return;
-  }
+  if (!hasCountedIdentifier(handle)) return;
   auto& highest = highestIdentifier_[typeOf(handle)];
   highest = std::max(highest.value_or(0), identifierOf(handle));
 }
@@ -83,9 +104,11 @@ void Inventory::check(Findings& findings) {
   findModels();
   markPresent();
   checkParents(findings);
+  checkCycles(findings);
   checkReferences(findings);
   checkModels(findings);
   checkSystemRecord(findings);
+  checkLimits(findings);
 }
 
 // Most references lead to models; the targets of the others are looked for among all objects.
@@ -105,15 +128,35 @@ void Inventory::findModels() {
 }
 
 void Inventory::markPresent() {
-  for (const HandleNumber object : objects_) {
-    if (std::uint32_t* const target = targets_.valueOf(object)) *target = present;
-    if (std::uint32_t* const target = normalTargets_.valueOf(normalForm(object))) *target = present;
+  for (std::uint32_t group = 0; group < siblings_.size(); ++group) {
+    const std::uint32_t end = siblings_[group].first + siblings_[group].count;
+    for (std::uint32_t object = siblings_[group].first; object < end; ++object) {
+      markPresent(object, group);
+    }
   }
+}
+
+void Inventory::markPresent(std::uint32_t object, std::uint32_t group) {
+  const HandleNumber handle = objects_[object];
+  if (std::uint32_t* const target = normalTargets_.valueOf(normalForm(handle))) *target = present;
+  std::uint32_t* const target = targets_.valueOf(handle);
+  if (target == nullptr) return;
+  *target |= present;
+  const std::uint32_t below = (*target >> 1) - 1;
+  if (handle == nullHandle || below >= siblings_.size()) return;
+  Siblings& children = siblings_[below];
+  if (children.above != HandleTable::none && below != group) return;
+  children.parentObject = object;
+  children.above = group;
+}
+
+bool Inventory::isPresent(HandleNumber target) {
+  return (*targets_.valueOf(target) & present) != 0;
 }
 
 void Inventory::checkParents(Findings& findings) {
   for (const Siblings& siblings : siblings_) {
-    if (*targets_.valueOf(siblings.parent) == present) continue;
+    if (isPresent(siblings.parent)) continue;
     if (siblings.parent == nullHandle || isInherited(siblings.parent)) continue;
     findings.add(missingObject, placeOf(siblings.first), [&] {
       std::string text = "its parent is not there";
@@ -124,19 +167,53 @@ void Inventory::checkParents(Findings& findings) {
   }
 }
 
+// Each walk up ends at the top or at a parent that one has passed before, itself when it is a
+// cycle.
+void Inventory::checkCycles(Findings& findings) const {
+  std::vector<std::uint32_t> walks(siblings_.size(), HandleTable::none);
+  for (std::uint32_t start = 0; start < siblings_.size(); ++start) {
+    std::uint32_t at = start;
+    while (at != HandleTable::none && walks[at] == HandleTable::none) {
+      walks[at] = start;
+      at = siblings_[at].above;
+    }
+    if (at != HandleTable::none && walks[at] == start) addCycle(at, findings);
+  }
+}
+
+void Inventory::addCycle(std::uint32_t group, Findings& findings) const {
+  findings.add(parentCycle, placeOf(siblings_[group].parentObject), [&] {
+    if (siblings_[group].above == group) return std::string("it is its own parent");
+    constexpr int mostNamed = 8;
+    std::string text = "its parents lead back to it: ";
+    std::uint32_t at = group;
+    for (int named = 0; named < mostNamed; ++named) {
+      at = siblings_[at].above;
+      text += exportedForm(siblings_[at].parent);
+      if (at == group) return text;
+      text += ", ";
+    }
+    return text + "...";
+  });
+}
+
 // A modelHandle is compared byte by byte; a value may be in the form that text brings back.
 bool Inventory::isThere(std::size_t number) {
   if (referenceModels_[number] != HandleTable::none) return true;
   const Reference& reference = references_[number];
   const bool isModel = reference.from < ReferenceFrom::attributes;
-  return *(isModel ? targets_.valueOf(reference.target)
-                   : normalTargets_.valueOf(normalForm(reference.target))) == present;
+  return isModel ? isPresent(reference.target)
+                 : *normalTargets_.valueOf(normalForm(reference.target)) == present;
 }
 
 void Inventory::checkReferences(Findings& findings) {
   for (std::size_t number = 0; number < references_.size(); ++number) {
     const Reference& reference = references_[number];
-    if (isThere(number) || isInherited(reference.target)) continue;
+    if (isThere(number)) {
+      checkIsModel(number, findings);
+      continue;
+    }
+    if (isInherited(reference.target)) continue;
     findings.add(missingObject, placeOf(reference.source), [&] {
       const std::string target = exportedForm(reference.target);
       if (reference.from < ReferenceFrom::attributes) {
@@ -148,14 +225,28 @@ void Inventory::checkReferences(Findings& findings) {
   }
 }
 
+// `number` is that of a reference to what is there.
+void Inventory::checkIsModel(std::size_t number, Findings& findings) const {
+  const Reference& reference = references_[number];
+  if (referenceModels_[number] != HandleTable::none) return;
+  if (reference.from != ReferenceFrom::countedModel) return;
+  findings.add(notAModel, placeOf(reference.source),
+               [&] { return "its model " + exportedForm(reference.target) + " is none"; });
+}
+
 void Inventory::checkModels(Findings& findings) {
   collectReferrers();
   for (std::size_t m = 0; m < models_.size(); ++m) {
-    if (!models_[m].hasUseCount) continue;
     const std::span<HandleNumber> referrers(referrers_.data() + firstReferrer_[m],
                                             firstReferrer_[m + 1] - firstReferrer_[m]);
-    checkUseCount(models_[m], referrers.size(), findings);
-    checkSignatures(models_[m], referrers, findings);
+    if (models_[m].hasUseCount) {
+      checkUseCount(models_[m], referrers.size(), findings);
+      checkSignatures(models_[m], referrers, findings);
+    } else if (!referrers.empty()) {
+      findings.add(noUseCount, placeOf(models_[m].source), [&] {
+        return counted(referrers.size(), "object refers", "objects refer") + " to it";
+      });
+    }
   }
 }
 
@@ -226,16 +317,40 @@ void Inventory::checkCounter(std::size_t index, Findings& findings) const {
   const auto& highest = highestIdentifier_[type];
   const bool isThere = index < counters_->size();
   const Counter counter = isThere ? (*counters_)[index] : Counter{true, 0};
-  if (counter.isNumber && (!highest || counter.next > *highest)) return;
+  const bool isNumber = counter.isNumber && !counter.misread;
+  if (isNumber && (!highest || counter.next > *highest)) return;
   findings.add(FindingKind::counter, placeOf(*systemRecord_), [&] {
     std::string text =
         "value " + std::to_string(index) + ", of type " + std::to_string(type) + ", ";
-    text += !isThere           ? "is missing"
-            : counter.isNumber ? "is " + std::to_string(counter.next)
-                               : "is no number";
+    text += isThere ? counterText(counter) : "is missing";
     if (highest) text += "; the highest identifier in use is " + std::to_string(*highest);
     return text;
   });
+}
+
+void Inventory::checkLimits(Findings& findings) const {
+  for (std::size_t i = 0; counters_ && i < counters_->size(); ++i) {
+    const Counter& counter = (*counters_)[i];
+    const std::uint8_t type = handlerTypes[i];
+    if (!counter.isNumber || !isNearLimit(counter.next) || !isMerged(type)) continue;
+    findings.add(nearLimit, placeOf(*systemRecord_), [&] {
+      return "value " + std::to_string(i) + ", of type " + std::to_string(type) + ", is " +
+             std::to_string(counter.next);
+    });
+  }
+  const auto isNear = [](const auto& identifier) { return identifier && isNearLimit(*identifier); };
+  if (std::ranges::any_of(highestIdentifier_, isNear)) checkIdentifierLimits(findings);
+}
+
+void Inventory::checkIdentifierLimits(Findings& findings) const {
+  for (std::uint32_t object = 0; object < objects_.size(); ++object) {
+    const HandleNumber handle = objects_[object];
+    const std::uint32_t identifier = identifierOf(handle);
+    if (!isNearLimit(identifier) || !isMerged(typeOf(handle))) continue;
+    if (!hasCountedIdentifier(handle)) continue;
+    findings.add(nearLimit, placeOf(object),
+                 [&] { return "its identifier is " + std::to_string(identifier); });
+  }
 }
 
 }  // namespace orx::orxkdb

@@ -1,13 +1,14 @@
 // Inventory: what a check keeps of the objects until all have been read, and what it compares then.
 //
 // It is filled in database order. An object costs 8 bytes, a reference 28, a signature of a model
-// 8, and each parent or model 32 to 64 more. Everything is linear in these.
+// 8, each parent 44 to 76 and each model 32 to 64 more. Everything is linear in these.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -37,6 +38,9 @@ struct Siblings {
   HandleNumber parent;
   std::uint32_t first;
   std::uint32_t count;
+  // Where the parent itself is: its object, and the siblings it is among.
+  std::uint32_t parentObject = HandleTable::none;
+  std::uint32_t above = HandleTable::none;
 };
 
 struct Model {
@@ -50,7 +54,8 @@ struct Model {
 
 struct Counter {
   bool isNumber;
-  std::uint32_t next;  // the next identifier of its type
+  std::uint32_t next;                       // the next identifier of its type
+  std::optional<std::string> misread = {};  // the text, when it is no number, whatever a merge says
 };
 
 class Inventory {
@@ -67,6 +72,7 @@ class Inventory {
   void setSystemRecord(std::uint32_t source) {
     if (!systemRecord_) systemRecord_ = source;
   }
+  [[nodiscard]] const std::optional<std::uint32_t>& systemRecord() const { return systemRecord_; }
   void setCounters(std::vector<Counter> counters) { counters_ = std::move(counters); }
 
   // Compares everything; nothing may be added afterwards.
@@ -80,16 +86,23 @@ class Inventory {
  private:
   void noteIdentifier(HandleNumber handle);
   void markPresent();
+  void markPresent(std::uint32_t object, std::uint32_t group);
+  [[nodiscard]] bool isPresent(HandleNumber target);
   void findModels();
   [[nodiscard]] bool isThere(std::size_t number);
   void checkParents(Findings& findings);
+  void checkCycles(Findings& findings) const;
+  void addCycle(std::uint32_t group, Findings& findings) const;
   void checkReferences(Findings& findings);
+  void checkIsModel(std::size_t number, Findings& findings) const;
   void checkModels(Findings& findings);
   void collectReferrers();
   void checkUseCount(const Model& model, std::size_t referrers, Findings& findings) const;
   void checkSignatures(const Model& model, std::span<HandleNumber> referrers, Findings& findings);
   void checkSystemRecord(Findings& findings) const;
   void checkCounter(std::size_t index, Findings& findings) const;
+  void checkLimits(Findings& findings) const;
+  void checkIdentifierLimits(Findings& findings) const;
 
   static constexpr std::size_t typeCount = 256;
 
@@ -108,8 +121,9 @@ class Inventory {
   std::vector<std::size_t> firstReferrer_;
   LargeVector<HandleNumber> referrers_{&hugePageMemory()};
   HandleTable modelNumbers_;  // of two models with one handle the first, which gets all
-  // Handles that are referred to, with 1 when they are there: as they are, and in normal form for
-  // the values of attributes.
+  // Handles that are referred to, with bit 0 set when they are there: as they are, and in normal
+  // form for the values of attributes. The other bits of a parent in targets_ are the number of its
+  // siblings_ plus 1.
   HandleTable targets_;
   HandleTable normalTargets_;
   std::array<std::optional<std::uint32_t>, typeCount> highestIdentifier_;  // by handle type

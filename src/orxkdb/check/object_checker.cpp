@@ -4,8 +4,9 @@
 #include <cstring>
 
 #include "model/attribute_set.h"
+#include "orxkdb/check/quote.h"
+#include "orxkdb/check/system_check.h"
 #include "orxkdb/known_attributes.h"
-#include "restore/merge_types.h"
 #include "restore/use_count_types.h"
 
 namespace orx::orxkdb {
@@ -13,8 +14,6 @@ namespace orx::orxkdb {
 using enum FindingKind;
 
 namespace {
-
-constexpr std::size_t longestQuote = 60;
 
 // From recType up to auxValue1, side by side in a record.
 constexpr std::size_t sharedSize = data_layout::attrText - data_layout::recType;
@@ -37,25 +36,9 @@ std::string differences(const DataBuffer& record, const DataBuffer& head) {
   return text;
 }
 
-std::string quote(std::string_view text) {
-  const bool whole = text.size() <= longestQuote;
-  return "\"" + std::string(text.substr(0, longestQuote)) + (whole ? "\"" : "...\"");
-}
-
 std::string numbers(std::uint32_t first, std::uint32_t last) {
   if (first == last) return "record " + std::to_string(first) + " is missing";
   return "records " + std::to_string(first) + " to " + std::to_string(last) + " are missing";
-}
-
-std::vector<Counter> readCounters(const CMAttribute& attribute) {
-  const int count = std::min<int>(attribute.attrCount(), static_cast<int>(handlerTypes.size()));
-  std::vector<Counter> counters;
-  for (int i = 0; i < count; ++i) {
-    int isNumeric = 0;
-    const int number = attribute.getValue(&isNumeric, i);
-    counters.push_back({isNumeric != 0, static_cast<std::uint32_t>(number)});
-  }
-  return counters;
 }
 
 // Whatever its parent is.
@@ -65,10 +48,11 @@ bool isOfSystemRecord(const DataBuffer& record) {
 
 std::optional<std::int32_t> readUseCount(const ScannedAttribute& scanned) {
   const CMAttribute attribute(scanned.text, 1);
-  int isNumeric = 0;
-  const int number = attribute.getValue(&isNumeric, 0);
-  if (isNumeric == 0 || attribute.attrCount() != 1) return std::nullopt;
-  return number;
+  std::string value;
+  attribute.getValue3(value, 0);
+  const auto number = plainNumber(value);
+  if (!number || attribute.attrCount() != 1) return std::nullopt;
+  return static_cast<std::int32_t>(*number);
 }
 
 }  // namespace
@@ -88,7 +72,9 @@ void ObjectChecker::add(const DataBuffer& record, std::uint64_t line) {
 
 void ObjectChecker::finish() {
   endObject();
-  addCounters();
+  const auto systemRecord = inventory_.systemRecord();
+  if (!systemRecord) return;
+  checkSystemText(systemText_, inventory_.placeOf(*systemRecord), findings_, inventory_);
 }
 
 bool ObjectChecker::belongsToObject(const DataBuffer& record) const {
@@ -109,11 +95,36 @@ void ObjectChecker::checkNumber(const DataBuffer& record, std::uint64_t line) {
   const std::uint32_t recn = record.recn();
   if (recn != nextRecn_) {
     findings_.add(chainGap, {line, object_, recn}, [&] {
-      return recn > nextRecn_ ? numbers(nextRecn_, recn - 1)
+      return recn > nextRecn_ ? numbers(nextRecn_, recn - 1) + joinedTo()
                               : "it stands behind record " + std::to_string(nextRecn_ - 1);
     });
   }
   nextRecn_ = recn + 1;
+}
+
+// The text for an object without its first record.
+std::string ObjectChecker::joinedTo() {
+  if (nextRecn_ != 0 || !isCountedModel()) return {};
+  const std::optional<Place::Object>& model = modelAhead();
+  if (!model) return {};
+  return "; \"orxrestore -u\" joins the others to those of " + exportedForm(model->object);
+}
+
+bool ObjectChecker::isCountedModel() const {
+  return takesPartInUseCount(head_.recType()) && orx::isModel(head_.recType());
+}
+
+// A rebuild spreads the models over lists by identifier, each in key order.
+std::optional<Place::Object>& ObjectChecker::modelAhead() {
+  const auto identifier = static_cast<std::int32_t>(head_.objectHandle());
+  return modelsAhead_[static_cast<std::uint32_t>(identifier) % modelsAhead_.size()];
+}
+
+void ObjectChecker::checkRecordType() {
+  constexpr std::uint32_t highest = 254;
+  const std::int32_t type = head_.recType();
+  if (static_cast<std::uint32_t>(type) <= highest) return;
+  findings_.add(recordType, place(), [&] { return "it is " + std::to_string(type); });
 }
 
 void ObjectChecker::checkShared(const DataBuffer& record, std::uint64_t line) {
@@ -128,20 +139,12 @@ void ObjectChecker::endObject() {
   hasObject_ = false;
   const std::uint32_t source = inventory_.addObject(object_, line_);
   if (isSystemRecord_) inventory_.setSystemRecord(source);
+  checkRecordType();
   addModelReference(source);
   const Noted noted = checkText(source);
-  const bool isModel = takesPartInUseCount(head_.recType()) && orx::isModel(head_.recType());
+  const bool isModel = isCountedModel();
   if (isModel) addModel(noted, source);
   if (noted.hasSignatures && !(isModel && noted.hasUseCount)) addHandles(noted.signatures, source);
-}
-
-// As a merge reads them: from the joined texts of all records that it takes for the system record.
-void ObjectChecker::addCounters() {
-  CMAttributeSet attributes(systemText_.c_str(), 1);
-  const CMAttributeKey key(known_attribute::counters);
-  if (const CMAttribute* counters = attributes.findAttrKey(key)) {
-    inventory_.setCounters(readCounters(*counters));
-  }
 }
 
 void ObjectChecker::addModelReference(std::uint32_t source) {
@@ -188,7 +191,15 @@ void ObjectChecker::checkAttribute(const ScannedAttribute& attribute) {
       return "has more than the " + std::to_string(attribute.statedCount) + " values it states";
     });
   }
-  if (attribute.losesBlank) add(notReadBack, [] { return "has a value that ends in a TAB"; });
+  if (attribute.isMisread && attribute.hasHeader) {
+    add(attributeHeader, [&] { return "is written " + quote(attribute.header()); });
+  }
+  if (attribute.losesBlank) {
+    add(notReadBack, [] { return "has a value that ends in a TAB"; });
+  } else if (attribute.hasTab) {
+    add(notReadBack, [] { return "has a value with a TAB"; });
+  }
+  if (attribute.cutsBlanks) add(notReadBack, [] { return "has a value that ends in blanks"; });
   if (attribute.isAmbiguous) add(ambiguousValue, [] { return "has \";;;\" between two values"; });
 }
 
@@ -216,6 +227,8 @@ void ObjectChecker::checkKeys() {
 }
 
 void ObjectChecker::addModel(const Noted& noted, std::uint32_t source) {
+  std::optional<Place::Object>& ahead = modelAhead();
+  if (head_.recn() == 0 || !ahead) ahead = object_;
   Model model{object_.object, source, noted.hasUseCount};
   handles_.clear();
   if (noted.hasUseCount) model.useCount = readUseCount(noted.useCount);

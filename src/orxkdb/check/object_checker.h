@@ -2,7 +2,9 @@
 // object, and enters it in the inventory.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,6 +12,7 @@
 #include "orxkdb/check/inventory.h"
 #include "orxkdb/check/text_scanner.h"
 #include "records/data_buffer.h"
+#include "restore/record_lists.h"
 
 namespace orx::orxkdb {
 
@@ -35,8 +38,11 @@ class ObjectChecker {
   [[nodiscard]] bool belongsToObject(const DataBuffer& record) const;
   void begin(const DataBuffer& record, std::uint64_t line);
   void endObject();
-  void addCounters();
   void checkNumber(const DataBuffer& record, std::uint64_t line);
+  [[nodiscard]] std::string joinedTo();
+  [[nodiscard]] bool isCountedModel() const;
+  [[nodiscard]] std::optional<Place::Object>& modelAhead();
+  void checkRecordType();
   void checkShared(const DataBuffer& record, std::uint64_t line);
   void addModelReference(std::uint32_t source);
   Noted checkText(std::uint32_t source);
@@ -59,6 +65,8 @@ class ObjectChecker {
   bool isSystemRecord_ = false;  // one of the records so far is of the system record
   std::string text_;             // of the records so far
   std::string systemText_;       // of all records of the system record
+  // The last model of each list of a rebuild that was read with its first record.
+  std::array<std::optional<Place::Object>, RecordLists::count> modelsAhead_;
   std::vector<std::int32_t> keys_;
   std::vector<HandleNumber> handles_;
   std::string value_;

@@ -26,11 +26,17 @@ std::size_t findElementEnd(std::string_view text) {
 }
 
 // As the attribute classes read a field: what does not begin with digits may have a sign or blanks.
-std::int32_t readOddField(std::string_view field) {
-  return static_cast<std::int32_t>(std::strtol(std::string(field).c_str(), nullptr, 10));
+std::int32_t readOddField(std::string_view field, bool& isMisread) {
+  const std::string text(field);
+  char* end = nullptr;
+  const long number = std::strtol(text.c_str(), &end, 10);
+  const auto kept = static_cast<std::int32_t>(number);
+  const bool hasRest = std::string_view(end).find_first_not_of(' ') != std::string_view::npos;
+  isMisread |= end == text.c_str() || hasRest || kept != number;
+  return kept;
 }
 
-std::optional<std::int32_t> takeField(std::string_view& text) {
+std::optional<std::int32_t> takeField(std::string_view& text, bool& isMisread) {
   std::int32_t number = 0;
   std::size_t at = 0;
   const std::size_t most = std::min(text.size(), mostPlainDigits);
@@ -39,7 +45,7 @@ std::optional<std::int32_t> takeField(std::string_view& text) {
   if (at == text.size() || text[at] != ';') {
     at = text.substr(0, headerFieldLimit).find(';');
     if (at == std::string_view::npos) return std::nullopt;
-    number = readOddField(text.substr(0, at));
+    number = readOddField(text.substr(0, at), isMisread);
   }
   text.remove_prefix(at + 1);
   return number;
@@ -88,6 +94,7 @@ void scanValues(std::string_view text, ScannedAttribute& attribute) {
     const std::size_t length = valueLength(text);
     if (length == std::string_view::npos) break;
     const std::string_view value = withoutTrailingBlanks(text.substr(0, length));
+    attribute.cutsBlanks |= value.size() != length && length > 1;
     attribute.losesBlank |= value.ends_with('\t');
     attribute.isAmbiguous |= endsInMark && !value.empty();
     endsInMark = length > 0 && text[length - 1] == ';';
@@ -98,16 +105,24 @@ void scanValues(std::string_view text, ScannedAttribute& attribute) {
   attribute.hasRest = !text.empty();
 }
 
+// Whether a key is another number than its fields say, or is once it has been written.
+bool losesKey(std::int32_t attrId, std::int32_t attrGroup, std::int32_t key) {
+  const std::int32_t written = key / CMAttributeKey::groupSize;
+  return std::int64_t{attrGroup} * CMAttributeKey::groupSize + attrId != key ||
+         written != static_cast<std::int16_t>(written);
+}
+
 ScannedAttribute scanAttribute(std::string_view text) {
   ScannedAttribute attribute;
   attribute.text = text;
   attribute.hasRest = !text.empty();
-  const auto attrId = takeField(text);
-  const auto attrGroup = attrId ? takeField(text) : std::nullopt;
+  const auto attrId = takeField(text, attribute.isMisread);
+  const auto attrGroup = attrId ? takeField(text, attribute.isMisread) : std::nullopt;
   if (!attrGroup) return attribute;
   attribute.key = static_cast<std::int16_t>(*attrGroup) * CMAttributeKey::groupSize +
                   static_cast<std::int16_t>(*attrId);
-  const auto count = takeField(text);
+  attribute.isMisread |= losesKey(*attrId, *attrGroup, attribute.key);
+  const auto count = takeField(text, attribute.isMisread);
   if (!count) return attribute;
   attribute.hasHeader = true;
   attribute.statedCount = *count;
@@ -122,6 +137,7 @@ bool TextScanner::next(ScannedAttribute& attribute) {
   const std::size_t end = findElementEnd(rest_.substr(1));
   if (end == std::string_view::npos) return false;
   attribute = scanAttribute(rest_.substr(1, end));
+  attribute.hasTab = hasTab_ && attribute.values.find('\t') != std::string_view::npos;
   rest_.remove_prefix(end + 2);
   return true;
 }

@@ -21,13 +21,22 @@ struct ScannedAttribute {
   bool hasHeader = false;        // all three fields
   bool hasRest = false;          // bytes behind the last value, which reading leaves over
   bool losesBlank = false;       // a value ends in a TAB, which is written as a blank and then cut
-  bool isAmbiguous = false;      // ";;;" ends a value before another: its ";" may belong to that
+  bool isMisread = false;   // a header field is no number or does not fit: it comes back as another
+  bool cutsBlanks = false;  // blanks are cut off a value; one alone is how an empty one is written
+  bool hasTab = false;      // in a value: it becomes a blank
+  bool isAmbiguous = false;  // ";;;" ends a value before another: its ";" may belong to that
+
+  // The three fields before the values, without the last ";".
+  [[nodiscard]] std::string_view header() const {
+    return text.substr(0, static_cast<std::size_t>(values.data() - text.data()) - 1);
+  }
 };
 
 class TextScanner {
  public:
   // `text` holds no zero byte.
-  explicit TextScanner(std::string_view text) : rest_(text) {}
+  explicit TextScanner(std::string_view text)
+      : rest_(text), hasTab_(text.find('\t') != std::string_view::npos) {}
 
   [[nodiscard]] bool next(ScannedAttribute& attribute);
   // Empty when the whole text was read.
@@ -35,6 +44,7 @@ class TextScanner {
 
  private:
   std::string_view rest_;
+  bool hasTab_;  // anywhere
 };
 
 // Takes the first value off `values`, doubled marks made single and trailing blanks cut.
