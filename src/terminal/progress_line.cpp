@@ -60,21 +60,29 @@ void ProgressLine::eraseForGood() {
 }
 
 void ProgressLine::run() {
+  const Clock::time_point appearance = Clock::now() + firstAppearance;
   std::unique_lock<std::mutex> lock(waiting_);
-  (void)wake_.wait_for(lock, firstAppearance, [this] { return stopped_; });
   while (!stopped_) {
-    draw();
+    look();
+    if (Clock::now() >= appearance) draw();
     (void)wake_.wait_for(lock, redrawInterval, [this] { return stopped_; });
   }
 }
 
+// Rates begin with the first look at a phase.
+void ProgressLine::look() {
+  state_ = runProgress().state();
+  if (state_.number == first_.number) return;
+  first_ = state_;
+  since_ = Clock::now();
+}
+
 void ProgressLine::draw() {
   const std::lock_guard<std::timed_mutex> lock(drawing_);
-  const RunProgress::State state = runProgress().state();
-  if (state.phase == nullptr) return erase();
+  if (state_.phase == nullptr) return erase();
   if (!isInForeground(fd_)) return;
   const std::size_t width = terminalWidth(fd_);
-  std::string text = progressText(viewOf(state), width - std::min<std::size_t>(width, 1));
+  std::string text = progressText(view(), width - std::min<std::size_t>(width, 1));
   if (text == shown_) return;
   const std::size_t columns = text.size();
   shown_ = text;
@@ -93,20 +101,15 @@ void ProgressLine::write(const std::string& text) {
   (void)writeAll(fd_, text);
 }
 
-ProgressView ProgressLine::viewOf(const RunProgress::State& state) {
-  const Clock::time_point now = Clock::now();
-  if (state.number != first_.number) {
-    first_ = state;
-    since_ = now;
-  }
-  ProgressView view{.phase = state.phase};
-  view.seconds = std::chrono::duration<double>(now - since_).count();
+ProgressView ProgressLine::view() const {
+  ProgressView view{.phase = state_.phase};
+  view.seconds = std::chrono::duration<double>(Clock::now() - since_).count();
   const bool tells = view.seconds >= leastSeconds;
-  const std::uint64_t records = state.records - std::min(first_.records, state.records);
+  const std::uint64_t records = state_.records - std::min(first_.records, state_.records);
   if (tells && records > 0) view.rate = static_cast<double>(records) / view.seconds;
-  if (state.total == 0) return view;
-  const auto total = static_cast<double>(state.total);
-  view.share = std::min(static_cast<double>(state.done) / total, 1.0);
+  if (state_.total == 0) return view;
+  const auto total = static_cast<double>(state_.total);
+  view.share = std::min(static_cast<double>(state_.done) / total, 1.0);
   const double gained = *view.share - static_cast<double>(first_.done) / total;
   if (tells && gained >= leastProgress) {
     view.secondsLeft = (1 - *view.share) / gained * view.seconds;

@@ -35,10 +35,11 @@ class ProgressLine : public ProgressDisplay {
   using Clock = std::chrono::steady_clock;
 
   void run();
+  void look();
   void draw();
   void erase();
   void write(const std::string& text);
-  [[nodiscard]] ProgressView viewOf(const RunProgress::State& state);
+  [[nodiscard]] ProgressView view() const;
 
   int fd_ = -1;
   std::thread thread_;
@@ -46,9 +47,12 @@ class ProgressLine : public ProgressDisplay {
   std::condition_variable wake_;
   bool stopped_ = false;
 
-  std::timed_mutex drawing_;  // of everything below
+  std::timed_mutex drawing_;  // of what the terminal shows
   std::size_t drawn_ = 0;     // columns that are not empty
   std::string shown_;
+
+  // Of the thread alone.
+  RunProgress::State state_;
   RunProgress::State first_;  // the phase as it was first seen
   Clock::time_point since_;
 };
