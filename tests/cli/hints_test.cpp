@@ -192,12 +192,14 @@ TEST_F(Hints, ASignalEndsARunWithoutATrace) {
   for (const auto& row : cases) {
     writeFile(directory_ / "lines", resourceLines(3000));
     const std::string script =
-        "rm -f pipe dump.pipe; mkfifo pipe dump.pipe; exec 3<>pipe 4<>dump.pipe; cat lines >&3 & "
-        "orxkdb dump other | sed '$d' >&4; "
+        "rm -f pipe dump.pipe; mkfifo pipe dump.pipe; "
+        "{ cat lines; sleep 3; } > pipe 2>/dev/null & "
+        "{ orxkdb dump other | sed '$d'; sleep 3; } > dump.pipe 2>/dev/null & "
         "timeout --preserve-status -s " +
-        row.signal + " 1 " + row.command +
-        " > out & "
-        "job=$!; sleep 0.5; ls *.orx-new; wait $job; code=$?; ls *.orx-new 2>/dev/null; exit $code";
+        row.signal + " 2 " + row.command +
+        " > out & job=$!; "
+        "for i in $(seq 35); do ls *.orx-new 2>/dev/null && break; sleep 0.05; done; "
+        "wait $job; code=$?; kill $(jobs -p); ls *.orx-new 2>/dev/null; exit $code";
     const auto result =
         runProgram({.file = "/bin/bash",
                     .arguments = {"-c", script},
