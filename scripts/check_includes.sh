@@ -10,10 +10,11 @@ declare -A may_use=(
   [model]="model encoding platform"
   [descriptions]="descriptions model encoding platform"
   [records]="records model platform"
+  [terminal]="terminal platform"
   [messages]="messages platform"
   [restore]="restore records model messages platform"
-  [driver]="driver restore messages platform"
-  [orxkdb]="orxkdb restore records model messages platform"
+  [driver]="driver restore messages terminal platform"
+  [orxkdb]="orxkdb restore records model messages terminal platform"
 )
 faults=0
 fault() {

@@ -1,10 +1,28 @@
+#include <unistd.h>
+
 #include <clocale>
 
 #include "driver/run.h"
+#include "platform/file.h"
+#include "platform/interruption.h"
 #include "platform/process.h"
+#include "terminal/progress_line.h"
+
+namespace {
+
+void sayInterrupted(bool published) {
+  orx::progressLine().eraseForGood();
+  (void)orx::writeAll(STDERR_FILENO,
+                      published ? "orxrestore: interrupted: the database is already changed, "
+                                  "completely; \"orxkdb undo\" takes it back\n"
+                                : "orxrestore: interrupted: the database is unchanged\n");
+}
+
+}  // namespace
 
 int main(int argc, char* argv[]) {
   orx::prepareProcess();
+  orx::awaitInterruption(sayInterrupted);
   (void)std::setlocale(LC_CTYPE, "");  // texts come in the code page of the operator's terminal
   return orx::run(argc, argv);
 }

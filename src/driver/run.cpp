@@ -5,11 +5,14 @@
 #include <string>
 
 #include "driver/hello.h"
+#include "driver/hints.h"
 #include "driver/process_args.h"
 #include "messages/message_print.h"
+#include "platform/trace.h"
 #include "restore/exit_codes.h"
 #include "restore/restore_settings.h"
 #include "restore/trace_unit.h"
+#include "terminal/progress_line.h"
 
 namespace orx {
 
@@ -39,7 +42,14 @@ int runSteps(int argc, char* const argv[], const Operations& operations) {
     printMessage("IDS_MAIN_FIRST");
     return exitNameHasPath;
   }
+  const ProgressScope progress(settings.verbose == 0 && !traceIsOpen());
   return runOperation(settings.mode, operations);
+}
+
+int runWithHints(int argc, char* const argv[], const Operations& operations) {
+  const int result = runSteps(argc, argv, operations);
+  giveHints(result);
+  return result;
 }
 
 }  // namespace
@@ -47,7 +57,7 @@ int runSteps(int argc, char* const argv[], const Operations& operations) {
 int run(int argc, char* const argv[], const Operations& operations) {
   ORX_TRACE("main");
   try {
-    return trace.exit(runSteps(argc, argv, operations));
+    return trace.exit(runWithHints(argc, argv, operations));
   } catch (const std::bad_alloc&) {
     (void)std::fputs("orxrestore: out of memory, the run has ended; free memory and run it again\n",
                      stderr);

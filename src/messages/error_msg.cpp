@@ -7,6 +7,7 @@
 #include <span>
 
 #include "platform/kdb_codes.h"
+#include "platform/run_progress.h"
 #include "platform/trace.h"
 
 namespace orx {
@@ -70,6 +71,7 @@ std::string_view reasonName(std::int32_t reason) {
 // The names are literals and end with a zero.
 void ErrorMsg(std::int32_t returnCode, std::int32_t reason, const char* text) {
   ORX_TRACE("ErrorMsg");
+  const OutputTurn turn;
   (void)std::printf("%s, RC=%d(%s), RSN=%d(%s)\n", text, returnCode,
                     returnCodeName(returnCode).data(), reason, reasonName(reason).data());
 }

@@ -16,6 +16,7 @@
 
 #include "messages/message_bundle.h"
 #include "messages/message_keys.h"
+#include "platform/run_progress.h"
 
 namespace orx {
 
@@ -82,7 +83,9 @@ void printMessageFrom(MessageCatalogue& catalogue,
                       MessageKey<std::type_identity_t<Arguments>...> key,
                       const Arguments&... arguments) {
   const char* format = messageFormat(catalogue.bundle(), key.signature());
-  if (format != nullptr) (void)std::printf(format, detail::printable(arguments)...);
+  if (format == nullptr) return;
+  const OutputTurn turn;
+  (void)std::printf(format, detail::printable(arguments)...);
 }
 
 template <typename... Arguments>

@@ -1,5 +1,7 @@
 #include "orxkdb/cmd_check.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
@@ -7,6 +9,7 @@
 #include "orxkdb/check/check_report.h"
 #include "orxkdb/check/check_run.h"
 #include "orxkdb/output.h"
+#include "terminal/color.h"
 
 namespace orx::orxkdb {
 
@@ -32,10 +35,11 @@ Result check(const CheckOptions& options) {
   Findings findings(options.limit);
   CheckCounts counts;
   if (Result result = runCheck(options.input, findings, counts); !result.ok()) return result;
-  const auto report = options.json ? reportJson : reportText;
-  if (Result result = writeStandardOutput(report(options.input, counts, findings)); !result.ok()) {
-    return result;
-  }
+  const std::string report = options.json
+                                 ? reportJson(options.input, counts, findings)
+                                 : withPaintedLines(reportText(options.input, counts, findings),
+                                                    "- ", Paint::yellow, STDOUT_FILENO);
+  if (Result result = writeStandardOutput(report); !result.ok()) return result;
   return resultOf(options, findings);
 }
 

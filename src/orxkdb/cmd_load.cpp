@@ -6,6 +6,8 @@
 #include "orxkdb/database_reader.h"
 #include "orxkdb/dump_reader.h"
 #include "orxkdb/output.h"
+#include "platform/kdb_statistics.h"
+#include "platform/run_progress.h"
 
 namespace orx::orxkdb {
 
@@ -46,6 +48,7 @@ class LoadedDatabase {
 
  private:
   Result deleteAll() {
+    runProgress().enter("deleting", kdb::recordsWhenOpened(handle_));
     DataBuffer record;
     kdb::kdbHandle scan;
     std::int32_t code = kdb::StartUpdate(handle_, record.data(), keyLength, scan);
@@ -58,6 +61,7 @@ class LoadedDatabase {
     std::int32_t length = 0;
     const std::int32_t code =
         kdb::ReadNextForUpdate(scan, 0, record.data(), recordLength, length, held);
+    runProgress().countRecord();
     return code == 0 ? kdb::DeleteHeldRecord(held) : code;
   }
 
@@ -69,6 +73,7 @@ Result addAll(DumpReader& dump, LoadedDatabase& database) {
   DataBuffer record;
   while (dump.next(record)) {
     if (Result result = database.add(record, dump); !result.ok()) return result;
+    runProgress().countRecord();
   }
   return dump.result();
 }
@@ -94,6 +99,7 @@ Result load(const LoadOptions& options) {
   if (Result result = dump.readHeader(); !result.ok()) return result;
   LoadedDatabase database;
   if (Result result = database.open(options); !result.ok()) return result;
+  runProgress().enterFile("adding", options.file);
   if (Result result = addAll(dump, database); !result.ok()) return result;
   if (Result result = database.publish(); !result.ok()) return result;
   if (Result result = compareCount(options.database, dump.count()); !result.ok()) return result;

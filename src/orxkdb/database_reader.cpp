@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "orxkdb/record_name.h"
+#include "platform/kdb_statistics.h"
+#include "platform/run_progress.h"
 
 namespace orx::orxkdb {
 
@@ -30,6 +32,7 @@ Result DatabaseReader::open(const std::string& name) {
 
 Result DatabaseReader::rewind() {
   count_ = 0;
+  runProgress().enter("reading", kdb::recordsWhenOpened(database_));
   if (kdb::OpenCursor(database_, nullptr, 0, cursor_) != 0) return lastFailure(name_, database_);
   return {};
 }
@@ -41,6 +44,7 @@ bool DatabaseReader::next(DataBuffer& record) {
       kdb::ReadNextFromCursor(cursor_, 0, record.data(), recordLength, length);
   if (code == 0) {
     ++count_;
+    runProgress().countRecord();
     return true;
   }
   if (code != endOfRecords) {

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "orxkdb/output.h"
+#include "platform/run_progress.h"
 
 namespace orx::orxkdb {
 
@@ -20,6 +21,7 @@ constexpr std::size_t bufferSize = std::size_t{1} << 20;
 LineReader::LineReader() : buffer_(bufferSize) {}
 
 int LineReader::open(const std::string& name) {
+  runProgress().startFile();
   if (name == standardStream) {
     name_ = "standard input";
     fd_ = STDIN_FILENO;
@@ -73,6 +75,7 @@ bool LineReader::fill() {
     return false;
   }
   ended_ = count == 0;
+  runProgress().countBytes(static_cast<std::uint64_t>(count));
   end_ += static_cast<std::size_t>(count);
   return true;
 }

@@ -2,7 +2,10 @@
 #include <unistd.h>
 
 #include "orxkdb/program.h"
+#include "platform/file.h"
+#include "platform/interruption.h"
 #include "platform/process.h"
+#include "terminal/progress_line.h"
 
 namespace {
 
@@ -13,11 +16,21 @@ void refuseOutput() {
   (void)close(readOnly);
 }
 
+void sayInterrupted(bool published) {
+  orx::progressLine().eraseForGood();
+  (void)orx::writeAll(STDERR_FILENO,
+                      published ? "orxkdb: interrupted, the result has its name already, look at "
+                                  "it before you run this again\n"
+                                : "orxkdb: interrupted, no database and no file was changed, run "
+                                  "this again\n");
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
   const bool outputIsClosed = fcntl(STDOUT_FILENO, F_GETFD) == -1;
   orx::prepareProcess();
   if (outputIsClosed) refuseOutput();
+  orx::awaitInterruption(sayInterrupted);
   return orx::orxkdb::run(argc, argv);
 }

@@ -9,6 +9,7 @@
 
 #include "platform/file.h"
 #include "platform/kdb.h"
+#include "platform/run_progress.h"
 
 namespace orx::orxkdb {
 
@@ -84,7 +85,10 @@ Result Output::publish() {
   return error == 0 ? Result() : writeFailure(error);
 }
 
+// A product on the terminal is progress enough.
 int Output::flush() {
+  if (::isatty(STDOUT_FILENO) == 1) runProgress().leave();
+  const OutputTurn turn;
   const int error = writeAll(STDOUT_FILENO, buffer_);
   buffer_.clear();
   return error;
@@ -102,6 +106,7 @@ Result writeStandardOutput(std::string_view text) {
 }
 
 void say(std::string_view text) {
+  const OutputTurn turn;
   (void)writeAll(STDOUT_FILENO, text);
 }
 

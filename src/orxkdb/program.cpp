@@ -1,16 +1,20 @@
 #include "orxkdb/program.h"
 
 #include <unicode/uversion.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <array>
 #include <cstdio>
+#include <map>
 #include <new>
 
 #include "orxkdb/cmd_diff.h"
 #include "orxkdb/commands.h"
 #include "orxkdb/manual/manual_options.h"
 #include "orxkdb/output.h"
+#include "terminal/color.h"
+#include "terminal/progress_line.h"
 
 namespace orx::orxkdb {
 
@@ -38,8 +42,25 @@ std::string versionText() {
   return std::string("orxkdb " ORX_VERSION "\n") + kdb::engineVersion() + "\nICU " + icu.data();
 }
 
+const std::map<std::string, ColorChoice> colorChoices{{"auto", ColorChoice::automatic},
+                                                      {"always", ColorChoice::always},
+                                                      {"never", ColorChoice::never}};
+
+// Before or behind the subcommand.
+void addColor(CLI::App& program) {
+  program.fallthrough();
+  program
+      .add_option_function<std::string>(
+          "--color", [](const std::string& name) { chooseColor(colorChoices.at(name)); },
+          "Paint reports and failures: auto (on a terminal, and NO_COLOR is not set), always, "
+          "never")
+      ->check(CLI::IsMember(colorChoices))
+      ->type_name("WHEN");
+}
+
 void describeProgram(CLI::App& program, Action& action) {
   program.set_version_flag("--version", versionText, "Print the versions of orxkdb and its parts");
+  addColor(program);
   program.require_subcommand(1);
   program.footer(footer);
   addCommands(program, action);
@@ -84,7 +105,14 @@ Result runSteps(int argc, const char* const argv[]) {
   CLI::App program(description, "orxkdb");
   describeProgram(program, action);
   Result read = readCommandLine(program, argc, argv);
-  return read.ok() && action ? action() : read;
+  if (!read.ok() || !action) return read;
+  const ProgressScope progress(true);
+  return action();
+}
+
+void reportFailure(const Result& result) {
+  const std::string name = painted("orxkdb:", Paint::red, STDERR_FILENO);
+  (void)std::fprintf(stderr, "%s %s\n", name.c_str(), result.text.c_str());
 }
 
 }  // namespace
@@ -92,7 +120,7 @@ Result runSteps(int argc, const char* const argv[]) {
 int run(int argc, const char* const argv[]) {
   try {
     const Result result = runSteps(argc, argv);
-    if (!result.ok()) (void)std::fprintf(stderr, "orxkdb: %s\n", result.text.c_str());
+    if (!result.ok()) reportFailure(result);
     return result.code;
   } catch (const std::bad_alloc&) {
     (void)std::fputs("orxkdb: memory ran out, the run has ended, free memory and run it again\n",

@@ -4,6 +4,9 @@
 
 #include <cerrno>
 
+#include "platform/interruption.h"
+#include "platform/run_progress.h"
+
 namespace orx {
 
 namespace {
@@ -12,8 +15,7 @@ constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 // Removes what a process that died left behind; EBUSY when its writer is alive.
 int removeStale(const std::string& path) {
   const UniqueFd stale = openFile(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  const bool alive =
-      stale.valid() && (lockFile(stale.get()) != 0 || !leadsTo(path, stale.get()));
+  const bool alive = stale.valid() && (lockFile(stale.get()) != 0 || !leadsTo(path, stale.get()));
   if (alive) return EBUSY;
   const int error = removeFile(path);
   return error == ENOENT ? 0 : error;
@@ -22,6 +24,8 @@ int removeStale(const std::string& path) {
 }  // namespace
 
 AtomicFile::~AtomicFile() {
+  CriticalStep step;
+  step.leaveAlone(temporary_);
   if (!temporary_.empty() && leadsTo(temporary_, fd_.get())) (void)removeFile(temporary_);
 }
 
@@ -32,11 +36,18 @@ int AtomicFile::open(const std::string& target) {
   if (replaces && !S_ISREG(existing.st_mode)) return S_ISDIR(existing.st_mode) ? EISDIR : EEXIST;
   const std::string temporary = target_ + ".orx-new";
   if (const int error = removeStale(temporary); error != 0) return error;
-  fd_ = openFile(temporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0640);
-  if (!fd_.valid()) return errno == EEXIST ? EBUSY : errno;
+  if (const int error = create(temporary); error != 0) return error == EEXIST ? EBUSY : error;
   if (lockFile(fd_.get()) != 0 || !leadsTo(temporary, fd_.get())) return EBUSY;
-  temporary_ = temporary;
   if (replaces) return setModeAndOwner(fd_.get(), existing);
+  return 0;
+}
+
+int AtomicFile::create(const std::string& path) {
+  CriticalStep step;
+  fd_ = openFile(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0640);
+  if (!fd_.valid()) return errno;
+  temporary_ = path;
+  step.removeWhenInterrupted(path, fd_.get());
   return 0;
 }
 
@@ -53,9 +64,13 @@ int AtomicFile::flush() {
 
 int AtomicFile::publish() {
   if (flush() != 0) return error_;
+  runProgress().enter("syncing");
   if (const int error = syncFile(fd_.get()); error != 0) return error;
+  CriticalStep step;
   if (!leadsTo(temporary_, fd_.get())) return EBUSY;
   if (const int error = renameFile(temporary_, target_, false); error != 0) return error;
+  step.notePublished();
+  step.leaveAlone(temporary_);
   temporary_.clear();
   return syncDirectory(directoryOf(target_));
 }

@@ -29,6 +29,7 @@ class AtomicFile {
   [[nodiscard]] int publish();
 
  private:
+  [[nodiscard]] int create(const std::string& path);
   [[nodiscard]] int flush();
 
   std::string target_;

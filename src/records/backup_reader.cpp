@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "platform/run_progress.h"
 #include "records/backup_record.h"
 #include "records/record_trace.h"
 
@@ -69,6 +70,7 @@ bool BackupReader::open(const char* path) {
   close();
   errorNumber_ = 0;
   buffer_.resize(bufferSize);
+  runProgress().startFile();
   return trace.exit(openDescriptor(path));
 }
 
@@ -139,6 +141,7 @@ void BackupReader::fill() {
       [this] { return ::read(descriptor_, buffer_.data() + end_, buffer_.size() - end_); });
   if (count > 0) {
     end_ += static_cast<std::size_t>(count);
+    runProgress().countBytes(static_cast<std::uint64_t>(count));
   } else {
     ended_ = true;
     if (count < 0) errorNumber_ = errno;

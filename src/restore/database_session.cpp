@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "messages/error_msg.h"
+#include "restore/run_report.h"
 #include "restore/trace_unit.h"
 
 namespace orx {
@@ -12,6 +13,11 @@ namespace {
 // Error texts are formed in an area of this size; a name too long for it is cut at the end.
 constexpr std::size_t errorTextSize = 256;
 using ErrorText = std::array<char, errorTextSize>;
+
+void printFailure(std::int32_t code, std::int32_t reason, const char* text) {
+  runReport().noteFailure(code, reason);
+  ErrorMsg(code, reason, text);
+}
 }  // namespace
 
 DatabaseSession::~DatabaseSession() {
@@ -27,7 +33,7 @@ bool DatabaseSession::open(const std::string& name) {
   ErrorText text{};
   (void)std::snprintf(text.data(), text.size(), "*Error: Unable to open key1 database %s",
                       name.c_str());
-  ErrorMsg(status.returnCode, status.reason, text.data());
+  printFailure(status.returnCode, status.reason, text.data());
   return trace.exit(false);
 }
 
@@ -36,7 +42,7 @@ void DatabaseSession::report(std::int32_t code, const char* text) {
   kdb::kdbStatus status;
   kdb::GetLastStatus(handle_, status);
   const bool isStale = code == static_cast<std::int32_t>(kdb::Code::badObject);
-  ErrorMsg(code, isStale ? 0 : status.reason, text);
+  printFailure(code, isStale ? 0 : status.reason, text);
   if (kdb::isStorageFailure(static_cast<kdb::Code>(code))) lossReported_ = true;
 }
 
@@ -45,7 +51,7 @@ bool DatabaseSession::close() {
   kdb::kdbStatus status;
   const std::int32_t code = kdb::CloseDatabase(handle_, status);
   if (code == 0) return trace.exit(true);
-  if (!lossReported_) ErrorMsg(code, status.reason, "*Error: in CloseDatabase");
+  if (!lossReported_) printFailure(code, status.reason, "*Error: in CloseDatabase");
   return trace.exit(false);
 }
 
@@ -55,9 +61,16 @@ void DatabaseSession::abandon() {
 }
 
 void reportBackupReadError() {
-  ErrorMsg(static_cast<std::int32_t>(kdb::inputOutputError.code),
-           static_cast<std::int32_t>(kdb::inputOutputError.reason),
-           "*Error: reading the backup file");
+  runReport().backupFailed = runReport().failure.returnCode == 0;
+  printFailure(static_cast<std::int32_t>(kdb::inputOutputError.code),
+               static_cast<std::int32_t>(kdb::inputOutputError.reason),
+               "*Error: reading the backup file");
+}
+
+void reportMissingCounters() {
+  printFailure(static_cast<std::int32_t>(kdb::recordNotFound.code),
+               static_cast<std::int32_t>(kdb::recordNotFound.reason),
+               "*Error: no handler counters in the system record");
 }
 
 void reportAddFailure(DatabaseSession& database, std::int32_t code, std::int32_t recordNumber) {

@@ -39,6 +39,9 @@ class DatabaseSession {
 // Prints "*Error: reading the backup file" with the codes of an I/O error.
 void reportBackupReadError();
 
+// Prints "*Error: no handler counters in the system record" as a record that was not found.
+void reportMissingCounters();
+
 // Prints "*Error: Failure adding record %d to data base" for the failed `code`.
 void reportAddFailure(DatabaseSession& database, std::int32_t code, std::int32_t recordNumber);
 

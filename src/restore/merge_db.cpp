@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <memory>
 
-#include "messages/error_msg.h"
 #include "messages/message_print.h"
 #include "platform/kdb.h"
+#include "platform/run_progress.h"
 #include "platform/trace.h"
 #include "records/backup_reader.h"
 #include "restore/add_failures.h"
@@ -17,6 +17,7 @@
 #include "restore/merged_records.h"
 #include "restore/operations.h"
 #include "restore/restore_settings.h"
+#include "restore/run_report.h"
 #include "restore/step_progress.h"
 #include "restore/trace_unit.h"
 #include "restore/verbose_merge.h"
@@ -64,13 +65,12 @@ class MergeRestore {
       return false;
     }
     if (merge_.readSystemRecord()) return true;
-    ErrorMsg(static_cast<std::int32_t>(kdb::recordNotFound.code),
-             static_cast<std::int32_t>(kdb::recordNotFound.reason),
-             "*Error: no handler counters in the system record");
+    reportMissingCounters();
     return false;
   }
 
   [[nodiscard]] bool readAlien() {
+    runProgress().enterFile("reading", settings_.backupFileName);
     const ReadOutcome read = readBackup(backup_, merge_);
     backup_.close();
     if (read == ReadOutcome::end) return true;
@@ -79,6 +79,8 @@ class MergeRestore {
   }
 
   [[nodiscard]] bool mergeSystemRecord() {
+    backupRecords_ = runProgress().records();
+    runProgress().enter("sorting");
     merge_.mergeSystemRecord();
     const std::int32_t code =
         rewriteChain(database_.handle(), DataBuffer(), chainText(merge_.systemRecord()),
@@ -89,6 +91,7 @@ class MergeRestore {
   }
 
   void addObjects() {
+    runProgress().enter("adding", backupRecords_);
     MergedRecords records(merge_);
     if (settings_.verbose == 0 && !traceIsOpen()) records.start();
     DataBuffer record;
@@ -121,6 +124,7 @@ class MergeRestore {
 
   void countAdded() {
     ++addedCount_;
+    runProgress().countRecord();
     if (!progress_.step()) return;
     printMessage("IDS_MAIN_SEVENTH", addedCount_);
     (void)kdb::Checkpoint(database_.handle());
@@ -136,6 +140,7 @@ class MergeRestore {
   // Closes file and database; what was written before an ordinary failure is kept.
   [[nodiscard]] int finish(ExitCode result) {
     backup_.close();
+    runReport().addedCount = addedCount_;
     return database_.close() ? result : exitFailed;
   }
 
@@ -146,6 +151,7 @@ class MergeRestore {
   DatabaseSession database_;
   StepProgress progress_;
   AddFailures failures_;
+  std::uint64_t backupRecords_ = 0;  // about as many are added
   std::int32_t addedCount_ = 0;
   ExitCode result_ = exitSuccess;
 };

@@ -1,5 +1,7 @@
 #include "restore/merge_input.h"
 
+#include "platform/kdb_statistics.h"
+#include "platform/run_progress.h"
 #include "records/data_buffer.h"
 #include "restore/trace_unit.h"
 
@@ -24,10 +26,14 @@ std::int32_t readFollowing(kdb::kdbHandle database, DataBuffer& record) {
 
 DatabaseRead readDatabase(kdb::kdbHandle database, MergeRun& merge) {
   ORX_TRACE("readDatabase");
+  runProgress().enter("reading", kdb::recordsWhenOpened(database));
   DataBuffer record;
   std::int32_t code = readNext(database, record);
   if (code != 0) return trace.exit(DatabaseRead{code, "*Error: in StartUpdate"});
-  for (; code == 0; code = readFollowing(database, record)) merge.takeCurrent(record);
+  for (; code == 0; code = readFollowing(database, record)) {
+    merge.takeCurrent(record);
+    runProgress().countRecord();
+  }
   if (code == endOfRecords) return trace.exit(DatabaseRead{});
   return trace.exit(DatabaseRead{code, "*Error: in read records error"});
 }
@@ -36,7 +42,10 @@ ReadOutcome readBackup(BackupReader& backup, MergeRun& merge) {
   ORX_TRACE("readBackup");
   BackupLine line;
   ReadOutcome read = backup.next(line);
-  for (; read == ReadOutcome::line; read = backup.next(line)) merge.takeBackup(line);
+  for (; read == ReadOutcome::line; read = backup.next(line)) {
+    merge.takeBackup(line);
+    runProgress().countRecord();
+  }
   return trace.exit(read);
 }
 

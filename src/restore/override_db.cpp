@@ -4,6 +4,8 @@
 
 #include "messages/message_print.h"
 #include "platform/kdb.h"
+#include "platform/kdb_statistics.h"
+#include "platform/run_progress.h"
 #include "records/backup_stream.h"
 #include "records/data_buffer.h"
 #include "restore/database_session.h"
@@ -11,6 +13,7 @@
 #include "restore/operations.h"
 #include "restore/prototype_filter.h"
 #include "restore/restore_settings.h"
+#include "restore/run_report.h"
 #include "restore/step_progress.h"
 #include "restore/trace_unit.h"
 
@@ -46,6 +49,7 @@ class ReplaceRestore {
 
   // True when the end of the database was reached and every record is deleted.
   [[nodiscard]] bool deletePhase() {
+    runProgress().enter("deleting", kdb::recordsWhenOpened(database_.handle()));
     std::int32_t code = startScan();
     printMessage("IDS_MAIN_THIRD", settings_.databaseName);
     while (code == 0) code = deleteNext();
@@ -80,6 +84,7 @@ class ReplaceRestore {
       return code;
     }
     ++deletedCount_;
+    runProgress().countRecord();
     if (progress_.step()) {
       printMessage("IDS_MAIN_FOURTH", deletedCount_);
       (void)kdb::Checkpoint(database_.handle());
@@ -89,6 +94,7 @@ class ReplaceRestore {
 
   [[nodiscard]] ExitCode addPhase() {
     progress_.restart();
+    runProgress().enterFile("adding", settings_.backupFileName);
     ReadOutcome read = backup_.next(record_);
     for (; read == ReadOutcome::line; read = backup_.next(record_)) {
       if (settings_.prototypesOnly != 0 && !belongsToPrototypes(record_)) continue;
@@ -108,6 +114,7 @@ class ReplaceRestore {
       return false;
     }
     ++addedCount_;
+    runProgress().countRecord();
     if (progress_.step()) {
       printMessage("IDS_MAIN_SEVENTH", addedCount_);
       (void)kdb::Checkpoint(database_.handle());
@@ -118,6 +125,8 @@ class ReplaceRestore {
   // Closes file and database; what was added before an ordinary failure is kept.
   [[nodiscard]] int finish(ExitCode result) {
     backup_.close();
+    runReport().deletedCount = deletedCount_;
+    runReport().addedCount = addedCount_;
     return database_.close() ? result : exitFailed;
   }
 

@@ -5,6 +5,8 @@
 
 #include "model/attribute_set.h"
 #include "platform/kdb.h"
+#include "platform/kdb_statistics.h"
+#include "platform/run_progress.h"
 #include "records/data_buffer.h"
 #include "restore/chain_writer.h"
 #include "restore/database_session.h"
@@ -51,9 +53,13 @@ class UseCountRebuild {
   }
 
   [[nodiscard]] bool readRecords() {
+    runProgress().enter("reading", kdb::recordsWhenOpened(database_.handle()));
     DataBuffer record;
     std::int32_t code = readNext(record);
-    for (; code == 0; code = readNext(record)) keep(record);
+    for (; code == 0; code = readNext(record)) {
+      keep(record);
+      runProgress().countRecord();
+    }
     if (code == endOfRecords) return true;
     database_.report(code, "*Error: in read records error");
     return false;
@@ -74,6 +80,7 @@ class UseCountRebuild {
   }
 
   [[nodiscard]] bool rebuildModels() {
+    runProgress().enter("rebuilding");
     for (std::size_t number = 0; number < RecordLists::count; ++number) {
       ReferenceIndex references(references_[number]);
       while (takeModel(models_[number])) {
@@ -97,6 +104,7 @@ class UseCountRebuild {
     rebuildUsage(attributes_, model_.data.objectBytes(), references);
     const std::string text = chainText(attributes_);
     if (settings_.verbose != 0) printObject(model_.data, text);
+    runProgress().countRecord();
     const std::int32_t code = rewriteChain(database_.handle(), model_.data, text, ownRecords());
     if (code != 0) database_.report(code, "*Error: update the model records");
     return code == 0;

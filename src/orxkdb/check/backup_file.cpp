@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "platform/run_progress.h"
 #include "records/backup_reader.h"
 
 namespace orx::orxkdb {
@@ -43,6 +44,8 @@ Result BackupFile::open(const std::string& name) {
   }
   size_ = static_cast<std::uint64_t>(file.st_size);
   window_.resize(windowCapacity);
+  runProgress().startFile();
+  runProgress().enterFile("reading", name);
   return size_ == 0 ? checkEmpty() : Result{};
 }
 
@@ -62,18 +65,21 @@ bool BackupFile::next(BackupPiece& piece) {
   const bool endsLine = bytes.ends_with('\n');
   piece = {endsLine ? withoutLineEnd(bytes) : bytes, offset_, line_, continuesLine_};
   offset_ += bytes.size();
+  runProgress().countRecord();
   continuesLine_ = !endsLine;
   if (endsLine) ++line_;
   return true;
 }
 
 bool BackupFile::readAt(std::uint64_t offset, CMDatabaseBackupRecord& record) {
+  runProgress().countRecord();
   const std::string_view piece = pieceAt(offset);
   record.setLine(restoredText(piece));
   return result_.ok();
 }
 
 void BackupFile::rewind() {
+  runProgress().startFile();
   offset_ = 0;
   line_ = 1;
   continuesLine_ = false;
@@ -104,6 +110,7 @@ bool BackupFile::readWindow(std::uint64_t offset) {
     result_ = fileFailure(exitFailed, "the file cannot be read", name_, errno);
     return false;
   }
+  if (continues) runProgress().countBytes(static_cast<std::uint64_t>(count));
   windowOffset_ = offset;
   windowSize_ = static_cast<std::size_t>(count);
   return true;

@@ -7,6 +7,7 @@
 #include "orxkdb/check/backup_check.h"
 #include "orxkdb/check/object_checker.h"
 #include "orxkdb/database_reader.h"
+#include "platform/run_progress.h"
 #include "records/carry_check.h"
 
 namespace orx::orxkdb {
@@ -69,6 +70,7 @@ Result runCheck(const std::string& input, Findings& findings, CheckCounts& count
   Result result = counts.isDatabase ? checkDatabase(input, findings, inventory, counts)
                                     : checkBackup(input, findings, inventory, counts);
   if (!result.ok()) return result;
+  runProgress().enter("checking");
   inventory.check(findings);
   counts.objects = inventory.objectCount();
   counts.models = inventory.modelCount();

@@ -14,6 +14,7 @@
 
 #include "orxkdb/check/backup_file.h"
 #include "orxkdb/diff/record_source.h"
+#include "records/backup_layout.h"
 
 namespace orx::orxkdb {
 
@@ -24,6 +25,9 @@ class BackupSource final : public RecordSource {
 
   Result open();
   [[nodiscard]] bool isDatabase() const override { return false; }
+  [[nodiscard]] std::uint64_t expectedRecords() const override {
+    return file_.size() / (backup_layout::recordWidth + 1);
+  }
 
  protected:
   [[nodiscard]] bool read(KeyedRecord& record, Result& result) override;

@@ -10,6 +10,7 @@
 
 #include "orxkdb/database_reader.h"
 #include "orxkdb/diff/record_source.h"
+#include "platform/kdb_statistics.h"
 
 namespace orx::orxkdb {
 
@@ -24,6 +25,9 @@ class CarriedSource final : public RecordSource {
 
   Result open();
   [[nodiscard]] bool isDatabase() const override { return true; }
+  [[nodiscard]] std::uint64_t expectedRecords() const override {
+    return kdb::recordsWhenOpened(reader_.handle());
+  }
 
  protected:
   [[nodiscard]] bool read(KeyedRecord& record, Result& result) override;

@@ -3,6 +3,7 @@
 
 #include "orxkdb/database_reader.h"
 #include "orxkdb/diff/record_source.h"
+#include "platform/kdb_statistics.h"
 
 namespace orx::orxkdb {
 
@@ -12,6 +13,9 @@ class DatabaseSource final : public RecordSource {
 
   Result open() { return reader_.open(name()); }
   [[nodiscard]] bool isDatabase() const override { return true; }
+  [[nodiscard]] std::uint64_t expectedRecords() const override {
+    return kdb::recordsWhenOpened(reader_.handle());
+  }
 
  protected:
   [[nodiscard]] bool read(KeyedRecord& record, Result& result) override;

@@ -1,8 +1,11 @@
 #include "orxkdb/diff/diff_report.h"
 
+#include <unistd.h>
+
 #include <nlohmann/json.hpp>
 
 #include "orxkdb/diff/diff_summary.h"
+#include "terminal/color.h"
 
 namespace orx::orxkdb {
 
@@ -11,6 +14,12 @@ namespace {
 // Names and texts need not be UTF-8.
 std::string oneLine(const nlohmann::ordered_json& json) {
   return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+// What A alone has is red, what B alone has green.
+std::string inColor(std::string text) {
+  text = withPaintedLines(std::move(text), "- ", Paint::red, STDOUT_FILENO);
+  return withPaintedLines(std::move(text), "+ ", Paint::green, STDOUT_FILENO);
 }
 
 }  // namespace
@@ -23,7 +32,7 @@ bool DiffReport::count(ObjectChange change) {
 Result DiffReport::addOneSided(ObjectChange change, const Chain& chain) {
   if (!count(change)) return {};
   if (options_.json) return writeObjectJson(oneSidedJson(change, chain));
-  return output_.write(oneSidedText(change, chain));
+  return output_.write(inColor(oneSidedText(change, chain)));
 }
 
 Result DiffReport::addChanged(const Chain& before, const Chain& after) {
@@ -31,7 +40,7 @@ Result DiffReport::addChanged(const Chain& before, const Chain& after) {
   counts_.add(changes);
   if (!count(ObjectChange::changed)) return {};
   if (options_.json) return writeObjectJson(changedJson(changes, options_.records));
-  return output_.write(changedText(changes, options_.records));
+  return output_.write(inColor(changedText(changes, options_.records)));
 }
 
 // {"version": 1, "objects": [ one object a line ], and behind them the members of the summary.

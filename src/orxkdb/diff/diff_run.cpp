@@ -5,6 +5,7 @@
 
 #include "orxkdb/diff/diff_report.h"
 #include "platform/kdb.h"
+#include "platform/run_progress.h"
 
 namespace orx::orxkdb {
 
@@ -25,6 +26,8 @@ class DiffRun {
  private:
   // A merge of two sequences in ascending order. An input that failed looks as if it had ended.
   Result compareObjects() {
+    runProgress().enter("comparing",
+                        before_.source().expectedRecords() + after_.source().expectedRecords());
     Result result;
     (void)before_.next();
     (void)after_.next();

@@ -44,6 +44,8 @@ class RecordSource {
   [[nodiscard]] const SourceCounts& counts() const { return counts_; }
   [[nodiscard]] const std::string& name() const { return name_; }
   [[nodiscard]] virtual bool isDatabase() const = 0;
+  // About as many as next() will give.
+  [[nodiscard]] virtual std::uint64_t expectedRecords() const = 0;
 
  protected:
   explicit RecordSource(std::string name) : name_(std::move(name)) {}

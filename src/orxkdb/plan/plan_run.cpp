@@ -6,6 +6,7 @@
 #include "orxkdb/plan/identifier_list.h"
 #include "orxkdb/plan/key_check.h"
 #include "orxkdb/plan/plan_observer.h"
+#include "platform/run_progress.h"
 #include "records/backup_reader.h"
 #include "restore/chain_writer.h"
 #include "restore/merge_input.h"
@@ -64,17 +65,20 @@ class PlanRun {
   }
 
   Result readAlien() {
+    runProgress().enterFile("reading", backupName_);
     if (readBackup(backup_, merge_) == ReadOutcome::end) return {};
     return fileFailure(exitFailed, "the backup cannot be read", backupName_, backup_.errorNumber());
   }
 
   void mergeSystemRecord() {
+    runProgress().enter("sorting");
     merge_.mergeSystemRecord();
     const std::string text = chainText(merge_.systemRecord());
     plan_.systemAfter = {chainLength(text), std::strlen(text.c_str())};
   }
 
   Result addObjects() {
+    runProgress().enter("comparing", plan_.backupRecords);
     KeyCheck keys(database_, plan_.systemAfter.records);
     std::uint64_t used = 0;
     for (MergedObject object; merge_.nextObject(object); used += object.sources) {
@@ -95,6 +99,7 @@ class PlanRun {
     RecordKey key = keyOf(object.head);
     for (key.recn = 0; key.recn < length; ++key.recn) {
       const std::optional<KeyTaken> taken = keys.add(key);
+      runProgress().countRecord();
       if (!taken) continue;
       ++totals.refused;
       if (limit_ == 0 || plan_.refused.size() < limit_) plan_.refused.push_back({key, *taken});

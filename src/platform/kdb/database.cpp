@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/kdb/failure.h"
+#include "platform/run_progress.h"
 
 namespace orx::kdb {
 
@@ -289,6 +290,7 @@ Outcome Database::publish() {
   if (mode_ == OpenMode::read) return succeeded;
   if (storageFailure_.has_value()) return *storageFailure_;
   if (successor_ == nullptr && deleted_.count() == 0) return succeeded;
+  runProgress().enter("writing");
   if (const Outcome outcome = prepareChange(); !outcome.ok()) return outcome;
   if (const Outcome outcome = copyRest(); !outcome.ok()) return outcome;
   if (const Outcome outcome = successor_->finish(); !outcome.ok()) return outcome;

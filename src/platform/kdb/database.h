@@ -71,6 +71,8 @@ class Database {
   void noteFailure(const Outcome& outcome);
   [[nodiscard]] const Outcome& lastFailure() const { return lastFailure_; }
 
+  // When it was opened.
+  [[nodiscard]] std::uint64_t entries() const { return base_ == nullptr ? 0 : base_->entries(); }
   [[nodiscard]] const DatabasePaths& paths() const { return paths_; }
 
  private:

@@ -9,6 +9,7 @@
 #include "platform/file.h"
 #include "platform/kdb/engine.h"
 #include "platform/kdb/handles.h"
+#include "platform/kdb_statistics.h"
 
 namespace orx::kdb {
 
@@ -230,6 +231,11 @@ std::int32_t AbandonDatabase(kdbHandle database) {
   if (open == nullptr) return numberOf(Code::badObject);
   HandleTable::instance().releaseAll(open->get());
   return numberOf(Code::success);
+}
+
+std::uint64_t recordsWhenOpened(kdbHandle database) {
+  const OwnedDatabase* open = objectOf<OwnedDatabase>(database);
+  return open == nullptr ? 0 : (*open)->entries();
 }
 
 std::int32_t GetLastStatus(kdbHandle database, kdbStatus& status) {

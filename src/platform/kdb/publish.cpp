@@ -8,8 +8,10 @@
 #include <cerrno>
 
 #include "platform/file.h"
+#include "platform/interruption.h"
 #include "platform/kdb/failure.h"
 #include "platform/kdb/tree_file.h"
+#include "platform/run_progress.h"
 
 namespace orx::kdb {
 
@@ -89,7 +91,10 @@ int clearMark(int fd) {
 }
 
 Outcome publishReplacement(const DatabasePaths& paths, int successorFd, int databaseFd) {
+  runProgress().enter("syncing");
   int error = syncWithMode(successorFd, databaseFd);
+  runProgress().enter("publishing");
+  CriticalStep step;
   if (error == 0) error = exchangeForGood(paths, paths.successor);
   if (error == 0) {
     finishExchange(paths, successorFd);
@@ -97,6 +102,7 @@ Outcome publishReplacement(const DatabasePaths& paths, int successorFd, int data
     error = replaceByLink(paths);
     if (error == 0) (void)clearMark(successorFd);
   }
+  if (error == 0) step.notePublished();
   return outcomeOfErrno(error);
 }
 
@@ -116,19 +122,25 @@ Outcome settleLeftover(const DatabasePaths& paths) {
 }
 
 Outcome publishNew(const DatabasePaths& paths, int successorFd, unsigned mode) {
+  runProgress().enter("syncing");
   int error = syncFile(successorFd);
   if (error == 0 && ::fchmod(successorFd, mode) != 0) error = errno;
   if (error == 0) error = syncFile(successorFd);
+  CriticalStep step;
   if (error == 0) error = renameFile(paths.successor, paths.database, true);
   if (error == EEXIST) return duplicateKey;
   if (error != 0) return outcomeOfErrno(error);
   error = syncDirectory(paths.directory);
   if (error != 0) (void)renameFile(paths.database, paths.successor, true);
+  if (error == 0) step.notePublished();
   return outcomeOfErrno(error);
 }
 
 Outcome exchangeGenerations(const DatabasePaths& paths) {
-  return outcomeOfErrno(exchangeForGood(paths, paths.previous));
+  CriticalStep step;
+  const int error = exchangeForGood(paths, paths.previous);
+  if (error == 0) step.notePublished();
+  return outcomeOfErrno(error);
 }
 
 }  // namespace orx::kdb

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <csignal>
 
+#include "platform/interruption.h"
 #include "platform/kdb/failure.h"
 
 namespace orx::kdb {
@@ -29,17 +30,33 @@ Outcome Successor::create(const DatabasePaths& paths, std::unique_ptr<Successor>
   if (const Outcome outcome = settleLeftover(paths); !outcome.ok()) return outcome;
   const std::string& path = paths.successor;
   std::unique_ptr<Successor> made(new Successor);
-  made->fd_ = openFile(path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600 | unpublishedMark);
-  if (!made->fd_.valid()) return errno == EEXIST ? inUse : outcomeOfErrno(errno);
-  made->path_ = path;
+  if (const int error = made->createFile(path); error != 0) {
+    return error == EEXIST ? inUse : outcomeOfErrno(error);
+  }
   if (lockFile(made->fd()) != 0 || !leadsTo(path, made->fd())) return inUse;
   if (const Outcome outcome = made->openEngine(); !outcome.ok()) return outcome;
   successor = std::move(made);
   return succeeded;
 }
 
+int Successor::createFile(const std::string& path) {
+  CriticalStep step;
+  fd_ = openFile(path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600 | unpublishedMark);
+  if (!fd_.valid()) return errno;
+  path_ = path;
+  step.removeWhenInterrupted(path, fd());
+  return 0;
+}
+
+void Successor::keep() {
+  CriticalStep().leaveAlone(path_);
+  path_.clear();
+}
+
 Successor::~Successor() {
   engine_.reset();
+  CriticalStep step;
+  step.leaveAlone(path_);
   if (!path_.empty() && leadsTo(path_, fd())) (void)removeFile(path_);
 }
 

@@ -47,10 +47,11 @@ class Successor {
   [[nodiscard]] Outcome finish();
   [[nodiscard]] int fd() const { return fd_.get(); }
   // The file has got another name; it is no longer removed with the object.
-  void keep() { path_.clear(); }
+  void keep();
 
  private:
   Successor() = default;
+  [[nodiscard]] int createFile(const std::string& path);  // an errno value
   [[nodiscard]] Outcome openEngine();
   [[nodiscard]] Outcome restartEngine();
   [[nodiscard]] bool wantsRuns() const;

@@ -1,0 +1,42 @@
+// What becomes of a run that a signal ends (INT, TERM, HUP).
+//
+// A thread waits for the signals, so nothing ever runs in a signal handler. When one comes, the
+// thread waits for the end of a critical step, removes the temporary files, calls the program's
+// farewell and ends the process with 128 + the number of the signal. Signals that the caller had
+// ignored (nohup) stay ignored.
+#pragma once
+
+#include <mutex>
+#include <string>
+
+namespace orx {
+
+// While one exists, no signal ends the process: steps that only make sense together, such as the
+// making of a file and its registration here, belong into one. Not to be nested.
+class CriticalStep {
+ public:
+  CriticalStep();
+
+  // The file `path`, open as `fd`, is removed when the process is interrupted, as long as the name
+  // leads to it. It has to be left alone before the descriptor is closed.
+  void removeWhenInterrupted(const std::string& path, int fd);
+  void leaveAlone(const std::string& path);
+  // The result of the run carries its final name.
+  void notePublished();
+
+ private:
+  std::lock_guard<std::mutex> lock_;
+};
+
+// Whether a step of this process has called notePublished().
+[[nodiscard]] bool hasPublished();
+
+// Tells the operator that the run was interrupted; called in the waiting thread, with the answer of
+// hasPublished(). Has to do without locks that the other threads may hold.
+using Farewell = void(bool published);
+
+// Starts the waiting thread; to be called once, before any other thread is started. Without it, or
+// when no thread can be had, signals end the process as usual.
+void awaitInterruption(Farewell& farewell);
+
+}  // namespace orx

@@ -1,0 +1,10 @@
+#include "restore/run_report.h"
+
+namespace orx {
+
+RunReport& runReport() {
+  static RunReport report;
+  return report;
+}
+
+}  // namespace orx
