@@ -1,7 +1,8 @@
 // What reading and writing a database costs without doing anything else:
 //
 //   copy_records FROM        reads all records with a cursor
-//   copy_records FROM TO     reads them so, then once more while it adds them to the new database TO
+//   copy_records FROM TO     reads them so, then once more while it adds them to the new database
+//   TO
 #include <array>
 #include <cstdint>
 #include <cstdio>

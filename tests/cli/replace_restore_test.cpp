@@ -250,7 +250,7 @@ TEST_F(ReplaceRestore, TheTraceOfEverythingChangesNoResult) {
   const auto traced =
       restore("-v", "backup", "db", {}, {"ORX_TRACE=*=0x59", "ORX_TRACE_FILE=" + trace});
   EXPECT_EQ(traced.exitCode, plain.exitCode);
-  EXPECT_EQ(traced.errors, "");
+  EXPECT_EQ(traced.errors, plain.errors);
   EXPECT_THAT(records(), SizeIs(50));
   const std::string text = readFile(trace);
   EXPECT_THAT(text, HasSubstr(" ORXRESTORE overrideDB:"));

@@ -124,12 +124,13 @@ Outcome settleLeftover(const DatabasePaths& paths) {
 Outcome publishNew(const DatabasePaths& paths, int successorFd, unsigned mode) {
   runProgress().enter("syncing");
   int error = syncFile(successorFd);
-  if (error == 0 && ::fchmod(successorFd, mode) != 0) error = errno;
+  if (error == 0 && ::fchmod(successorFd, mode | unpublishedMark) != 0) error = errno;
   if (error == 0) error = syncFile(successorFd);
   CriticalStep step;
   if (error == 0) error = renameFile(paths.successor, paths.database, true);
   if (error == EEXIST) return duplicateKey;
   if (error != 0) return outcomeOfErrno(error);
+  (void)clearMark(successorFd);
   error = syncDirectory(paths.directory);
   if (error != 0) (void)renameFile(paths.database, paths.successor, true);
   if (error == 0) step.notePublished();

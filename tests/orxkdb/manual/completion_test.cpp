@@ -57,7 +57,7 @@ TEST_F(Completion, OfBashKnowsEverySubcommandAndOption) {
     EXPECT_EQ(bashWords({"orxkdb", command->get_name(), "-"}), test::optionNames(*command));
   }
   EXPECT_EQ(bashWords({"orxkdb", ""}), names);
-  EXPECT_THAT(bashWords({"orxkdb", "--"}), ElementsAre("--help", "--version"));
+  EXPECT_THAT(bashWords({"orxkdb", "--"}), ElementsAre("--help", "--version", "--color"));
 }
 
 TEST_F(Completion, OfBashFollowsTheCommandLine) {
