@@ -30,6 +30,7 @@ std::vector<std::string> namesOf(const std::vector<CommandOption>& options) {
 
 std::vector<std::string> namesOf(const std::vector<CommandTree>& commands) {
   std::vector<std::string> names;
+  names.reserve(commands.size());
   for (const CommandTree& command : commands) names.push_back(command.name);
   return names;
 }
