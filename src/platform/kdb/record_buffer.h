@@ -21,7 +21,8 @@ struct SortKey {
   std::uint32_t recn = 0;
 
   static SortKey of(const Key& key);
-  friend auto operator<=>(const SortKey&, const SortKey&) = default;
+  friend auto operator<=>(const SortKey&,
+                          const SortKey&) = default;  // NOLINT(modernize-use-nullptr)
 };
 
 class RecordBuffer {

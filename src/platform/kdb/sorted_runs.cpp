@@ -69,7 +69,7 @@ Outcome SortedRuns::append(Run& run, const std::uint8_t* entry) {
   if (run.count % blockRecords == 0) run.blocks.push_back(keyOf(entry));
   ++run.count;
   ++written_;
-  pending_.append(reinterpret_cast<const char*>(entry), entrySize);
+  pending_.insert(pending_.end(), entry, entry + entrySize);
   return pending_.size() < writeSize ? succeeded : flush();
 }
 
