@@ -3,11 +3,11 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <memory>
 
 #include "orxkdb/check/check_report.h"
 #include "orxkdb/check/check_run.h"
+#include "orxkdb/limit_option.h"
 #include "orxkdb/output.h"
 #include "terminal/color.h"
 
@@ -20,13 +20,6 @@ Result resultOf(const CheckOptions& options, const Findings& findings) {
   const std::string total = std::to_string(findings.total());
   return fail(exitNotAsExpected, total + (findings.total() == 1 ? " finding" : " findings"),
               options.input, "read the report; \"orxkdb explain\" shows an object or a line");
-}
-
-// The parser itself takes "-1" for a very large number and "" for 0.
-std::string limitFault(const std::string& text) {
-  const bool isCount =
-      !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
-  return isCount ? "" : "\"" + text + "\" is not a number of findings";
 }
 
 }  // namespace
@@ -51,9 +44,7 @@ void addCheck(CLI::App& program, Action& action) {
       ->add_option("INPUT", options->input, "Database to read, or backup file; neither is changed")
       ->required()
       ->type_name("");
-  command->add_option("--limit", options->limit, "Findings to show of each kind; 0 shows all")
-      ->check(CLI::Validator(limitFault, ""))
-      ->capture_default_str();
+  addLimit(*command, options->limit, "Findings to show of each kind; 0 shows all");
   command->add_flag("--json", options->json, "Print JSON, for scripts; its \"version\" is 1");
   command->footer(
       "Looks at the lines of a backup (length, columns, zero bytes, keys that occur twice), at "

@@ -5,6 +5,7 @@
 
 #include "orxkdb/diff/diff_run.h"
 #include "orxkdb/diff/diff_summary.h"
+#include "orxkdb/limit_option.h"
 
 namespace orx::orxkdb {
 
@@ -27,10 +28,8 @@ void addDiff(CLI::App& program, Action& action) {
   command->add_option("B", options->after, "The new database, or backup file; it is not changed")
       ->required()
       ->type_name("");
-  command
-      ->add_option("--limit", options->limit,
-                   "Objects to show as added, as removed and as changed; 0 shows all")
-      ->capture_default_str();
+  addLimit(*command, options->limit,
+           "Objects to show as added, as removed and as changed; 0 shows all");
   command->add_flag("--records", options->records, "Show the records of changed objects as well");
   command->add_flag("--json", options->json, "Print JSON, for scripts; its \"version\" is 1");
   command->footer(

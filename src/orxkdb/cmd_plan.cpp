@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
+#include "orxkdb/limit_option.h"
 #include "orxkdb/output.h"
 #include "orxkdb/plan/plan_report.h"
 #include "orxkdb/plan/plan_run.h"
@@ -45,8 +46,7 @@ void addPlan(CLI::App& program, Action& action) {
   command->add_option("BACKUP", options->backup, "Backup of the other database")
       ->required()
       ->type_name("");
-  command->add_option("--limit", options->limit, "Entries to show of each list; 0 shows all")
-      ->capture_default_str();
+  addLimit(*command, options->limit, "Entries to show of each list; 0 shows all");
   command->add_flag("--json", options->json, "Print JSON, for scripts; its \"version\" is 1");
   command->footer(
       "Does all that \"orxrestore -i BACKUP -m DB\" does but for writing: reads both, renumbers,\n"
