@@ -34,10 +34,10 @@ class MergedRecords {
 
   MergeRun& merge_;
   MergedObject object_;
-  ReadAhead<Batch> ahead_{[this](Batch& batch) { return makeBatch(batch); }};
   std::size_t batchRecords_ = 1;  // at least; an object is never split
   Batch current_;
   std::size_t at_ = 0;
+  ReadAhead<Batch> ahead_{[this](Batch& batch) { return makeBatch(batch); }};  // goes first
 };
 
 }  // namespace orx

@@ -26,7 +26,9 @@ std::string rangeOf(const std::string& type) {
 
 std::string valueName(const std::string& type) {
   if (type.starts_with("UINT")) return "N";
-  return CLI::detail::join(choicesOf(type), "|").append(type.starts_with("TEXT") ? "" : type);
+  const std::vector<std::string> choices = choicesOf(type);
+  if (!choices.empty()) return CLI::detail::join(choices, "|");
+  return type.starts_with("TEXT") ? "" : type;
 }
 
 ValueKind kindOfOption(const CommandOption& option) {

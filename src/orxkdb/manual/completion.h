@@ -11,7 +11,7 @@
 namespace orx::orxkdb {
 
 // To be read by the shell: completions/NAME of bash, _NAME of zsh, NAME.fish of fish. The program
-// has subcommands, and options of its own without values.
+// has subcommands; its own options may stand before them and behind them.
 [[nodiscard]] std::string bashCompletion(const CommandTree& tree);
 [[nodiscard]] std::string zshCompletion(const CommandTree& tree);
 [[nodiscard]] std::string fishCompletion(const CommandTree& tree);

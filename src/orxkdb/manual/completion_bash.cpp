@@ -72,30 +72,36 @@ std::string branch(const std::string& program, const std::string& pattern,
   return "    " + shell::quoted(pattern) + ") _" + program + "_" + action + " ;;\n";
 }
 
-// The patterns of every option that takes a value, "COMMAND OPTION".
+// Calls visit(words, option) for every option that takes a value and each of its names, "COMMAND
+// OPTION". The program's own may stand before the subcommand and behind it.
+template <typename Visit>
+void forEachValueOption(const CommandTree& tree, Visit visit) {
+  const auto visitAll = [&](const std::string& command, const CommandTree& owner) {
+    for (const CommandOption& option : owner.options) {
+      if (option.kind == ValueKind::none) continue;
+      for (const std::string& name : option.names) visit(command + " " + name, option);
+    }
+  };
+  visitAll("", tree);
+  for (const CommandTree& command : tree.commands) {
+    visitAll(command.name, tree);
+    visitAll(command.name, command);
+  }
+}
+
 std::string valueOptions(const CommandTree& tree) {
   std::string patterns;
-  for (const CommandTree& command : tree.commands) {
-    for (const CommandOption& option : command.options) {
-      if (option.kind == ValueKind::none) continue;
-      for (const std::string& name : option.names) {
-        patterns.append(patterns.empty() ? "" : " | ");
-        patterns.append(shell::quoted(command.name + " " + name));
-      }
-    }
-  }
+  forEachValueOption(tree, [&patterns](const std::string& words, const CommandOption&) {
+    patterns.append(patterns.empty() ? "" : " | ").append(shell::quoted(words));
+  });
   return patterns.empty() ? "''" : patterns;
 }
 
 std::string values(const CommandTree& tree) {
   std::string text = "  case $option in\n    '') ;;\n";
-  for (const CommandTree& command : tree.commands) {
-    for (const CommandOption& option : command.options) {
-      for (const std::string& name : option.names) {
-        text += branch(tree.name, command.name + " " + name, option);
-      }
-    }
-  }
+  forEachValueOption(tree, [&](const std::string& words, const CommandOption& option) {
+    text += branch(tree.name, words, option);
+  });
   return text + "  esac\n  [ -n \"$option\" ] && return\n";
 }
 
