@@ -37,6 +37,10 @@ constexpr std::array openMeanings{
     Meaning{kdb::Reason::length,
             "the name is too long for the file system with \".orx-previous\" behind it: {DB}",
             "mv {db} SHORTER"},
+    Meaning{kdb::Reason::unique,
+            "a directory stands in the place of {DB}.orx-previous, where the database before a "
+            "change is kept; move it away",
+            "ls -ld {db}.orx-previous"},
 };
 constexpr std::array runMeanings{
     Meaning{kdb::Reason::endOfFile,
@@ -162,11 +166,11 @@ class HintList {
     if (reason == kdb::Reason::format) {
       return kdb::looksLikeDatabase(settings_.databaseName.c_str()) ? damaged : noDatabase;
     }
-    if (reason == kdb::Reason::unique) {
-      return settings_.mode == modeMerge ? takenKey : twiceInBackup;
-    }
     if (outcome_.exitCode == exitDatabaseNotOpened) {
       if (const Meaning* found = find(openMeanings, reason)) return *found;
+    }
+    if (reason == kdb::Reason::unique) {
+      return settings_.mode == modeMerge ? takenKey : twiceInBackup;
     }
     const Meaning* found = find(runMeanings, reason);
     if (found == nullptr) found = find(openMeanings, reason);

@@ -12,10 +12,10 @@ namespace {
 
 void sayInterrupted(bool published) {
   orx::progressLine().eraseForGood();
-  (void)orx::writeAll(STDERR_FILENO,
-                      published ? "orxrestore: interrupted: the database is already changed, "
-                                  "completely; \"orxkdb undo\" takes it back\n"
-                                : "orxrestore: interrupted: the database is unchanged\n");
+  orx::writeIfTaken(STDERR_FILENO,
+                    published ? "orxrestore: interrupted: the database is already changed, "
+                                "completely; \"orxkdb undo\" takes it back\n"
+                              : "orxrestore: interrupted: the database is unchanged\n");
 }
 
 }  // namespace

@@ -18,11 +18,11 @@ void refuseOutput() {
 
 void sayInterrupted(bool published) {
   orx::progressLine().eraseForGood();
-  (void)orx::writeAll(STDERR_FILENO,
-                      published ? "orxkdb: interrupted, the result has its name already, look at "
-                                  "it before you run this again\n"
-                                : "orxkdb: interrupted, no database and no file was changed, run "
-                                  "this again\n");
+  orx::writeIfTaken(STDERR_FILENO,
+                    published ? "orxkdb: interrupted, the result has its name already, look at "
+                                "it before you run this again\n"
+                              : "orxkdb: interrupted, no database and no file was changed, run "
+                                "this again\n");
 }
 
 }  // namespace

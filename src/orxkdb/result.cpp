@@ -38,6 +38,10 @@ constexpr std::array sentences{
     Sentence{kdb::Reason::ioError, "the disk could not be read or written",
              "look into the system's log; the database is as it was"},
 };
+constexpr Sentence noPlaceForPrevious{
+    kdb::Reason::unique,
+    "a directory stands where the database before a change is kept, NAME.orx-previous",
+    "move the directory away"};
 constexpr Sentence missingDirectory{kdb::Reason::notFound, "there is no directory for the database",
                                     "make the directory, or check the name"};
 constexpr Sentence otherwise{kdb::Reason::noError, "the database refused the call",
@@ -110,7 +114,9 @@ Result fail(ExitCode code, std::string_view what, std::string_view where, std::s
 }
 
 Result openFailure(const std::string& database, const kdb::kdbStatus& status) {
-  return statusFailure(openCode(status), database, status, sentenceOf(status.reason));
+  const bool hasNoPlace = status.reason == static_cast<std::int32_t>(kdb::Reason::unique);
+  return statusFailure(openCode(status), database, status,
+                       hasNoPlace ? noPlaceForPrevious : sentenceOf(status.reason));
 }
 
 Result createFailure(const std::string& database, const kdb::kdbStatus& status) {

@@ -1,6 +1,7 @@
 #include "platform/file.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -65,6 +66,11 @@ int writeAll(int fd, std::string_view bytes) {
   return 0;
 }
 
+void writeIfTaken(int fd, std::string_view bytes) {
+  pollfd receiver{fd, POLLOUT, 0};
+  if (::poll(&receiver, 1, 0) > 0 && (receiver.revents & POLLOUT) != 0) (void)writeAll(fd, bytes);
+}
+
 int syncFile(int fd) {
   return errnoOf([&] { return ::fsync(fd); });
 }
@@ -111,6 +117,10 @@ int setModeAndOwner(int fd, const struct stat& like) {
 
 int lockFile(int fd) {
   return errnoOf([&] { return ::flock(fd, LOCK_EX | LOCK_NB); });
+}
+
+void releaseSpace(int fd, off_t offset, off_t size) {
+  (void)::fallocate(fd, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, offset, size);
 }
 
 bool sameFile(const struct stat& a, const struct stat& b) {

@@ -43,6 +43,9 @@ class UniqueFd {
 // One read of at most `size` bytes; 0 at the end of the data, -1 on failure (errno).
 [[nodiscard]] ssize_t readSome(int fd, char* buffer, std::size_t size);
 [[nodiscard]] int writeAll(int fd, std::string_view bytes);
+// Writes `bytes` unless the receiver (a stopped terminal, a full pipe) would keep the caller
+// waiting.
+void writeIfTaken(int fd, std::string_view bytes);
 [[nodiscard]] int syncFile(int fd);
 [[nodiscard]] int syncDirectory(const std::string& directory);
 [[nodiscard]] int removeFile(const std::string& path);
@@ -55,6 +58,10 @@ class UniqueFd {
 [[nodiscard]] int setModeAndOwner(int fd, const struct stat& like);
 // Takes an exclusive flock without waiting; EWOULDBLOCK when somebody holds one.
 [[nodiscard]] int lockFile(int fd);
+
+// Gives the disk space of a range of a file back, where the file system can; it reads as zeros
+// then.
+void releaseSpace(int fd, off_t offset, off_t size);
 
 [[nodiscard]] bool sameFile(const struct stat& a, const struct stat& b);
 // Whether the name `path` itself, not what it links to, is the open file `fd`.

@@ -56,7 +56,8 @@ void ProgressLine::resume() {
 
 // The lock is never given back.
 void ProgressLine::eraseForGood() {
-  if (drawing_.try_lock_for(longestWait)) erase();
+  if (!drawing_.try_lock_for(longestWait)) return;
+  if (drawn_ != 0) writeIfTaken(fd_, "\r" + std::string(drawn_, ' ') + "\r");
 }
 
 void ProgressLine::run() {

@@ -38,7 +38,7 @@ Outcome checkPermissions(const DatabasePaths& paths, const struct stat& file) {
   if (::faccessat(AT_FDCWD, paths.database.c_str(), R_OK | W_OK, AT_EACCESS) != 0) {
     return outcomeOfErrno(errno);
   }
-  if (::faccessat(AT_FDCWD, paths.directory.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+  if (::faccessat(AT_FDCWD, paths.directory.c_str(), R_OK | W_OK | X_OK, AT_EACCESS) != 0) {
     return outcomeOfErrno(errno);
   }
   const uid_t user = ::geteuid();
@@ -151,10 +151,10 @@ Outcome Database::openNew(const std::string& name) {
 Outcome Database::settleLastRun() {
   struct stat previous {};
   if (::lstat(paths_.previous.c_str(), &previous) == 0 && S_ISDIR(previous.st_mode)) {
-    return notADatabase;  // nothing could be published
+    return duplicateKey;  // nothing could be published
   }
   if (const int error = clearMark(base_->fd()); error != 0) return outcomeOfErrno(error);
-  return settleLeftover(paths_);
+  return settleLeftover(paths_, base_->fd());
 }
 
 void Database::noteFailure(const Outcome& outcome) {

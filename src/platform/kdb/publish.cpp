@@ -29,10 +29,6 @@ int syncWithMode(int successorFd, int databaseFd) {
   return syncFile(successorFd);
 }
 
-bool cannotExchange(int error) {
-  return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP;
-}
-
 // The directory keeps the exchange, or it is taken back.
 int exchangeForGood(const DatabasePaths& paths, const std::string& other) {
   if (const int error = exchangeNames(paths.database, other); error != 0) return error;
@@ -48,26 +44,60 @@ int replaceByLink(const DatabasePaths& paths) {
   if (error == 0) error = linkFile(paths.database, paths.previous);
   if (error == 0) error = syncDirectory(paths.directory);
   if (error == 0) error = renameFile(paths.successor, paths.database, false);
-  return error == 0 ? syncDirectory(paths.directory) : error;
+  if (error != 0) return error;
+  error = syncDirectory(paths.directory);
+  if (error != 0) (void)renameFile(paths.previous, paths.database, false);
+  return error;
 }
 
-// The change itself is made: a failure here is made up for by the next run.
-void finishExchange(const DatabasePaths& paths, int successorFd) {
-  (void)renameFile(paths.successor, paths.previous, false);
-  (void)clearMark(successorFd);
-  (void)syncDirectory(paths.directory);
+// Makes the replaced database, now NAME.orx-new, the previous generation. Where that is the same
+// file already, renaming does nothing and the second name has to be removed.
+int makePrevious(const DatabasePaths& paths) {
+  if (const int error = renameFile(paths.successor, paths.previous, false); error != 0)
+    return error;
+  const int error = removeFile(paths.successor);
+  return error == ENOENT ? 0 : error;
 }
 
-bool keepsMarks(const std::string& directory) {
-  const UniqueFd probe = openFile(directory, O_TMPFILE | O_RDWR, S_IRUSR | unpublishedMark);
-  struct stat made {};
-  return probe.valid() && ::fstat(probe.get(), &made) == 0 && (made.st_mode & unpublishedMark) != 0;
+// The change itself is made then: without the last name the next run makes up for it.
+int replaceByExchange(const DatabasePaths& paths) {
+  const int error = exchangeForGood(paths, paths.successor);
+  if (error == 0) (void)makePrevious(paths);
+  return error;
 }
 
-bool isReplacedDatabase(const DatabasePaths& paths, int fd) {
-  struct stat left {};
-  return ::fstat(fd, &left) == 0 && (left.st_mode & unpublishedMark) == 0 &&
-         TreeFile::beginsLikeTree(fd) && keepsMarks(paths.directory);
+// Without a mark, what an exchange leaves could not be told from a successor.
+int replace(const DatabasePaths& paths, bool marked) {
+  const int error = marked ? replaceByExchange(paths) : replaceByLink(paths);
+  const bool unsupported =
+      error == EINVAL || error == ENOSYS || error == EOPNOTSUPP || (!marked && error == EPERM);
+  if (!unsupported) return error;
+  return marked ? replaceByLink(paths) : replaceByExchange(paths);
+}
+
+int isMarked(int fd, bool& marked) {
+  struct stat file {};
+  if (::fstat(fd, &file) != 0) return errno;
+  marked = (file.st_mode & unpublishedMark) != 0;
+  return 0;
+}
+
+// Whether the file system keeps marks, tried on the file `fd`, which has none.
+int keepsMarks(int fd, bool& keeps) {
+  struct stat file {};
+  if (::fstat(fd, &file) != 0) return errno;
+  if (::fchmod(fd, (file.st_mode & 07777) | unpublishedMark) != 0) return errno;
+  const int error = isMarked(fd, keeps);
+  return error == 0 ? clearMark(fd) : error;
+}
+
+// Nothing is removed unless it is known to be a successor. Where marks are not kept, names are
+// never exchanged, so that nothing else is ever left.
+int isReplacedDatabase(int fd, int probe, bool& replaced) {
+  bool marked = false;
+  if (const int error = isMarked(fd, marked); error != 0) return error;
+  replaced = !marked && TreeFile::beginsLikeTree(fd);
+  return replaced ? keepsMarks(probe, replaced) : 0;
 }
 
 }  // namespace
@@ -93,32 +123,32 @@ int clearMark(int fd) {
 Outcome publishReplacement(const DatabasePaths& paths, int successorFd, int databaseFd) {
   runProgress().enter("syncing");
   int error = syncWithMode(successorFd, databaseFd);
+  bool marked = false;
+  if (error == 0) error = isMarked(successorFd, marked);
   runProgress().enter("publishing");
   CriticalStep step;
-  if (error == 0) error = exchangeForGood(paths, paths.successor);
-  if (error == 0) {
-    finishExchange(paths, successorFd);
-  } else if (cannotExchange(error)) {
-    error = replaceByLink(paths);
-    if (error == 0) (void)clearMark(successorFd);
-  }
-  if (error == 0) step.notePublished();
-  return outcomeOfErrno(error);
+  if (error == 0 && !leadsTo(paths.successor, successorFd)) error = EIO;
+  if (error == 0) error = replace(paths, marked);
+  if (error != 0) return outcomeOfErrno(error);
+  step.notePublished();
+  (void)clearMark(successorFd);
+  (void)syncDirectory(paths.directory);
+  return succeeded;
 }
 
-Outcome settleLeftover(const DatabasePaths& paths) {
+Outcome settleLeftover(const DatabasePaths& paths, int databaseFd) {
   struct stat found {};
   if (::lstat(paths.successor.c_str(), &found) != 0) {
     return errno == ENOENT ? succeeded : outcomeOfErrno(errno);
   }
-  UniqueFd left;
-  if (S_ISREG(found.st_mode)) left = openFile(paths.successor, O_RDONLY | O_NOFOLLOW);
-  if (left.valid() && (lockFile(left.get()) != 0 || !leadsTo(paths.successor, left.get()))) {
-    return inUse;
-  }
-  const bool isPrevious = left.valid() && isReplacedDatabase(paths, left.get());
-  return outcomeOfErrno(isPrevious ? renameFile(paths.successor, paths.previous, false)
-                                   : removeFile(paths.successor));
+  if (!S_ISREG(found.st_mode)) return outcomeOfErrno(removeFile(paths.successor));
+  const UniqueFd left = openFile(paths.successor, O_RDONLY | O_NOFOLLOW);
+  if (!left.valid()) return outcomeOfErrno(errno);
+  if (lockFile(left.get()) != 0 || !leadsTo(paths.successor, left.get())) return inUse;
+  bool replaced = false;
+  int error = isReplacedDatabase(left.get(), databaseFd < 0 ? left.get() : databaseFd, replaced);
+  if (error == 0) error = replaced ? makePrevious(paths) : removeFile(paths.successor);
+  return outcomeOfErrno(error);
 }
 
 Outcome publishNew(const DatabasePaths& paths, int successorFd, unsigned mode) {

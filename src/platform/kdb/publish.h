@@ -34,8 +34,8 @@ inline constexpr mode_t unpublishedMark = S_ISVTX;
 //   4. rename the old database, now NAME.orx-new, to NAME.orx-previous; take the mark away.
 // A process that dies leaves the old database before step 2 and the new one after it. What is
 // missing of step 4 is made up for by the next run.
-// Where names cannot be exchanged the database gets NAME.orx-previous as a second name, then the
-// successor is renamed to NAME.
+// Where names cannot be exchanged or the mark is not kept, the database gets NAME.orx-previous as a
+// second name, then the successor is renamed to NAME.
 [[nodiscard]] Outcome publishReplacement(const DatabasePaths& paths, int successorFd,
                                          int databaseFd);
 
@@ -43,8 +43,9 @@ inline constexpr mode_t unpublishedMark = S_ISVTX;
 int clearMark(int fd);
 
 // Takes care of what a dead run left as NAME.orx-new: discards a successor, makes a replaced
-// database the previous generation. 3/19 when its process is alive.
-[[nodiscard]] Outcome settleLeftover(const DatabasePaths& paths);
+// database the previous generation. 3/19 when its process is alive. `databaseFd` is the database,
+// -1 for none; it has no mark.
+[[nodiscard]] Outcome settleLeftover(const DatabasePaths& paths, int databaseFd);
 
 // Publishes the complete successor as a new database of mode `mode`; 4/46 when the name is taken.
 [[nodiscard]] Outcome publishNew(const DatabasePaths& paths, int successorFd, unsigned mode);

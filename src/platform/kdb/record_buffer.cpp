@@ -23,8 +23,8 @@ SortKey SortKey::of(const Key& key) {
 bool RecordBuffer::add(const Key& key, const std::uint8_t* record) {
   if (slots_.empty()) {
     slots_.assign(slotCount, emptySlot);
-    bytes_.reserve(capacity * entrySize);
-    entries_.reserve(capacity);
+    bytes_.reserve(capacity_ * entrySize);
+    entries_.reserve(capacity_);
   }
   std::uint32_t& slot = slotFor(key);
   if (slot != emptySlot) return false;
@@ -60,7 +60,7 @@ void RecordBuffer::clear() {
 }
 
 void RecordBuffer::release() {
-  *this = RecordBuffer();
+  *this = RecordBuffer(capacity_);
 }
 
 }  // namespace orx::kdb

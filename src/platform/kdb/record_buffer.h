@@ -27,13 +27,16 @@ struct SortKey {
 
 class RecordBuffer {
  public:
-  static constexpr std::size_t capacity = 26000;  // records: 8 MB
+  static constexpr std::size_t mostRecords = 26000;  // 8 MB
+
+  // `capacity` is the number of records that fill it, at most mostRecords.
+  explicit RecordBuffer(std::size_t capacity = mostRecords) : capacity_(capacity) {}
 
   // False when the key is there already. The buffer is not full.
   [[nodiscard]] bool add(const Key& key, const std::uint8_t* record);
 
   [[nodiscard]] std::size_t count() const { return entries_.size(); }
-  [[nodiscard]] bool isFull() const { return entries_.size() == capacity; }
+  [[nodiscard]] bool isFull() const { return entries_.size() == capacity_; }
 
   // Brings the records into key order for at(); add() must not follow before clear().
   void sort();
@@ -55,6 +58,7 @@ class RecordBuffer {
 
   [[nodiscard]] std::uint32_t& slotFor(const Key& key);
 
+  std::size_t capacity_;
   std::vector<std::uint8_t> bytes_;
   std::vector<Entry> entries_;
   std::vector<std::uint32_t> slots_;  // entries by the hash of their keys, open addressing

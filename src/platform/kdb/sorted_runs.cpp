@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <utility>
 
 #include "platform/kdb/failure.h"
 
@@ -12,19 +13,28 @@ namespace orx::kdb {
 
 namespace {
 
-constexpr std::uint64_t blockRecords = 100;
 constexpr std::size_t writeSize = std::size_t{1} << 20;
-constexpr std::size_t windowMemory = std::size_t{8} << 20;
-constexpr std::size_t leastWindowRecords = 16;
+constexpr std::size_t readMemory = std::size_t{8} << 20;
+constexpr std::size_t mergeMemory = std::size_t{2} << 20;
 
-Key keyOf(const std::uint8_t* entry) {
-  return Key::stored(entry);
-}
-
-// Whether a is to come out of the heap after b.
-constexpr auto comesAfter = [](const auto& a, const auto& b) { return a.key > b.key; };
+// A key that the filter lets through is looked for in every run. While it lets few through, many
+// runs may stand beside each other, and few records are written twice.
+constexpr std::uint64_t goodFilterKeys = 4'000'000;
+constexpr std::ptrdiff_t manyRuns = 64;
+constexpr std::ptrdiff_t fewRuns = 8;
 
 }  // namespace
+
+SortedRuns::SortedRuns(UniqueFd file, std::size_t runRecords)
+    : file_(std::move(file)), buffer_(runRecords), reading_(file_.get(), readMemory) {}
+
+int SortedRuns::create(const std::string& directory, std::unique_ptr<SortedRuns>& runs,
+                       std::size_t runRecords) {
+  UniqueFd file = openFile(directory, O_TMPFILE | O_RDWR, 0600);
+  if (!file.valid()) return errno;
+  runs.reset(new SortedRuns(std::move(file), runRecords));
+  return 0;
+}
 
 Outcome SortedRuns::add(const Key& key, const std::uint8_t* record) {
   if (filter_.mayHold(key)) {
@@ -36,22 +46,18 @@ Outcome SortedRuns::add(const Key& key, const std::uint8_t* record) {
   return buffer_.isFull() ? writeBuffer() : succeeded;
 }
 
-Outcome SortedRuns::prepareFile() {
-  if (file_.valid()) return succeeded;
-  file_ = openFile(directory_, O_TMPFILE | O_RDWR, 0600);
-  return file_.valid() ? succeeded : outcomeOfErrno(errno);
-}
-
 Outcome SortedRuns::writeBuffer() {
   if (buffer_.count() == 0) return succeeded;
   buffer_.sort();
-  Run run{written_};
+  Run run{.first = written_};
   for (std::size_t i = 0; i < buffer_.count(); ++i) {
     if (const Outcome outcome = append(run, buffer_.at(i)); !outcome.ok()) return outcome;
-    filter_.add(keyOf(buffer_.at(i)));
+    filter_.add(Key::stored(buffer_.at(i)));
   }
+  keys_ += buffer_.count();
   buffer_.clear();
-  return finish(run);
+  const Outcome outcome = finish(run);
+  return outcome.ok() ? mergeFullLevels() : outcome;
 }
 
 Outcome SortedRuns::appendSorted(const Key& key, const std::uint8_t* record) {
@@ -66,7 +72,7 @@ Outcome SortedRuns::appendSorted(const Key& key, const std::uint8_t* record) {
 }
 
 Outcome SortedRuns::append(Run& run, const std::uint8_t* entry) {
-  if (run.count % blockRecords == 0) run.blocks.push_back(keyOf(entry));
+  if (run.count % runBlock == 0) run.blocks.push_back(Key::stored(entry));
   ++run.count;
   ++written_;
   pending_.insert(pending_.end(), entry, entry + entrySize);
@@ -79,10 +85,44 @@ Outcome SortedRuns::finish(Run& run) {
 }
 
 Outcome SortedRuns::flush() {
-  if (const Outcome outcome = prepareFile(); !outcome.ok()) return outcome;
   const int error = writeAll(file_.get(), pending_);
   pending_.clear();
   return outcomeOfErrno(error);
+}
+
+Outcome SortedRuns::mergeFullLevels() {
+  Outcome outcome = succeeded;
+  for (unsigned level = 0; outcome.ok() && isFull(level); ++level) outcome = mergeLevel(level);
+  return outcome;
+}
+
+bool SortedRuns::isFull(unsigned level) const {
+  return std::ranges::count(runs_, level, &Run::level) >=
+         (keys_ < goodFilterKeys ? manyRuns : fewRuns);
+}
+
+// Replaces the runs of a level by one of the next. The file gives their space back.
+Outcome SortedRuns::mergeLevel(unsigned level) {
+  const auto others =
+      std::ranges::partition(runs_, [level](const Run& run) { return run.level != level; });
+  const std::vector<Run> old(std::make_move_iterator(others.begin()),
+                             std::make_move_iterator(others.end()));
+  runs_.erase(others.begin(), others.end());
+  RunMerge merge(file_.get(), mergeMemory);
+  Run merged{.first = written_, .level = level + 1};
+  const std::uint8_t* entry = nullptr;
+  Outcome outcome = merge.start(old);
+  if (outcome.ok()) outcome = merge.next(entry);
+  while (outcome.ok()) {
+    outcome = append(merged, entry);
+    if (outcome.ok()) outcome = merge.next(entry);
+  }
+  if (outcome != endOfData) return outcome;
+  for (const Run& run : old) {
+    releaseSpace(file_.get(), static_cast<off_t>(run.first * entrySize),
+                 static_cast<off_t>(run.count * entrySize));
+  }
+  return finish(merged);
 }
 
 Outcome SortedRuns::search(const Key& key) {
@@ -97,24 +137,14 @@ Outcome SortedRuns::search(const Key& key) {
 Outcome SortedRuns::searchRun(const Run& run, const Key& key) {
   const auto behind = std::ranges::upper_bound(run.blocks, key);
   if (behind == run.blocks.begin()) return recordNotFound;
-  const auto first = static_cast<std::uint64_t>(behind - run.blocks.begin() - 1) * blockRecords;
-  const std::uint64_t count = std::min(blockRecords, run.count - first);
-  if (const Outcome outcome = readEntries(run.first + first, count, block_); !outcome.ok()) {
-    return outcome;
-  }
+  const auto first = static_cast<std::uint64_t>(behind - run.blocks.begin() - 1) * runBlock;
+  const std::uint64_t count = std::min(runBlock, run.count - first);
+  const Outcome outcome = readEntries(file_.get(), run.first + first, count, block_);
+  if (!outcome.ok()) return outcome;
   for (std::size_t offset = 0; offset < block_.size(); offset += entrySize) {
-    if (keyOf(block_.data() + offset) == key) return succeeded;
+    if (Key::stored(block_.data() + offset) == key) return succeeded;
   }
   return recordNotFound;
-}
-
-Outcome SortedRuns::readEntries(std::uint64_t first, std::uint64_t count,
-                                std::vector<std::uint8_t>& entries) const {
-  entries.resize(count * entrySize);
-  const ssize_t size =
-      readAt(file_.get(), entries.data(), entries.size(), static_cast<off_t>(first * entrySize));
-  if (size < 0) return outcomeOfErrno(errno);
-  return static_cast<std::size_t>(size) == entries.size() ? succeeded : outcomeOfErrno(EIO);
 }
 
 Outcome SortedRuns::startReading() {
@@ -122,56 +152,14 @@ Outcome SortedRuns::startReading() {
   if (!written.ok()) return written;
   buffer_.release();
   filter_.clear();
-  const std::size_t share = windowMemory / entrySize / std::max<std::size_t>(runs_.size(), 1);
-  windowRecords_ = std::max(share, leastWindowRecords);
-  for (const Run& run : runs_) {
-    readers_.push_back({run.first, run.first + run.count});
-    if (const Outcome outcome = fillWindow(readers_.back()); !outcome.ok()) return outcome;
-    pushIntoHeap(readers_.size() - 1);
-  }
-  return succeeded;
-}
-
-// The reader stands on the first record of its next window afterwards.
-Outcome SortedRuns::fillWindow(Reader& reader) const {
-  const std::uint64_t count = std::min<std::uint64_t>(windowRecords_, reader.end - reader.next);
-  const Outcome outcome = readEntries(reader.next, count, reader.window);
-  reader.next += count;
-  reader.offset = 0;
-  return outcome;
-}
-
-void SortedRuns::pushIntoHeap(std::size_t reader) {
-  const std::uint8_t* entry = readers_[reader].window.data() + readers_[reader].offset;
-  heap_.push_back({SortKey::of(keyOf(entry)), reader});
-  std::ranges::push_heap(heap_, comesAfter);
+  return reading_.start(runs_);
 }
 
 Outcome SortedRuns::next(Key& key, const std::uint8_t*& record) {
-  if (frontIsTaken_) {
-    if (const Outcome outcome = stepFront(); !outcome.ok()) return outcome;
-  }
-  frontIsTaken_ = !heap_.empty();
-  if (heap_.empty()) return endOfData;
-  const Reader& reader = readers_[heap_.front().reader];
-  const std::uint8_t* entry = reader.window.data() + reader.offset;
-  key = keyOf(entry);
+  const std::uint8_t* entry = nullptr;
+  if (const Outcome outcome = reading_.next(entry); !outcome.ok()) return outcome;
+  key = Key::stored(entry);
   record = entry + keySize;
-  return succeeded;
-}
-
-// Puts the reader of the record that was given last back into its place.
-Outcome SortedRuns::stepFront() {
-  const std::size_t number = heap_.front().reader;
-  std::ranges::pop_heap(heap_, comesAfter);
-  heap_.pop_back();
-  Reader& reader = readers_[number];
-  reader.offset += entrySize;
-  if (reader.offset == reader.window.size()) {
-    if (reader.next == reader.end) return succeeded;
-    if (const Outcome outcome = fillWindow(reader); !outcome.ok()) return outcome;
-  }
-  pushIntoHeap(number);
   return succeeded;
 }
 

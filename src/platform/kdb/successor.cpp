@@ -27,7 +27,7 @@ void ignoreFileSizeSignal() {
 
 Outcome Successor::create(const DatabasePaths& paths, std::unique_ptr<Successor>& successor) {
   ignoreFileSizeSignal();
-  if (const Outcome outcome = settleLeftover(paths); !outcome.ok()) return outcome;
+  if (const Outcome outcome = settleLeftover(paths, -1); !outcome.ok()) return outcome;
   const std::string& path = paths.successor;
   std::unique_ptr<Successor> made(new Successor);
   if (const int error = made->createFile(path); error != 0) {
@@ -69,19 +69,27 @@ Outcome Successor::add(const Key& key, const std::uint8_t* record) {
     ++appended_;
     return engine_->append(key, record);
   }
-  if (runs_ == nullptr && !wantsRuns()) {
-    ++inserted_;
-    return engine_->insert(key, record);
+  if (runs_ == nullptr && wantsRuns()) {
+    if (const Outcome outcome = startRuns(); !outcome.ok()) return outcome;
   }
-  return addToRuns(key, record);
+  if (runs_ != nullptr) return addToRuns(key, record);
+  ++inserted_;
+  return engine_->insert(key, record);
 }
 
 bool Successor::wantsRuns() const {
-  return !settled_ && inserted_ > fewInsertions + appended_ / appendsPerInsertion;
+  return runsAreWorthwhile_ && inserted_ > fewInsertions + appended_ / appendsPerInsertion;
+}
+
+// Without files that have no name, the engine has to take the records as they come.
+Outcome Successor::startRuns() {
+  const int error = SortedRuns::create(directoryOf(path_), runs_);
+  const bool unsupported = error == EOPNOTSUPP || error == EISDIR || error == EINVAL;
+  if (unsupported) runsAreWorthwhile_ = false;
+  return unsupported ? succeeded : outcomeOfErrno(error);
 }
 
 Outcome Successor::addToRuns(const Key& key, const std::uint8_t* record) {
-  if (runs_ == nullptr) runs_ = std::make_unique<SortedRuns>(directoryOf(path_));
   const Outcome inEngine = engine_->find(key);
   if (inEngine.ok()) return duplicateKey;
   return inEngine == recordNotFound ? runs_->add(key, record) : inEngine;
@@ -92,21 +100,23 @@ Outcome Successor::addToRuns(const Key& key, const std::uint8_t* record) {
 Outcome Successor::settle() {
   if (runs_ == nullptr) return succeeded;
   const std::unique_ptr<SortedRuns> runs = std::move(runs_);
-  settled_ = true;
+  runsAreWorthwhile_ = false;
   Outcome outcome = engine_->forEach([&runs](const Key& key, const std::uint8_t* record) {
     return runs->appendSorted(key, record);
   });
   if (outcome.ok()) outcome = runs->startReading();
   if (outcome.ok()) outcome = restartEngine();
   if (outcome.ok()) outcome = appendAll(*runs);
-  return outcome;
+  // Whatever went wrong, the records are in no order that could be worked with.
+  return outcome.ok() || isStorageFailure(outcome.code) ? outcome : inputOutputError;
 }
 
 // The file itself stays, and the lock on it.
 Outcome Successor::restartEngine() {
   engine_.reset();
   if (::ftruncate(fd(), 0) != 0) return outcomeOfErrno(errno);
-  return openEngine();
+  const Outcome outcome = openEngine();
+  return outcome.ok() && !leadsTo(path_, fd()) ? inputOutputError : outcome;
 }
 
 Outcome Successor::appendAll(SortedRuns& runs) {

@@ -55,6 +55,7 @@ class Successor {
   [[nodiscard]] Outcome openEngine();
   [[nodiscard]] Outcome restartEngine();
   [[nodiscard]] bool wantsRuns() const;
+  [[nodiscard]] Outcome startRuns();
   [[nodiscard]] Outcome addToRuns(const Key& key, const std::uint8_t* record);
   [[nodiscard]] Outcome settle();
   [[nodiscard]] Outcome appendAll(SortedRuns& runs);
@@ -65,7 +66,8 @@ class Successor {
   std::unique_ptr<SortedRuns> runs_;
   std::uint64_t appended_ = 0;
   std::uint64_t inserted_ = 0;
-  bool settled_ = false;  // runs were merged once; that is not repeated for every change in turn
+  // Not again once they were merged, which is not to be repeated for every change in turn.
+  bool runsAreWorthwhile_ = true;
 };
 
 }  // namespace orx::kdb
