@@ -1,25 +1,16 @@
 // The hints of orxrestore: what a failure means and what to type next, on standard error alone.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <regex>
 
 #include "driver/file_words.h"
 #include "restore/exit_codes.h"
-#include "tests/support/places.h"
-#include "tests/support/run_program.h"
+#include "tests/support/program_runs.h"
 #include "tests/support/small_fleet.h"
-#include "tests/support/temp_dir.h"
 #include "tests/support/test_bundle.h"
 
 namespace orx::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::MatchesRegex;
 
 class Hints : public testing::Test {
  protected:
@@ -28,139 +19,92 @@ class Hints : public testing::Test {
     std::filesystem::create_directory(directory_ / "folder");
     makeDatabase(directory_.file("db"), smallFleet());
     makeDatabase(directory_.file("other"), smallFleet());
-    createDatabase(directory_.file("empty"), 0);
+    createDatabase(directory_.file("empty"));
     makeDatabase(directory_.file("counterless"), {plainLine(7)});
     writeFile(directory_ / "notes", "not a database");
-    writeFile(directory_ / "nothing", "");
     writeFile(directory_ / "backup", backupText(smallFleet()));
     writeFile(directory_ / "twice", backupText({plainLine(1), plainLine(1)}));
-    damage("damaged");
+    writeDamagedDatabase(directory_.file("damaged"));
   }
 
-  // Its first pages alone are sound.
-  void damage(const std::string& name) {
-    createDatabase(directory_.file(name), 2000);
-    std::string bytes = readFile(directory_ / name);
-    std::fill(bytes.begin() + 20 * 4096, bytes.begin() + 22 * 4096, '\x5A');
-    writeFile(directory_ / name, bytes);
-  }
-
-  ProgramResult run(std::vector<std::string> arguments, std::function<void()> inChild = {}) {
-    return runProgram({.file = builtProgram("orxrestore"),
-                       .arguments = std::move(arguments),
-                       .directory = directory_.path(),
-                       .inChild = std::move(inChild)});
-  }
-
-  // As a pattern, "@" stands for the directory.
-  [[nodiscard]] std::string pattern(std::string text) const {
-    const std::string path = directory_.path().string() + "/";
-    return std::regex_replace(text, std::regex("@"), path);
+  ProgramResult run(const std::string& script) {
+    return runProgram(shellScript(directory_, script));
   }
 
   TempDir directory_;
 };
 
-void limitFileSize() {
-  const rlimit limit{4096, 4096};
-  (void)setrlimit(RLIMIT_FSIZE, &limit);
+// Where "@" stands for the directory.
+void expectMatch(const std::string& text, const std::string& pattern, const TempDir& directory) {
+  const std::string whole = std::regex_replace(pattern, std::regex("@"), directory.file(""));
+  EXPECT_TRUE(std::regex_match(text, std::regex(whole))) << whole << "\nis not\n" << text;
 }
 
 TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
+  const std::string longName(250, 'n');
   const struct {
-    std::vector<std::string> arguments;
+    std::string command;
     int exitCode;
-    std::string errors;
-    std::function<void()> inChild = {};
+    std::string means, next;
   } cases[] = {
-      {{"-x"},
-       exitUsage,
-       "orxrestore: the command line .*\n  next: orxrestore -i BACKUP -o DATABASE\n"},
-      {{"-i", "backup", "-o", "folder/db"},
-       exitNameHasPath,
-       "orxrestore: .* not as @folder/db\n  next: cd folder/\n"},
-      {{"-i", "missing", "-o", "db"},
-       exitBackupNotOpened,
-       "orxrestore: there is no backup @missing; @db is unchanged\n  next: ls -l [.]\n"},
-      {{"-i", "folder", "-o", "db"},
-       exitBackupNotOpened,
-       "orxrestore: the backup @folder is a directory; @db is unchanged\n  next: ls -l folder\n"},
-      {{"-i", "backup", "-o", "no db"},
-       exitDatabaseNotOpened,
-       "orxrestore: there is no database @no db\n  next: orxkdb create 'no db'\n"},
-      {{"-u", "none"},
-       exitDatabaseNotOpened,
-       "orxrestore: there is no database @none\n  next: orxkdb create none\n"},
-      {{"-i", "backup", "-o", "notes"},
-       exitDatabaseNotOpened,
-       "orxrestore: @notes is not a database\n  next: ls -ld notes\n"},
-      {{"-i", "backup", "-o", std::string(250, 'n')},
-       exitDatabaseNotOpened,
-       "orxrestore: there is no database @n+\n  next: orxkdb create n+\n"},
-      {{"-i", "backup", "-o", "damaged"},
-       exitFailed,
-       "orxrestore: @damaged is damaged; .*; the database is unchanged\n  next: orxkdb stat "
-       "damaged\n"},
-      {{"-i", "backup", "-o", "db"},
-       exitFailed,
-       "orxrestore: no space, .*@db beside the first; the database is unchanged\n  next: df -h "
-       "[.]\n",
-       limitFileSize},
-      {{"-i", "/proc/self/mem", "-o", "db"},
-       exitFailed,
-       "orxrestore: /proc/self/mem could not be read .*unchanged\n  next: journalctl -k\n"},
-      {{"-i", "backup", "-m", "empty"},
-       exitFailed,
-       "orxrestore: @empty is empty, .*unchanged\n  next: orxrestore -i BACKUP -o empty\n"},
-      {{"-i", "backup", "-m", "counterless"},
-       exitFailed,
-       "orxrestore: the system record of @counterless .*\n  next: orxkdb check counterless\n"},
-      {{"-i", "twice", "-m", "other"},
-       exitFailed,
-       "orxrestore: @other has what .*\n  next: orxkdb undo other\n"
-       "orxrestore: records of @twice have keys .*\n  next: orxkdb plan other twice\n"},
-      {{"-i", "twice", "-o", "db"},
-       exitFailed,
-       "orxrestore: @db has what .*\n  next: orxkdb undo db\n"
-       "orxrestore: two lines of @twice have .*\n  next: orxkdb check twice\n"},
-      {{"-i", "backup", "-o", "db"}, exitSuccess, ""},
-      {{"-i", "nothing", "-o", "db"},
-       exitSuccess,
-       "orxrestore: @db had 3 records and has 0 now; .*\n  next: orxkdb undo db\n"},
-      {{"-i", "backup", "-o", "db"}, exitSuccess, ""},
-      {{"-i", "other", "-o", "db"},
-       exitSuccess,
-       "(orxrestore: @db had 3 .*\n  next: orxkdb undo db\n)?"
-       "orxrestore: @other is a database, not a .*\n  next: orxkdb backup other other.txt\n"},
+      {"-x", exitUsage, "the command line .*", "orxrestore -i BACKUP -o DATABASE"},
+      {"-i backup -o folder/db", exitNameHasPath, ".* not as @folder/db", "cd folder/"},
+      {"-i missing -o db", exitBackupNotOpened, "there is no backup @missing; @db is unchanged",
+       "ls -l [.]"},
+      {"-i folder -o db", exitBackupNotOpened,
+       "the backup @folder is a directory; @db is unchanged", "ls -l folder"},
+      {"-i backup -o 'no db'", exitDatabaseNotOpened, "there is no database @no db",
+       "orxkdb create 'no db'"},
+      {"-i backup -o notes", exitDatabaseNotOpened, "@notes is not a database", "ls -ld notes"},
+      {"-i backup -o " + longName, exitDatabaseNotOpened, "there is no database @n+",
+       "orxkdb create n+"},
+      {"-i backup -o damaged", exitFailed, "@damaged is damaged; .*; the database is unchanged",
+       "orxkdb stat damaged"},
+      {"-i /proc/self/mem -o db", exitFailed, "/proc/self/mem could not be read .*unchanged",
+       "journalctl -k"},
+      {"-i backup -m empty", exitFailed, "@empty is empty, .*unchanged",
+       "orxrestore -i BACKUP -o empty"},
+      {"-i backup -m counterless", exitFailed, "the system record of @counterless .*",
+       "orxkdb check counterless"},
+      {"-i twice -m other", exitFailed,
+       "@other has what .*\n  next: orxkdb undo other\norxrestore: records of @twice have keys .*",
+       "orxkdb plan other twice"},
+      {"-i other -o db", exitSuccess,
+       "(@db had 3 .*\n  next: orxkdb undo db\norxrestore: )?@other is a database, not a .*",
+       "orxkdb backup other other.txt"},
   };
   for (const auto& row : cases) {
-    const auto result = run(row.arguments, row.inChild);
-    EXPECT_EQ(result.exitCode, row.exitCode) << result.output << result.errors;
-    EXPECT_TRUE(std::regex_match(result.errors, std::regex(pattern(row.errors))))
-        << row.errors << "\nis not\n"
-        << result.errors;
+    const auto result = run("orxrestore " + row.command);
+    EXPECT_EQ(result.exitCode, row.exitCode) << row.command;
+    expectMatch(result.errors, "orxrestore: " + row.means + "\n  next: " + row.next + "\n",
+                directory_);
     EXPECT_EQ(result.output.find("next:"), std::string::npos);
   }
 }
 
-TEST_F(Hints, NameWhoHoldsTheDatabaseAndMissingMessages) {
+TEST_F(Hints, NameAFullDiskWhoHoldsTheDatabaseAndMissingMessages) {
+  EXPECT_EQ(run("orxrestore -i backup -o db").errors, "");
+  expectMatch(run("ulimit -f 4; orxrestore -i backup -o db").errors,
+              "orxrestore: no space, .*@db beside the first; the database is unchanged\n"
+              "  next: df -h [.]\n",
+              directory_);
   {
     const Opened holder(directory_.file("db"));
-    EXPECT_THAT(run({"-u", "db"}).errors,
-                MatchesRegex("orxrestore: .*/db is being changed by .*\n  next: fuser -v db\n"));
+    expectMatch(run("orxrestore -u db").errors,
+                "orxrestore: @db is being changed by .*\n  next: fuser -v db\n", directory_);
   }
   std::filesystem::remove_all(directory_ / "PRESTORE_restore");
-  const auto silent = run({"-u", "db"});
+  const auto silent = run("orxrestore -u db");
   EXPECT_EQ(silent.exitCode, exitSuccess);
   EXPECT_EQ(silent.output, "start to rebuild the use count for DB db\n");
-  EXPECT_THAT(silent.errors, MatchesRegex("orxrestore: the messages are missing .*"
-                                          "/PRESTORE_restore\n  next: orxkdb messages\n"));
+  expectMatch(silent.errors,
+              "orxrestore: the messages are missing .*@PRESTORE_restore\n  next: orxkdb messages\n",
+              directory_);
 }
 
 TEST(FileWords, AreReadyForAShell) {
   const struct {
-    const char* name;
-    const char* word;
+    const char *name, *word;
   } cases[] = {{"rorxdata", "rorxdata"},
                {"a b", "'a b'"},
                {"it's", "'it'\\''s'"},
@@ -175,40 +119,31 @@ TEST(FileWords, AreReadyForAShell) {
 // What is interrupted leaves the database as it was and nothing beside it.
 TEST_F(Hints, ASignalEndsARunWithoutATrace) {
   const std::string bytes = readFile(directory_ / "db");
+  const std::string unchanged = "orxrestore: interrupted: the database is unchanged\n";
   const struct {
-    std::string signal, command;
+    const char *signal, *command;
     int exitCode;
     std::string errors;
   } cases[] = {
-      {"INT", "orxrestore -i pipe -o db", 130,
-       "orxrestore: interrupted: the database is unchanged\n"},
-      {"TERM", "orxrestore -i pipe -o db", 143,
-       "orxrestore: interrupted: the database is unchanged\n"},
-      {"HUP", "orxrestore -i pipe -o db", 129,
-       "orxrestore: interrupted: the database is unchanged\n"},
+      {"INT", "orxrestore -i pipe -o db", 130, unchanged},
+      {"TERM", "orxrestore -i pipe -o db", 143, unchanged},
+      {"HUP", "orxrestore -i pipe -o db", 129, unchanged},
       {"TERM", "orxkdb load made dump.pipe", 143,
        "orxkdb: interrupted, no database and no file was changed, run this again\n"},
   };
+  writeFile(directory_ / "lines", resourceLines(3000));
   for (const auto& row : cases) {
-    writeFile(directory_ / "lines", resourceLines(3000));
-    const std::string script =
-        "rm -f pipe dump.pipe; mkfifo pipe dump.pipe; "
-        "{ cat lines; sleep 3; } > pipe 2>/dev/null & "
-        "{ orxkdb dump other | sed '$d'; sleep 3; } > dump.pipe 2>/dev/null & "
-        "timeout --preserve-status -s " +
-        row.signal + " 2 " + row.command +
-        " > out & job=$!; "
-        "for i in $(seq 35); do ls *.orx-new 2>/dev/null && break; sleep 0.05; done; "
-        "wait $job; code=$?; kill $(jobs -p); ls *.orx-new 2>/dev/null; exit $code";
-    const auto result =
-        runProgram({.file = "/bin/bash",
-                    .arguments = {"-c", script},
-                    .directory = directory_.path(),
-                    .environment = {"PATH=" + programsDirectory().string() + ":/usr/bin:/bin"}});
+    const auto result = run(std::string("signal=") + row.signal + "; command='" + row.command +
+                            R"('; rm -f pipe dump.pipe; mkfifo pipe dump.pipe
+{ cat lines; sleep 3; } > pipe 2>/dev/null &
+{ orxkdb dump other | sed '$d'; sleep 3; } > dump.pipe 2>/dev/null &
+timeout --preserve-status -s $signal 2 $command > out & job=$!
+for i in $(seq 35); do ls *.orx-new 2>/dev/null && break; sleep 0.05; done
+wait $job; code=$?; kill $(jobs -p); ls *.orx-new 2>/dev/null; exit $code)");
     EXPECT_EQ(result.exitCode, row.exitCode) << row.command;
     EXPECT_EQ(result.errors, row.errors);
-    EXPECT_TRUE(std::regex_match(result.output, std::regex("(db|made)[.]orx-new\n")))
-        << result.output;  // there while it ran, gone afterwards
+    // There while it ran, gone afterwards.
+    expectMatch(result.output, "(db|made)[.]orx-new\n", directory_);
     EXPECT_EQ(readFile(directory_ / "db"), bytes);
   }
 }

@@ -1,26 +1,17 @@
 // The whole program: what it prints, where, and its exit codes.
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <unistd.h>
-
-#include <string>
-#include <vector>
 
 #include "messages/bundle_files.h"
 #include "orxkdb/exit_codes.h"
+#include "tests/support/child_conditions.h"
 #include "tests/support/kdb_records.h"
-#include "tests/support/places.h"
-#include "tests/support/run_program.h"
+#include "tests/support/program_runs.h"
 
 namespace orx::orxkdb {
 namespace {
 
-using testing::AllOf;
 using testing::ContainsRegex;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 const std::string emptyDump = "VERSION=3\nformat=bytevalue\ntype=btree\nHEADER=END\nDATA=END\n";
 
@@ -28,17 +19,17 @@ class OrxKdb : public testing::Test {
  protected:
   test::ProgramResult run(std::vector<std::string> arguments, const std::string& input = "",
                           std::function<void()> inChild = {}) {
-    auto result = test::runProgram({.file = test::builtProgram("orxkdb"),
-                                    .arguments = std::move(arguments),
-                                    .directory = scratch_.file(""),
-                                    .input = input,
-                                    .inChild = std::move(inChild)});
-    EXPECT_EQ(result.signal, 0);
-    return result;
+    return test::runIn(scratch_, "orxkdb", std::move(arguments), input, std::move(inChild));
   }
 
   test::TempDir scratch_;
 };
+
+void expectFailure(const test::ProgramResult& result, ExitCode code, const std::string& errors) {
+  EXPECT_EQ(result.exitCode, code) << result.errors;
+  EXPECT_THAT(result.errors, HasSubstr(errors));
+  EXPECT_EQ(result.output, "");
+}
 
 TEST_F(OrxKdb, HelpNamesEverySubcommandAndExitCode) {
   const auto help = run({"--help"});
@@ -58,44 +49,37 @@ TEST_F(OrxKdb, HelpNamesEverySubcommandAndExitCode) {
 }
 
 TEST_F(OrxKdb, UnusableCommandLinesEndWithOneLine) {
+  const std::string unexpected = "The following argument was not expected: ";
   const struct {
     std::vector<std::string> arguments;
-    const char* errors;
+    std::string what, help;
   } cases[] = {
-      {{}, "orxkdb: A subcommand is required, command line, see \"orxkdb --help\"\n"},
-      {{"dumb", "db"},
-       "orxkdb: there is no subcommand \"dumb\", command line, see \"orxkdb --help\"\n"},
-      {{"dump"}, "orxkdb: DB is required, command line, see \"orxkdb dump --help\"\n"},
-      {{"backup", "db"}, "orxkdb: FILE is required, command line, see \"orxkdb backup --help\"\n"},
-      {{"stat", "--yaml", "db"},
-       "orxkdb: The following argument was not expected: --yaml, command line, see \"orxkdb stat "
-       "--help\"\n"},
-      {{"undo", "db", "more"},
-       "orxkdb: The following argument was not expected: more, command line, see \"orxkdb undo "
-       "--help\"\n"},
+      {{}, "A subcommand is required", "orxkdb --help"},
+      {{"dumb", "db"}, "there is no subcommand \"dumb\"", "orxkdb --help"},
+      {{"dump"}, "DB is required", "orxkdb dump --help"},
+      {{"backup", "db"}, "FILE is required", "orxkdb backup --help"},
+      {{"stat", "--yaml", "db"}, unexpected + "--yaml", "orxkdb stat --help"},
+      {{"undo", "db", "more"}, unexpected + "more", "orxkdb undo --help"},
   };
   for (const auto& row : cases) {
     const auto result = run(row.arguments);
     EXPECT_EQ(result.exitCode, exitUsage);
-    EXPECT_EQ(result.errors, row.errors);
+    EXPECT_EQ(result.errors, "orxkdb: " + row.what + ", command line, see \"" + row.help + "\"\n");
     EXPECT_EQ(result.output, "");
   }
 }
 
 TEST_F(OrxKdb, CreatesADatabaseWithItsMessages) {
   std::filesystem::create_directory(scratch_.file("sub"));
-  const auto created = run({"create", "sub/db"});
-  EXPECT_EQ(created.exitCode, exitDone) << created.errors;
-  EXPECT_EQ(created.output, "sub/db: empty database made, messages beside it\n");
+  EXPECT_EQ(run({"create", "sub/db"}).output, "sub/db: empty database made, messages beside it\n");
   for (const BundleFile& file : bundleFiles()) {
     const std::string path = scratch_.file("sub/PRESTORE_restore/" + std::string(file.name));
     EXPECT_EQ(std::filesystem::file_size(path), file.bytes.size());
   }
   EXPECT_EQ(run({"dump", "sub/db"}).output, emptyDump);
-  const auto again = run({"create", "sub/db"});
-  EXPECT_EQ(again.exitCode, exitNotOpened);
-  EXPECT_THAT(again.errors, StartsWith("orxkdb: there is already a file of that name, sub/db (4 "
-                                       "Duplicate, 46 Unique), choose another name"));
+  expectFailure(run({"create", "sub/db"}), exitNotOpened,
+                "orxkdb: there is already a file of that name, sub/db (4 Duplicate, 46 Unique), "
+                "choose another name");
   EXPECT_EQ(run({"create", "none/db"}).exitCode, exitNotOpened);
 }
 
@@ -106,94 +90,57 @@ TEST_F(OrxKdb, WritesMessagesWhereItIsTold) {
   EXPECT_EQ(run({"messages", "none"}).exitCode, exitNotOpened);
   std::filesystem::create_directory(scratch_.file("sub"));
   test::writeFile(scratch_.file("sub/PRESTORE_restore"), "in the way");
-  const auto blocked = run({"messages", "sub"});
-  EXPECT_EQ(blocked.exitCode, exitNotOpened);
-  EXPECT_THAT(blocked.errors, HasSubstr("sub/PRESTORE_restore (Not a directory)"));
+  expectFailure(run({"messages", "sub"}), exitNotOpened, "sub/PRESTORE_restore (Not a directory)");
   EXPECT_EQ(test::readFile(scratch_.file("sub/PRESTORE_restore")), "in the way");
 }
 
 TEST_F(OrxKdb, StandardStreamsCarryDumpsAndBackups) {
   test::createDatabase(scratch_.file("db"), 3);
-  const auto dumped = run({"dump", "db"});
-  EXPECT_EQ(run({"dump", "db", "-"}).output, dumped.output);
-  const auto loaded = run({"load", "copy"}, dumped.output);
-  EXPECT_EQ(loaded.output, "copy: 3 records loaded\n") << loaded.errors;
+  const std::string dumped = run({"dump", "db"}).output;
+  EXPECT_EQ(run({"dump", "db", "-"}).output, dumped);
+  EXPECT_EQ(run({"load", "copy"}, dumped).output, "copy: 3 records loaded\n");
   EXPECT_EQ(run({"backup", "copy", "-"}).output.size(), 3U * 441);
   EXPECT_EQ(run({"backup", "copy", "file"}).output, "file: 3 records backed up\n");
-  const auto refused = run({"load", "x", "-"}, "VERSION=3\nformat=print\n");
-  EXPECT_EQ(refused.exitCode, exitNotAsExpected);
-  EXPECT_EQ(refused.errors,
-            "orxkdb: format=print cannot be loaded, only format=bytevalue, standard input:2, make "
-            "the dump again; nothing was loaded\n");
+  expectFailure(run({"load", "x", "-"}, "VERSION=3\nformat=print\n"), exitNotAsExpected,
+                "orxkdb: format=print cannot be loaded, only format=bytevalue, standard input:2, "
+                "make the dump again; nothing was loaded\n");
 }
 
-TEST_F(OrxKdb, UndoExchangesTheGenerations) {
-  const auto missing = run({"undo", "db"});
-  EXPECT_EQ(missing.exitCode, exitNotOpened);
-  EXPECT_THAT(missing.errors, StartsWith("orxkdb: there is no such database, db ("));
+TEST_F(OrxKdb, UndoTakesSoundGenerationsAlone) {
+  expectFailure(run({"undo", "db"}), exitNotOpened, "orxkdb: there is no such database, db (");
   test::createDatabase(scratch_.file("db"), 3);
-  const auto first = run({"undo", "db"});
-  EXPECT_EQ(first.exitCode, exitNotOpened);
-  EXPECT_THAT(first.errors, StartsWith("orxkdb: the database has no previous generation, db.orx-"));
-  ASSERT_EQ(run({"load", "--replace", "db"}, emptyDump).exitCode, exitDone);
-  const auto undone = run({"undo", "db"});
-  EXPECT_EQ(undone.exitCode, exitDone);
-  EXPECT_THAT(undone.output, StartsWith("db: back to its previous generation; "));
-  EXPECT_EQ(test::objects(scratch_.file("db")).size(), 3U);
-  EXPECT_EQ(run({"undo", "db"}).exitCode, exitDone);
-  EXPECT_EQ(test::objects(scratch_.file("db")).size(), 0U);
+  expectFailure(run({"undo", "db"}), exitNotOpened,
+                "orxkdb: the database has no previous generation, db.orx-");
   test::writeFile(scratch_.file("db.orx-previous"), "text");
-  const auto damaged = run({"undo", "db"});
-  EXPECT_EQ(damaged.exitCode, exitNotOpened);
-  EXPECT_THAT(damaged.errors, HasSubstr("damaged, db.orx-previous (8 SystemError, 17 Format)"));
-}
-
-void closeOutput() {
-  (void)::close(STDOUT_FILENO);
-}
-void fillOutput() {
-  (void)::dup2(::open("/dev/full", O_WRONLY), STDOUT_FILENO);
-}
-void breakPipe() {
-  int ends[2];
-  if (::pipe(ends) == 0) (void)::dup2(ends[1], STDOUT_FILENO);
-  (void)::close(ends[0]);
+  expectFailure(run({"undo", "db"}), exitNotOpened,
+                "damaged, db.orx-previous (8 SystemError, 17 Format)");
+  EXPECT_EQ(test::objects(scratch_.file("db")).size(), 3U);
 }
 
 TEST_F(OrxKdb, OutputThatNobodyTakesIsAFailure) {
   test::createDatabase(scratch_.file("db"), 3);
-  for (void (*const output)() : {closeOutput, fillOutput, breakPipe}) {
-    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"dump", "db"},
-                                                      {"backup", "db", "-"},
-                                                      {"stat", "db"},
-                                                      {"--help"}}) {
-      SCOPED_TRACE(arguments.front());
-      const auto result = run(arguments, "", output);
-      EXPECT_EQ(result.exitCode, exitFailed);
-      EXPECT_THAT(result.errors,
-                  StartsWith("orxkdb: the output cannot be written, standard output ("));
+  const std::vector<std::string> commands[] = {
+      {"dump", "db"}, {"backup", "db", "-"}, {"stat", "db"}, {"--help"}};
+  for (const auto& broken : test::brokenOutputs) {
+    for (const auto& arguments : commands) {
+      expectFailure(run(arguments, "", broken), exitFailed,
+                    "orxkdb: the output cannot be written, standard output (");
     }
-    EXPECT_EQ(run({"dump", "db", "file"}, "", output).exitCode, exitDone);
+    EXPECT_EQ(run({"dump", "db", "file"}, "", broken).exitCode, exitDone);
   }
-}
-
-void limitFiles() {
-  const rlimit limit{128 << 10, 128 << 10};
-  (void)::setrlimit(RLIMIT_FSIZE, &limit);
 }
 
 TEST_F(OrxKdb, FullDiskLeavesEverythingAsItWas) {
   test::createDatabase(scratch_.file("db"), 3000);
   const std::string before = test::readFile(scratch_.file("db"));
   ASSERT_EQ(run({"dump", "db", "dump"}).exitCode, exitDone);
-  const auto loaded = run({"load", "--replace", "db", "dump"}, "", limitFiles);
-  EXPECT_EQ(loaded.exitCode, exitFailed);
-  EXPECT_THAT(loaded.errors, StartsWith("orxkdb: there is no space left, db"));
+  const auto fullDisk = test::fileLimit(128 << 10);
+  const auto loaded = run({"load", "--replace", "db", "dump"}, "", fullDisk);
+  expectFailure(loaded, exitFailed, "orxkdb: there is no space left, db");
   EXPECT_THAT(loaded.errors, HasSubstr("(7 Shortage, 40 Space)"));
   for (const char* command : {"dump", "backup"}) {
-    const auto result = run({command, "db", "out"}, "", limitFiles);
-    EXPECT_EQ(result.exitCode, exitFailed);
-    EXPECT_THAT(result.errors, HasSubstr("written, out (File too large), free space"));
+    expectFailure(run({command, "db", "out"}, "", fullDisk), exitFailed,
+                  "written, out (File too large), free space");
   }
   EXPECT_EQ(test::readFile(scratch_.file("db")), before);
   EXPECT_THAT(scratch_.names(), testing::ElementsAre("db", "dump"));
@@ -202,17 +149,17 @@ TEST_F(OrxKdb, FullDiskLeavesEverythingAsItWas) {
 TEST_F(OrxKdb, StandardOutputIsNotTheDatabase) {
   test::createDatabase(scratch_.file("db"), 3);
   const std::string before = test::readFile(scratch_.file("db"));
-  const auto result = run({"backup", "db", "-"}, "",
-                          [] { (void)::dup2(::open("db", O_WRONLY | O_APPEND), STDOUT_FILENO); });
-  EXPECT_EQ(result.exitCode, exitNotAsExpected);
-  EXPECT_THAT(result.errors, HasSubstr("standard output is the database itself"));
+  const auto intoTheDatabase = [] {
+    (void)::dup2(::open("db", O_WRONLY | O_APPEND), STDOUT_FILENO);
+  };
+  expectFailure(run({"backup", "db", "-"}, "", intoTheDatabase), exitNotAsExpected,
+                "standard output is the database itself");
   EXPECT_EQ(test::readFile(scratch_.file("db")), before);
 }
 
 TEST_F(OrxKdb, NamesAreTakenAsTheyAre) {
   for (const char* name : {"stat", "[a,b]", "two words", "a=b", "\xE4"}) {
-    SCOPED_TRACE(name);
-    EXPECT_EQ(run({"create", name}).exitCode, exitDone);
+    EXPECT_EQ(run({"create", name}).exitCode, exitDone) << name;
     EXPECT_TRUE(std::filesystem::exists(scratch_.file(name)));
     EXPECT_EQ(run({"dump", name}).output, emptyDump);
   }

@@ -1,14 +1,12 @@
 // Progress and colours on a pseudo-terminal: what is drawn while a run goes on, and that nothing of
 // it is left.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 
 #include "restore/exit_codes.h"
 #include "terminal/progress_text.h"
-#include "tests/support/places.h"
+#include "tests/support/program_runs.h"
 #include "tests/support/small_fleet.h"
-#include "tests/support/temp_dir.h"
 #include "tests/support/terminal_run.h"
 #include "tests/support/test_bundle.h"
 
@@ -19,6 +17,17 @@ using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 
+// A restore from a pipe that gives its lines in two halves, then `rest` after a while.
+std::string slowRestore(const std::string& command = "orxrestore -i pipe -o db",
+                        const std::string& rest = "true") {
+  return "rm -f pipe; mkfifo pipe; "
+         "{ head -n 2500 lines; sleep 0.9; tail -n 2500 lines; sleep 0.6; " +
+         rest + "; } > pipe 2>/dev/null & exec " + command;
+}
+
+const std::string slowLoad =
+    "orxkdb dump db > dump; { sed '$d' dump; sleep 1; tail -n 1 dump; } | orxkdb load new";
+
 class Progress : public testing::Test {
  protected:
   Progress() {
@@ -27,25 +36,8 @@ class Progress : public testing::Test {
     writeFile(directory_ / "lines", resourceLines(5000));
   }
 
-  // A restore from a pipe that gives its lines at once, then `rest` after a while.
-  TerminalResult restore(const TerminalRun& run, const std::string& rest = "true",
-                         const std::string& options = "", const char* columns = "") {
-    const std::string environment = *columns == '\0' ? "" : std::string("env COLUMNS=") + columns;
-    return shell(
-        "rm -f pipe; mkfifo pipe; "
-        "{ head -n 2500 lines; sleep 0.9; tail -n 2500 lines; sleep 0.6; " +
-            rest + "; } > pipe 2>/dev/null & exec " + environment + " orxrestore -i pipe -o db " +
-            options,
-        run);
-  }
-
   TerminalResult shell(const std::string& script, const TerminalRun& run) {
-    return runOnTerminal(
-        {.file = "/bin/bash",
-         .arguments = {"-c", script},
-         .directory = directory_.path(),
-         .environment = {"PATH=" + programsDirectory().string() + ":/usr/bin:/bin", "TERM=xterm"}},
-        run);
+    return runOnTerminal(shellScript(directory_, script), run);
   }
 
   TempDir directory_;
@@ -54,65 +46,58 @@ class Progress : public testing::Test {
 TEST_F(Progress, FitsTheTerminalAndLeavesNothing) {
   const struct {
     unsigned short columns;
-    const char* variable;
+    const char* command;
     std::size_t widest;
-  } cases[] = {{80, "", 79}, {20, "", 19}, {80, "20", 19}, {3, "", 2}};
+    const char* drawn;
+  } cases[] = {{80, "orxrestore -i pipe -o db", 79, "adding  [0-9]+ records/s  0:01"},
+               {20, "orxrestore -i pipe -o db", 19, "adding  "},
+               {80, "env COLUMNS=20 orxrestore -i pipe -o db", 19, "adding  "},
+               {3, "orxrestore -i pipe -o db", 2, "ad"}};
   for (const auto& row : cases) {
     const auto result =
-        restore({.columns = row.columns, .outputIsFile = true}, "true", "", row.variable);
+        shell(slowRestore(row.command), {.columns = row.columns, .outputIsFile = true});
     EXPECT_EQ(result.exitCode, exitSuccess);
-    EXPECT_THAT(result.drawn, HasSubstr(row.columns < 6 ? "ad" : "adding  "));
+    EXPECT_THAT(result.drawn, ContainsRegex(row.drawn));
     EXPECT_LE(result.widest, row.widest) << result.drawn;
     EXPECT_EQ(result.screen, "") << result.drawn;
-    const auto draws = std::count(result.drawn.begin(), result.drawn.end(), '\r');
-    EXPECT_LE(draws, 25) << "more than ten in a second";
-    const char* const whole = "adding  [0-9]+ records/s  0:01";
-    if (row.widest == 79) {
-      EXPECT_THAT(result.drawn, ContainsRegex(whole));
-    }
+    EXPECT_LE(std::ranges::count(result.drawn, '\r'), 25) << "more than ten in a second";
   }
 }
 
 TEST_F(Progress, MessagesAndHintsStandAlone) {
-  const auto together = restore({.columns = 200});
+  const auto together = shell(slowRestore(), {.columns = 200});
   EXPECT_THAT(together.drawn, HasSubstr("adding  "));
   EXPECT_THAT(together.screen,
               ContainsRegex(
                   "\nIDS_MAIN_THIRD\\(db\\)\nIDS_MAIN_FIFTH\\(3\\)\nIDS_MAIN_EIGHTH\\(5000\\)\n$"));
   EXPECT_THAT(together.screen, Not(HasSubstr("adding")));
 
-  const auto failed = restore({.columns = 200, .outputIsFile = true}, "head -n 1 lines");
+  const auto failed = shell(slowRestore("orxrestore -i pipe -o db", "head -n 1 lines"),
+                            {.columns = 200, .outputIsFile = true});
   EXPECT_EQ(failed.exitCode, exitFailed);
   EXPECT_THAT(failed.drawn, HasSubstr("adding  "));
   EXPECT_TRUE(failed.screen.starts_with("orxrestore: ")) << failed.screen;
   EXPECT_THAT(failed.screen, Not(HasSubstr("adding ")));
 
   bool sent = false;
-  const auto interrupted =
-      restore({.outputIsFile = true, .onDrawn = [&](int process, const auto& drawn) {
-                 if (sent || drawn.find("adding") == std::string::npos) return;
-                 sent = kill(process, SIGINT) == 0;
-               }});
+  const auto interrupt = [&](int process, const std::string& drawn) {
+    if (!sent && drawn.find("adding") != std::string::npos) sent = kill(process, SIGINT) == 0;
+  };
+  const auto interrupted = shell(slowRestore(), {.outputIsFile = true, .onDrawn = interrupt});
   EXPECT_EQ(interrupted.exitCode, 130);
   EXPECT_EQ(interrupted.screen, "orxrestore: interrupted: the database is unchanged\n");
 }
 
 TEST_F(Progress, IsNotDrawnInAShortRunNorWithVOrOnADumbTerminal) {
-  const TerminalRun quiet{.outputIsFile = true};
-  EXPECT_EQ(shell("exec orxrestore -i lines -o db", quiet).drawn, "");
-  EXPECT_EQ(restore(quiet, "true", "-v").drawn, "");
-  EXPECT_EQ(shell("export TERM=dumb; orxkdb dump db > dump; "
-                  "{ sed '$d' dump; sleep 1; tail -n 1 dump; } | orxkdb load new",
-                  quiet)
-                .drawn,
-            "");
+  for (const std::string& script :
+       {std::string("exec orxrestore -i lines -o db"), slowRestore("orxrestore -i pipe -o db -v"),
+        "export TERM=dumb; " + slowLoad}) {
+    EXPECT_EQ(shell(script, {.outputIsFile = true}).drawn, "") << script;
+  }
 }
 
 TEST_F(Progress, OfOrxkdbShowsItsPhaseToo) {
-  const auto result = shell(
-      "orxkdb dump db > dump; { sed '$d' dump; sleep 1; tail -n 1 dump; } | "
-      "orxkdb load new",
-      {.outputIsFile = true});
+  const auto result = shell(slowLoad, {.outputIsFile = true});
   EXPECT_EQ(result.exitCode, 0);
   EXPECT_THAT(result.drawn, HasSubstr("adding  "));
   EXPECT_EQ(result.screen, "");
@@ -141,10 +126,7 @@ TEST(ProgressText, LeavesOutWhatDoesNotFit) {
 // Findings and differences; JSON and files stay plain.
 TEST_F(Progress, ColourFollowsOptionEnvironmentAndTerminal) {
   makeDatabase(directory_.file("bad"), {plainLine(1), referringLine(2)});
-  const struct {
-    const char* command;
-    bool painted;
-  } cases[] = {
+  const std::pair<const char*, bool> cases[] = {
       {"orxkdb check bad", true},
       {"orxkdb --color always check bad | cat", true},
       {"orxkdb check --color=always bad | cat", true},
@@ -156,9 +138,9 @@ TEST_F(Progress, ColourFollowsOptionEnvironmentAndTerminal) {
       {"orxkdb check bad 2>&1 | cat", false},
       {"orxkdb check --json --color always bad 2>/dev/null | cat", false},
   };
-  for (const auto& row : cases) {
-    const std::string drawn = shell(row.command, {}).drawn;
-    EXPECT_EQ(drawn.find("\033[") != std::string::npos, row.painted) << row.command << drawn;
+  for (const auto& [command, painted] : cases) {
+    const std::string drawn = shell(command, {}).drawn;
+    EXPECT_EQ(drawn.find("\033[") != std::string::npos, painted) << command << drawn;
   }
   EXPECT_THAT(shell("orxkdb --color sometimes check bad", {}).drawn, HasSubstr("--help\""));
 }

@@ -3,19 +3,11 @@
 // A block "```sh run" is run by bash, which stops at the first command that fails; its exit code is
 // 0, or the number behind "run". A block "```output" directly after it holds what it prints, but
 // for the build date. The blocks of a document run in order in one scratch directory.
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <optional>
 #include <regex>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include "tests/docs/fenced_blocks.h"
-#include "tests/support/places.h"
-#include "tests/support/run_program.h"
-#include "tests/support/temp_dir.h"
+#include "tests/support/program_runs.h"
 
 namespace orx {
 namespace {
@@ -49,15 +41,9 @@ std::vector<Step> stepsOf(const std::string& file) {
   return steps;
 }
 
-// The documents show the scratch directory as this one.
-std::string withShownPlace(std::string text, const std::string& scratch) {
-  for (std::size_t at = text.find(scratch); at != std::string::npos; at = text.find(scratch)) {
-    text.replace(at, scratch.size(), "/srv/tdv");
-  }
-  return text;
-}
-
-std::string withoutBuildDate(const std::string& text) {
+// With the scratch directory as the documents show it, and without the build date.
+std::string comparable(std::string text, const test::TempDir& scratch) {
+  text = std::regex_replace(text, std::regex(scratch.path().string()), "/srv/tdv");
   return std::regex_replace(text, std::regex("\\(built [^)]*\\)"), "(built ...)");
 }
 
@@ -67,17 +53,12 @@ TEST_P(Commands, WorkAsShown) {
   const std::vector<Step> steps = stepsOf(GetParam());
   ASSERT_FALSE(steps.empty());
   const test::TempDir scratch;
-  const std::string path = "PATH=" + test::programsDirectory().string() + ":/usr/bin:/bin";
   for (const Step& step : steps) {
-    const auto result =
-        test::runProgram({.file = "/bin/bash",
-                          .arguments = {"-e", "-o", "pipefail", "-c", "exec 2>&1\n" + step.script},
-                          .directory = scratch.path(),
-                          .environment = {path, "LC_ALL=C.UTF-8"}});
+    const auto result = test::runProgram(
+        test::shellScript(scratch, "set -e -o pipefail; exec 2>&1\n" + step.script));
     EXPECT_EQ(result.exitCode, step.exitCode) << step.script << result.output;
     if (!step.output.has_value()) continue;
-    const std::string output = withShownPlace(result.output, scratch.path().string());
-    EXPECT_EQ(withoutBuildDate(output), withoutBuildDate(*step.output)) << step.script;
+    EXPECT_EQ(comparable(result.output, scratch), comparable(*step.output, scratch)) << step.script;
   }
 }
 

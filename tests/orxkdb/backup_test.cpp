@@ -1,36 +1,19 @@
 // Backups of databases, and what dump and backup refuse to overwrite.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
 
 #include "orxkdb/cmd_backup.h"
 #include "orxkdb/cmd_dump.h"
-#include "orxkdb/sample_writer.h"
-#include "records/data_buffer.h"
-#include "tests/support/kdb_records.h"
-#include "tests/support/places.h"
-#include "tests/support/run_program.h"
+#include "tests/support/program_runs.h"
+#include "tests/support/sample_text.h"
+#include "tests/support/small_fleet.h"
 
 namespace orx::orxkdb {
 namespace {
 
 using test::createDatabase;
-using test::Opened;
-using testing::Contains;
+using test::readFile;
+using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
-
-std::string sample(SampleOrder order) {
-  std::string text;
-  EXPECT_TRUE(writeSample({.objects = 600}, order, [&](std::string_view piece) {
-    text += piece;
-    return true;
-  }));
-  return text;
-}
 
 class Backup : public testing::Test {
  protected:
@@ -41,6 +24,7 @@ class Backup : public testing::Test {
   Result backupTo(const std::string& file, bool crlf = false) {
     return backup({.database = database_, .file = file, .crlf = crlf});
   }
+  Result dumpTo(const std::string& file) { return dump({.database = database_, .file = file}); }
 
   test::TempDir scratch_;
   std::string database_ = scratch_.file("db");
@@ -48,24 +32,18 @@ class Backup : public testing::Test {
 };
 
 TEST_F(Backup, RestoredBackupGivesTheSameBackup) {
-  test::writeFile(file_, sample(SampleOrder::random));
+  test::writeFile(file_, test::sampleText({.objects = 600}, SampleOrder::random));
   createDatabase(database_);
-  const auto restored = test::runProgram({.file = test::builtProgram("orxrestore"),
-                                          .arguments = {"-i", "backup", "-o", "db"},
-                                          .directory = std::filesystem::path(file_).parent_path()});
-  ASSERT_EQ(restored.exitCode, 0) << restored.errors;
-  ASSERT_EQ(backupTo(file_).text, "");
-  const std::string expected = sample(SampleOrder::key);
-  EXPECT_TRUE(test::readFile(file_) == expected);
-
-  ASSERT_EQ(backupTo(file_, true).text, "");
-  std::string crlf = test::readFile(file_);
-  EXPECT_EQ(crlf.size(), expected.size() / 441 * 442);
-  for (std::size_t at = 440; at < crlf.size(); at += 441) {
-    ASSERT_EQ(crlf.substr(at, 2), "\r\n");
-    crlf.erase(at, 1);
+  ASSERT_EQ(test::runIn(scratch_, "orxrestore", {"-i", "backup", "-o", "db"}).exitCode, 0);
+  std::string lines, crLfLines;
+  for (const auto& line : test::splitLines(test::sampleText({.objects = 600}, SampleOrder::key))) {
+    lines += line + "\n";
+    crLfLines += line + "\r\n";
   }
-  EXPECT_TRUE(crlf == expected);
+  ASSERT_EQ(backupTo(file_).text, "");
+  EXPECT_TRUE(readFile(file_) == lines);
+  ASSERT_EQ(backupTo(file_, true).text, "");
+  EXPECT_TRUE(readFile(file_) == crLfLines);
 }
 
 TEST_F(Backup, RecordThatALineCannotCarryIsNamedAndNothingIsWritten) {
@@ -85,21 +63,16 @@ TEST_F(Backup, RecordThatALineCannotCarryIsNamedAndNothingIsWritten) {
     record.setObjectHandle(CMConfigHandle(handle_type::resource, 9));
     record.setRecn(7);
     row.change(record);
-    {
-      const Opened database(database_, kdb::openAsNew);
-      ASSERT_EQ(kdb::AddRecord(database.handle, record.data(), 20, record.data(), 296), 0);
-      ASSERT_EQ(database.close(), "0/0");
-    }
+    test::makeDatabase(database_, std::vector{record});
     test::writeFile(file_, "before");
     const Result result = backupTo(file_);
     EXPECT_EQ(result.code, exitNotAsExpected);
     EXPECT_THAT(result.text, HasSubstr(row.problem));
-    EXPECT_THAT(result.text, HasSubstr(database_ +
-                                       " parent <1;1;0;0;0;0;0;> object "
-                                       "<1;1;4;0;0;0;9;> recn " +
-                                       row.recn + ","));
-    EXPECT_EQ(test::readFile(file_), "before");
-    EXPECT_THAT(scratch_.names(), testing::ElementsAre("backup", "db"));
+    EXPECT_THAT(result.text,
+                HasSubstr(database_ + " parent <1;1;0;0;0;0;0;> object <1;1;4;0;0;0;9;> recn " +
+                          row.recn + ","));
+    EXPECT_EQ(readFile(file_), "before");
+    EXPECT_THAT(scratch_.names(), ElementsAre("backup", "db"));
     std::filesystem::remove(database_);
   }
 }
@@ -110,17 +83,16 @@ TEST_F(Backup, NoOutputReplacesADatabase) {
   createDatabase(scratch_.file("text.orx-new"), 1);
   std::filesystem::create_symlink("db", scratch_.file("symbolic"));
   std::filesystem::create_hard_link(database_, scratch_.file("hard"));
-  const std::string before = test::readFile(database_);
+  const std::string before = readFile(database_);
   for (const char* name : {"db", "symbolic", "hard", "other", "text", "x.orx-previous"}) {
-    SCOPED_TRACE(name);
-    const Result dumped = dump({.database = database_, .file = scratch_.file(name)});
+    const Result dumped = dumpTo(scratch_.file(name));
     const Result backedUp = backupTo(scratch_.file(name));
-    EXPECT_EQ(dumped.code, exitNotAsExpected);
-    EXPECT_EQ(backedUp.code, exitNotAsExpected);
+    EXPECT_EQ(dumped.code, exitNotAsExpected) << name;
+    EXPECT_EQ(backedUp.code, exitNotAsExpected) << name;
     EXPECT_EQ(dumped.text, backedUp.text);
     EXPECT_THAT(dumped.text, HasSubstr("give another name for the output"));
   }
-  EXPECT_EQ(test::readFile(database_), before);
+  EXPECT_EQ(readFile(database_), before);
   EXPECT_EQ(test::objects(scratch_.file("other")).size(), 2U);
   EXPECT_EQ(test::objects(scratch_.file("text.orx-new")).size(), 1U);
   EXPECT_TRUE(std::filesystem::is_symlink(scratch_.file("symbolic")));
@@ -130,25 +102,23 @@ TEST_F(Backup, OutputThatCannotBeMadeIsNotOpened) {
   createDatabase(database_, 1);
   for (const std::string& name :
        {scratch_.file("no/such"), scratch_.file(""), std::string("/dev/null")}) {
-    SCOPED_TRACE(name);
-    EXPECT_EQ(backupTo(name).code, exitNotOpened);
-    EXPECT_EQ(dump({.database = database_, .file = name}).code, exitNotOpened);
+    EXPECT_EQ(backupTo(name).code, exitNotOpened) << name;
+    EXPECT_EQ(dumpTo(name).code, exitNotOpened) << name;
   }
 }
 
 TEST_F(Backup, DamageOnTheWayLeavesNoOutput) {
   createDatabase(database_, 500);
-  std::string bytes = test::readFile(database_);
-  const std::size_t middle = bytes.size() / 4096 / 2 * 4096;
-  bytes.replace(middle, 4096, std::string(4096, '\xFF'));
+  std::string bytes = readFile(database_);
+  bytes.replace(bytes.size() / 4096 / 2 * 4096, 4096, std::string(4096, '\xFF'));
   test::writeFile(database_, bytes);
-  for (const Result& result : {backupTo(file_), dump({.database = database_, .file = file_})}) {
+  for (const Result& result : {backupTo(file_), dumpTo(file_)}) {
     EXPECT_EQ(result.code, exitNotAsExpected);
-    EXPECT_THAT(result.text, StartsWith("this is no database, or it is damaged, " + database_ +
-                                        " behind its record "));
+    EXPECT_THAT(result.text, testing::StartsWith("this is no database, or it is damaged, " +
+                                                 database_ + " behind its record "));
     EXPECT_THAT(result.text, HasSubstr("(8 SystemError, 17 Format)"));
   }
-  EXPECT_THAT(scratch_.names(), testing::ElementsAre("db"));
+  EXPECT_THAT(scratch_.names(), ElementsAre("db"));
 }
 
 }  // namespace

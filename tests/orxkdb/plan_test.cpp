@@ -1,31 +1,24 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
 
 #include "orxkdb/cmd_plan.h"
 #include "orxkdb/plan/identifier_list.h"
 #include "orxkdb/plan/plan_run.h"
 #include "orxkdb/plan/plan_words.h"
-#include "orxkdb/sample_writer.h"
 #include "tests/restore/merge_records.h"
-#include "tests/support/places.h"
-#include "tests/support/run_program.h"
+#include "tests/support/program_runs.h"
+#include "tests/support/sample_text.h"
 #include "tests/support/small_fleet.h"
 
 namespace orx::orxkdb {
 namespace {
 
 using test::attribute;
+using test::backupOf;
 using test::build;
 using test::handle;
 using test::operator+;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using Records = std::vector<DataBuffer>;
-using Shown = std::vector<std::string>;
 
 Records system(const std::string& parameters, const std::map<int, std::string>& counters) {
   return test::chain({}, attribute(1, {parameters}) + test::counters(counters));
@@ -35,49 +28,42 @@ Records object(int type, std::uint32_t id, const std::string& text = "<2;0;1;x;>
   return test::chain({.object = handle(type, id), .recType = type}, text);
 }
 
-std::string sample() {
-  std::string lines;
-  EXPECT_TRUE(writeSample({.objects = 500, .seed = 8}, SampleOrder::random, [&](auto piece) {
-    lines += piece;
-    return true;
-  }));
-  return lines;
-}
-
-// "TYPE:ID#RECN FORMER WHY"
-Shown refusedIn(const MergePlan& plan) {
-  Shown shown;
+// "TYPE:ID#RECN FORMER WHY; "
+std::string refusedIn(const MergePlan& plan) {
+  std::string shown;
   for (const RefusedRecord& record : plan.refused) {
     const HandleNumber object = record.key.object;
-    shown.push_back(std::to_string(typeOf(object)) + ":" + std::to_string(identifierOf(object)) +
-                    "#" + std::to_string(record.key.recn) + " " + nameInBackup(plan, object) + " " +
-                    std::string(wordsOf(record.why)));
+    shown += std::to_string(typeOf(object)) + ":" + std::to_string(identifierOf(object)) + "#" +
+             std::to_string(record.key.recn) + " " + nameInBackup(plan, object) + " " +
+             std::string(wordsOf(record.why)) + "; ";
   }
   return shown;
 }
 
-// "TYPE FIRST-LAST+SHIFT ..."
-Shown identifiersIn(const std::vector<TypeIdentifiers>& types) {
-  Shown shown;
+// "TYPE FIRST-LAST+SHIFT ...; "
+std::string identifiersIn(const std::vector<TypeIdentifiers>& types) {
+  std::string shown;
   for (const TypeIdentifiers& type : types) {
-    std::string text = std::to_string(type.type);
+    shown += std::to_string(type.type);
     for (const auto& [first, last] : type.ranges) {
-      text += " " + std::to_string(first) + "-" + std::to_string(last) + "+" +
-              std::to_string(type.shift);
+      shown += " " + std::to_string(first) + "-" + std::to_string(last) + "+" +
+               std::to_string(type.shift);
     }
-    shown.push_back(text);
+    shown += "; ";
   }
   return shown;
+}
+
+std::string printedBy(const PlanOptions& options, ExitCode code, const char* failure) {
+  Result result;
+  std::string output = test::printed([&] { result = plan(options); });
+  EXPECT_EQ(result.code, code) << result.text;
+  EXPECT_THAT(result.text, HasSubstr(failure));
+  return output;
 }
 
 class Plan : public testing::Test {
  protected:
-  [[nodiscard]] MergePlan planned(std::size_t limit = 0, const std::string& failure = "") const {
-    MergePlan plan;
-    EXPECT_THAT(planMerge("db", "backup", limit, plan).text, testing::StartsWith(failure));
-    return plan;
-  }
-
   // A plan of these, which must leave both files, and nothing beside them.
   [[nodiscard]] MergePlan planOf(const Records& current, const std::string& backup) const {
     std::filesystem::remove("db.orx-previous");
@@ -85,17 +71,16 @@ class Plan : public testing::Test {
     test::createDatabase(current);
     test::writeFile("backup", backup);
     const std::string before = test::readFile("db");
-    MergePlan plan = planned();
+    MergePlan plan;
+    EXPECT_EQ(planMerge("db", "backup", 0, plan).text, "");
     EXPECT_EQ(test::readFile("db"), before);
-    EXPECT_THAT(scratch_.names(), ElementsAre("backup", "db"));
+    EXPECT_THAT(scratch_.names(), testing::ElementsAre("backup", "db"));
     return plan;
   }
 
   // Runs the merge, which must do what was planned.
   void expectMergeDoes(const MergePlan& plan) const {
-    const auto run = test::runProgram({.file = test::builtProgram("orxrestore"),
-                                       .arguments = {"-i", "backup", "-m", "db"},
-                                       .directory = scratch_.path()});
+    const auto run = test::runIn(scratch_, "orxrestore", {"-i", "backup", "-m", "db"});
     EXPECT_EQ(run.exitCode, plan.exitCode()) << run.output;
     MergePlan after;
     test::writeFile("backup", "");
@@ -122,53 +107,38 @@ TEST_F(Plan, IsWhatTheMergeDoes) {
                                        .recn = 1,
                                        .recType = 5,
                                        .text = attribute(3, {std::string(240, 'y')})})};
-  const std::string longParameter = "L=" + std::string(300, 'v');
+  const Records otherOfItsKey = {build({.recn = 3, .auxValue2 = 1})};
+  const Records noObject = {build({.recType = -1})};
   const struct {
-    std::string name;
+    const char* name;
     Records current;
     std::string backup;
-    Shown refused;
-    Shown identifiers;
+    const char *refused, *identifiers;
   } cases[] = {
-      {"everything new",
-       current,
-       test::backupOf(alien + object(5, 3, two) + object(5, 4) + object(5, 9) + object(2, 1) +
-                      object(26, 1) + Records{build({.recType = -1})}),
-       {},
-       {"2 1-1+9", "5 3-4+99 9-9+99"}},
-      {"a type without a counter",
-       current,
-       test::backupOf(object(7, 8, two) + object(7, 9)),
-       {"7:8#0 7:8 in the database"},
-       {"7 8-9+0"}},
-      {"an identifier of 0 meets the last one given out",
-       current + object(2, 9, two),
-       test::backupOf(object(2, 0)),
-       {"2:9#0 2:0 in the database"},
-       {"2 0-0+9"}},
-      {"an object twice, the second time longer",
-       current,
-       test::backupOf(object(5, 1) + object(5, 1) + continuation + object(5, 2)),
-       {"5:100#0 5:1 twice in the backup"},
-       {"5 1-2+99"}},
-      {"an empty line is a second system record",
-       current,
-       test::backupOf(alien) + "\n" + test::backupOf(object(5, 1)),
-       {"0:0#0 0:0 in the database"},
-       {"5 1-1+99"}},
-      {"a system record that grows", current, test::backupOf(system(longParameter, {})), {}, {}},
-      {"a system record that shrinks, and another of its key",
-       longSystem + Records{build({.recn = 3, .auxValue2 = 1})},
-       test::backupOf(alien + test::chain({.auxValue2 = 1}, attribute(3, {std::string(900, 'x')}))),
-       {"0:0#0 0:0 in the database", "0:0#3 0:0 in the database"},
-       {}},
-      {"a fleet in random order",
-       current,
-       sample(),
-       {},
-       {"1 1-5+0", "2 1-5+9", "3 1-45+0", "4 1-394+0", "5 1-10+99", "6 1-10+0", "10 1-20+0",
-        "11 1-4+0", "12 1-1+0"}},
-      {"no line", current, "", {}, {}},
+      {"everything new", current,
+       backupOf(alien + object(5, 3, two) + object(5, 4) + object(5, 9) + object(2, 1) +
+                object(26, 1) + noObject),
+       "", "2 1-1+9; 5 3-4+99 9-9+99; "},
+      {"a type without a counter", current, backupOf(object(7, 8, two) + object(7, 9)),
+       "7:8#0 7:8 in the database; ", "7 8-9+0; "},
+      {"an identifier of 0 meets the last one given out", current + object(2, 9, two),
+       backupOf(object(2, 0)), "2:9#0 2:0 in the database; ", "2 0-0+9; "},
+      {"an object twice, the second time longer", current,
+       backupOf(object(5, 1) + object(5, 1) + continuation + object(5, 2)),
+       "5:100#0 5:1 twice in the backup; ", "5 1-2+99; "},
+      {"an empty line is a second system record", current,
+       backupOf(alien) + "\n" + backupOf(object(5, 1)), "0:0#0 0:0 in the database; ",
+       "5 1-1+99; "},
+      {"a system record that grows", current, backupOf(system("L=" + std::string(300, 'v'), {})),
+       "", ""},
+      {"a system record that shrinks, and another of its key", longSystem + otherOfItsKey,
+       backupOf(alien + test::chain({.auxValue2 = 1}, attribute(3, {std::string(900, 'x')}))),
+       "0:0#0 0:0 in the database; 0:0#3 0:0 in the database; ", ""},
+      {"a fleet in random order", current,
+       test::sampleText({.objects = 500, .seed = 8}, SampleOrder::random), "",
+       "1 1-5+0; 2 1-5+9; 3 1-45+0; 4 1-394+0; 5 1-10+99; 6 1-10+0; 10 1-20+0; 11 1-4+0; "
+       "12 1-1+0; "},
+      {"no line", current, "", "", ""},
   };
   for (const auto& row : cases) {
     SCOPED_TRACE(row.name);
@@ -181,11 +151,9 @@ TEST_F(Plan, IsWhatTheMergeDoes) {
 
 TEST_F(Plan, RefusesWhatNoMergeCanWorkWith) {
   std::filesystem::create_directory("directory");
-  test::createDatabase(Records{});
-  std::filesystem::rename("db", "empty");
-  test::createDatabase(object(5, 1));
-  std::filesystem::rename("db", "plain");
-  test::createDatabase(system("A=1", {}));
+  test::makeDatabase("empty", Records{});
+  test::makeDatabase("plain", object(5, 1));
+  test::makeDatabase("db", system("A=1", {}));
   test::writeFile("backup", "");
   const struct {
     PlanOptions options;
@@ -200,13 +168,7 @@ TEST_F(Plan, RefusesWhatNoMergeCanWorkWith) {
       {{"empty", "backup"}, exitNotAsExpected, "the database is empty"},
       {{"plain", "backup"}, exitNotAsExpected, "a merge would fail: there are no identifier count"},
   };
-  for (const auto& row : cases) {
-    testing::internal::CaptureStdout();
-    const Result result = plan(row.options);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(result.code, row.code) << result.text;
-    EXPECT_THAT(result.text, HasSubstr(row.text));
-  }
+  for (const auto& row : cases) EXPECT_EQ(printedBy(row.options, row.code, row.text), "");
 }
 
 constexpr const char* reportOfTheWorst = R"(The merge of backup into db would FAIL with exit code 6:
@@ -257,37 +219,24 @@ Read                         records
 
 TEST_F(Plan, ReportsTheWorstFirst) {
   (void)planOf(system("A=9,B=2,D=4", {{2, "10"}}) + object(7, 8) + object(7, 9),
-               test::backupOf(system("A=1,B=2,C=x,,y", {}) + object(7, 8) + object(7, 9) +
-                              object(2, 1) + object(2, 2) + object(2, 4) + object(26, 1)));
-  testing::internal::CaptureStdout();
-  const Result result = plan({.database = "db", .backup = "backup", .limit = 1});
-  EXPECT_EQ(result.code, exitNotAsExpected);
-  EXPECT_THAT(result.text, HasSubstr("the merge would fail, taken keys: 2, backup into db, "));
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), reportOfTheWorst);
-
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(plan({.database = "db", .backup = "backup", .limit = 1, .json = true}).code,
-            exitNotAsExpected);
-  const auto json = nlohmann::json::parse(testing::internal::GetCapturedStdout());
-  EXPECT_EQ(json["version"], 1);
-  EXPECT_EQ(json["succeeds"], false);
-  EXPECT_EQ(json["exitCode"], 6);
-  EXPECT_EQ(json["recordsAdded"], 3);
-  EXPECT_EQ(json["refused"]["count"], 2);
-  ASSERT_EQ(json["refused"]["shown"].size(), 1U);
-  EXPECT_EQ(json["refused"]["shown"][0]["objectHandle"], test::handleText(7, 8));
-  EXPECT_EQ(json["types"][1],
-            nlohmann::json({{"recType", 7}, {"objects", 2}, {"records", 2}, {"refused", 2}}));
-  EXPECT_EQ(json["parameters"]["differing"]["shown"][0],
-            nlohmann::json({{"name", "A"}, {"database", "9"}, {"backup", "1"}}));
-  EXPECT_EQ(json["parameters"]["added"]["shown"][0]["backup"], "x,y");
-  EXPECT_EQ(json["parameters"]["kept"]["shown"][0]["name"], "D");
-  EXPECT_EQ(json["parameters"]["equal"]["count"], 1);
-  EXPECT_EQ(json["counters"][1], nlohmann::json({{"type", 2}, {"before", 10}, {"after", 14}}));
-  EXPECT_EQ(json["identifiers"][0]["ranges"]["count"], 2);
-  EXPECT_EQ(json["identifiers"][0]["ranges"]["shown"][0],
-            nlohmann::json({{"first", 1}, {"last", 2}, {"newFirst", 10}, {"newLast", 11}}));
-  EXPECT_EQ(json["read"]["backup"]["notMerged"][0]["recType"], 26);
+               backupOf(system("A=1,B=2,C=x,,y", {}) + object(7, 8) + object(7, 9) + object(2, 1) +
+                        object(2, 2) + object(2, 4) + object(26, 1)));
+  PlanOptions options{.database = "db", .backup = "backup", .limit = 1};
+  EXPECT_EQ(printedBy(options, exitNotAsExpected,
+                      "the merge would fail, taken keys: 2, backup into db, "),
+            reportOfTheWorst);
+  options.json = true;
+  const auto json = test::expectJson(printedBy(options, exitNotAsExpected, ""), R"({"/version": 1,
+      "/succeeds": false, "/exitCode": 6, "/recordsAdded": 3, "/refused/count": 2,
+      "/refused/shown/0/objectHandle": "<1;1;7;0;0;0;8;>",
+      "/types/1": {"recType": 7, "objects": 2, "records": 2, "refused": 2},
+      "/parameters/differing/shown/0": {"name": "A", "database": "9", "backup": "1"},
+      "/parameters/added/shown/0/backup": "x,y", "/parameters/kept/shown/0/name": "D",
+      "/parameters/equal/count": 1, "/counters/1": {"type": 2, "before": 10, "after": 14},
+      "/identifiers/0/ranges/count": 2,
+      "/identifiers/0/ranges/shown/0": {"first": 1, "last": 2, "newFirst": 10, "newLast": 11},
+      "/read/backup/notMerged/0/recType": 26})");
+  EXPECT_EQ(json["refused"]["shown"].size(), 1U);
   EXPECT_EQ(json["warnings"].size(), 2U);
 }
 
@@ -295,17 +244,16 @@ TEST_F(Plan, WarnsOfWhatTheMergeDoesNotMind) {
   const Records counters = test::chain({}, test::counters({{2, "4294967290"}}));
   const struct {
     Records current;
-    std::string backup;
-    std::string warning;
+    std::string backup, warning;
   } cases[] = {
       {counters, "", "the backup holds no records"},
-      {counters, test::backupOf(object(2, 1)), "the backup has no system record"},
-      {counters, test::backupOf(object(2, 9)), "identifiers of type 2 pass 4294967295"},
-      {counters, test::backupOf(object(5, 1)), "objects of type 5 keep their identifiers: the dat"},
-      {counters, test::backupOf(test::chain({.object = handle(28, 1), .recType = 5}, "")),
+      {counters, backupOf(object(2, 1)), "the backup has no system record"},
+      {counters, backupOf(object(2, 9)), "identifiers of type 2 pass 4294967295"},
+      {counters, backupOf(object(5, 1)), "objects of type 5 keep their identifiers: the dat"},
+      {counters, backupOf(test::chain({.object = handle(28, 1), .recType = 5}, "")),
        "objects of type 28 keep their identifiers: a merge does not"},
-      {counters, test::backupOf(system("A=1", {})), "no parameters are added"},
-      {system("A=1", {}), test::backupOf(system("B=1==2,C=3", {})), "written once: B"},
+      {counters, backupOf(system("A=1", {})), "no parameters are added"},
+      {system("A=1", {}), backupOf(system("B=1==2,C=3", {})), "written once: B"},
   };
   for (const auto& row : cases) {
     EXPECT_THAT(warningsOf(planOf(row.current, row.backup)),
@@ -322,8 +270,8 @@ TEST(IdentifierList, BreaksRangesWhereASumPassesTheHighest) {
   list.add(handle(40, 0xFFFFFFFF));
   list.add(handle(40, 0));
   list.add(CMConfigHandle());
-  EXPECT_THAT(identifiersIn(list.take(tables)),
-              ElementsAre("2 1-2+4294967293 3-5+4294967293", "40 0-0+0 4294967295-4294967295+0"));
+  EXPECT_EQ(identifiersIn(list.take(tables)),
+            "2 1-2+4294967293 3-5+4294967293; 40 0-0+0 4294967295-4294967295+0; ");
 }
 
 }  // namespace

@@ -98,6 +98,15 @@ inline void createDatabase(const std::string& name, std::uint32_t records = 0) {
   ASSERT_EQ(database.close(), "0/0");
 }
 
+// A database of which the first pages alone are sound. Returns its bytes.
+inline std::string writeDamagedDatabase(const std::string& name) {
+  createDatabase(name, 2000);
+  std::string bytes = readFile(name);
+  bytes.replace(20 * 4096, 2 * 4096, std::string(2 * 4096, '\x5A'));
+  writeFile(name, bytes);
+  return bytes;
+}
+
 inline std::vector<std::uint32_t> objects(const std::string& name) {
   std::vector<std::uint32_t> found;
   const Opened database(name, kdb::openForReading);

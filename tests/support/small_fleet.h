@@ -66,19 +66,25 @@ inline DataBuffer recordOf(const Line& line) {
   return record;
 }
 
+inline std::vector<DataBuffer> recordsOf(const std::vector<Line>& lines) {
+  std::vector<DataBuffer> records;
+  for (const Line& line : lines) records.push_back(recordOf(line));
+  return records;
+}
+
+inline void addUnder(const Opened& database, const DataBuffer& key, const DataBuffer& record) {
+  ASSERT_EQ(kdb::AddRecord(database.handle, key.data(), 20, record.data(), 296), 0);
+}
+
 // A new database of these records, each under its own key.
 inline void makeDatabase(const std::string& name, const std::vector<DataBuffer>& records) {
   const Opened database(name, kdb::openAsNew);
-  for (const DataBuffer& record : records) {
-    ASSERT_EQ(kdb::AddRecord(database.handle, record.data(), 20, record.data(), 296), 0);
-  }
+  for (const DataBuffer& record : records) addUnder(database, record, record);
   ASSERT_EQ(database.close(), "0/0");
 }
 
 inline void makeDatabase(const std::string& name, const std::vector<Line>& lines) {
-  std::vector<DataBuffer> records;
-  for (const Line& line : lines) records.push_back(recordOf(line));
-  makeDatabase(name, records);
+  makeDatabase(name, recordsOf(lines));
 }
 
 }  // namespace orx::test

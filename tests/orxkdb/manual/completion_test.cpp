@@ -1,16 +1,14 @@
 // The completions, loaded into their shells.
 #include <gmock/gmock.h>
 
-#include <sstream>
-
 #include "tests/orxkdb/manual/manual_runs.h"
+#include "tests/support/sample_text.h"
 
 namespace orx::orxkdb {
 namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 // What bash does for a TAB behind the last word; a word a line.
 constexpr const char* pressTab =
@@ -20,7 +18,7 @@ constexpr const char* pressTab =
 class Completion : public testing::Test {
  protected:
   void load(const std::string& shell) {
-    const auto result = test::runOrxkdb({"--completion", shell}, scratch_);
+    const auto result = test::runIn(scratch_, "orxkdb", {"--completion", shell});
     ASSERT_EQ(result.exitCode, 0) << result.errors;
     test::writeFile(scratch_ / "completion", result.output);
   }
@@ -37,11 +35,8 @@ class Completion : public testing::Test {
     arguments.insert(arguments.end(), words.begin(), words.end());
     const auto result = run("/bin/bash", std::move(arguments));
     EXPECT_EQ(result.errors, "");
-    std::vector<std::string> found;
-    std::istringstream lines(result.output);
-    for (std::string line; std::getline(lines, line);) {
-      if (!line.empty()) found.push_back(line);
-    }
+    auto found = test::splitLines(result.output);
+    std::erase(found, "");
     return found;
   }
 
@@ -64,30 +59,27 @@ TEST_F(Completion, OfBashFollowsTheCommandLine) {
   load("bash");
   test::writeFile(scratch_ / "fleet 1.txt", "");
   std::filesystem::create_directory(scratch_ / "fleets");
-  const struct {
-    std::vector<std::string> words;
-    testing::Matcher<std::vector<std::string>> found;
-  } cases[] = {
-      {{"ch"}, ElementsAre("check")},
-      {{"x"}, IsEmpty()},
-      {{"check", "--l"}, ElementsAre("--limit")},
-      {{"check", "--limit", "f"}, IsEmpty()},
-      {{"check", "--limit", "5", "fleet "}, ElementsAre("fleet 1.txt")},
-      {{"check", "--limit", "=", "5", "fleet "}, ElementsAre("fleet 1.txt")},
-      {{"check", "done", "f"}, IsEmpty()},
-      {{"backup", "db", "--crlf", "fleets"}, ElementsAre("fleets")},
-      {{"messages", "f"}, ElementsAre("fleets")},
-      {{"explain", "fl"}, testing::UnorderedElementsAre("fleet 1.txt", "fleets")},
-      {{"explain", "db", "f"}, IsEmpty()},
-      {{"explain", "--line", "fleet "}, ElementsAre("fleet 1.txt")},
-      {{"sample", "--order", ""}, ElementsAre("key", "random")},
-      {{"sample", "--order", "="}, ElementsAre("key", "random")},
-      {{"sample", "--order", "=", "r"}, ElementsAre("random")},
+  const std::pair<std::vector<std::string>, std::vector<std::string>> cases[] = {
+      {{"ch"}, {"check"}},
+      {{"x"}, {}},
+      {{"check", "--l"}, {"--limit"}},
+      {{"check", "--limit", "f"}, {}},
+      {{"check", "--limit", "5", "fleet "}, {"fleet 1.txt"}},
+      {{"check", "--limit", "=", "5", "fleet "}, {"fleet 1.txt"}},
+      {{"check", "done", "f"}, {}},
+      {{"backup", "db", "--crlf", "fleets"}, {"fleets"}},
+      {{"messages", "f"}, {"fleets"}},
+      {{"explain", "fl"}, {"fleet 1.txt", "fleets"}},
+      {{"explain", "db", "f"}, {}},
+      {{"explain", "--line", "fleet "}, {"fleet 1.txt"}},
+      {{"sample", "--order", ""}, {"key", "random"}},
+      {{"sample", "--order", "="}, {"key", "random"}},
+      {{"sample", "--order", "=", "r"}, {"random"}},
   };
-  for (const auto& row : cases) {
-    std::vector<std::string> words{"orxkdb"};
-    words.insert(words.end(), row.words.begin(), row.words.end());
-    EXPECT_THAT(bashWords(words), row.found) << testing::PrintToString(row.words);
+  for (auto [words, expected] : cases) {
+    words.insert(words.begin(), "orxkdb");
+    EXPECT_THAT(bashWords(words), testing::UnorderedElementsAreArray(expected))
+        << testing::PrintToString(words);
   }
 }
 

@@ -1,7 +1,5 @@
-// Runs of orxkdb that print pages and completions, and its command line to compare them with.
+// The command line of orxkdb, to compare its manual pages and completions with.
 #pragma once
-
-#include <gtest/gtest.h>
 
 #include <CLI/CLI.hpp>
 #include <string>
@@ -9,19 +7,9 @@
 
 #include "orxkdb/commands.h"
 #include "orxkdb/manual/command_tree.h"
-#include "tests/support/places.h"
-#include "tests/support/run_program.h"
-#include "tests/support/temp_dir.h"
+#include "tests/support/program_runs.h"
 
 namespace orx::test {
-
-inline ProgramResult runOrxkdb(std::vector<std::string> arguments, const TempDir& directory,
-                               const std::string& input = "") {
-  return runProgram({.file = builtProgram("orxkdb"),
-                     .arguments = std::move(arguments),
-                     .directory = directory.path(),
-                     .input = input});
-}
 
 // The parser's own view of the subcommands.
 struct CommandLine {

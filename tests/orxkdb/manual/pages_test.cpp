@@ -12,9 +12,6 @@ namespace {
 
 using testing::HasSubstr;
 
-const std::string formatter = "/usr/bin/groff";
-const std::string viewer = "/usr/bin/man";
-
 std::string squeezed(const std::string& text) {
   std::istringstream stream(text);
   std::string words;
@@ -25,13 +22,13 @@ std::string squeezed(const std::string& text) {
 class ManualPages : public testing::Test {
  protected:
   void SetUp() override {
-    if (!std::filesystem::exists(formatter)) GTEST_SKIP() << "groff is not there";
-    ASSERT_EQ(test::runOrxkdb({"messages"}, scratch_).exitCode, exitDone);
+    if (!std::filesystem::exists("/usr/bin/groff")) GTEST_SKIP() << "groff is not there";
+    ASSERT_EQ(test::runIn(scratch_, "orxkdb", {"messages"}).exitCode, exitDone);
   }
 
   std::string page(const std::string& name) {
-    const auto result = test::runOrxkdb(
-        {"--man", name}, scratch_, test::readFile(test::sourceDirectory() / "docs/formats.md"));
+    const auto result = test::runIn(scratch_, "orxkdb", {"--man", name},
+                                    test::readFile(test::sourceDirectory() / "docs/formats.md"));
     EXPECT_EQ(result.exitCode, exitDone) << result.errors;
     return result.output;
   }
@@ -39,7 +36,7 @@ class ManualPages : public testing::Test {
   // As a terminal shows it, in words; anything that the formatter complains of fails.
   std::string shown(const std::string& name) {
     const auto result =
-        test::runProgram({.file = formatter,
+        test::runProgram({.file = "/usr/bin/groff",
                           .arguments = {"-ww", "-t", "-man", "-Tascii", "-P-cbu", "-rLL=100n"},
                           .input = page(name)});
     EXPECT_EQ(result.exitCode, 0);
@@ -81,10 +78,7 @@ TEST_F(ManualPages, NameAllThatTheCommandLineTakes) {
 }
 
 TEST_F(ManualPages, OfTheRestoreHoldTheWordsOfItsHelp) {
-  const auto help = test::runProgram({.file = test::builtProgram("orxrestore"),
-                                      .arguments = {"-?"},
-                                      .directory = scratch_.path(),
-                                      .environment = {"LC_ALL=C"}});
+  const auto help = test::runIn(scratch_, "orxrestore", {"-?"}, "", {}, {"LC_ALL=C"});
   const std::string whole = shown("orxrestore");
   std::istringstream lines(help.output.substr(help.output.find("\n\n")));
   int count = 0;
@@ -115,10 +109,10 @@ TEST_F(ManualPages, OfTheFormatsHoldHeadingsAndExamples) {
 }
 
 TEST_F(ManualPages, AreReadByManWithoutWarnings) {
-  if (!std::filesystem::exists(viewer)) GTEST_SKIP() << "man is not there";
+  if (!std::filesystem::exists("/usr/bin/man")) GTEST_SKIP() << "man is not there";
   for (const char* name : {"orxkdb", "orxrestore", "orxkdb-formats"}) {
     test::writeFile(scratch_ / name, page(name));
-    const auto result = test::runProgram({.file = viewer,
+    const auto result = test::runProgram({.file = "/usr/bin/man",
                                           .arguments = {"--warnings", "-l", scratch_.file(name)},
                                           .environment = {"LC_ALL=C.UTF-8", "MANWIDTH=80"}});
     EXPECT_EQ(result.exitCode, 0);
@@ -141,7 +135,7 @@ TEST(ManualOptions, RefuseWhatTheyCannotWrite) {
       {{"--man", "orxkdb-formats"}, std::string(2000, 'x'), exitNotAsExpected, "too long"},
   };
   for (const auto& row : cases) {
-    const auto result = test::runOrxkdb(row.arguments, scratch, row.input);
+    const auto result = test::runIn(scratch, "orxkdb", row.arguments, row.input);
     EXPECT_EQ(result.exitCode, row.code);
     EXPECT_THAT(result.errors, HasSubstr(row.errors));
     EXPECT_EQ(result.output, "");

@@ -1,0 +1,61 @@
+// Short ways to run a piece of code or one of the built programs for what it prints.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tests/support/places.h"
+#include "tests/support/run_program.h"
+#include "tests/support/temp_dir.h"
+
+namespace orx::test {
+
+// One of the built programs with `directory` as its current one.
+inline ProgramResult runIn(const TempDir& directory, const char* program,
+                           std::vector<std::string> arguments, const std::string& input = "",
+                           std::function<void()> inChild = {},
+                           std::vector<std::string> environment = {}) {
+  auto result = runProgram({.file = builtProgram(program),
+                            .arguments = std::move(arguments),
+                            .directory = directory.path(),
+                            .environment = std::move(environment),
+                            .input = input,
+                            .inChild = std::move(inChild)});
+  EXPECT_EQ(result.signal, 0) << result.errors;
+  return result;
+}
+
+// A script with the built programs in its path, run in `directory`.
+inline Program shellScript(const TempDir& directory, const std::string& script) {
+  const std::string path = "PATH=" + programsDirectory().string() + ":/usr/bin:/bin";
+  return {.file = "/bin/bash",
+          .arguments = {"-c", script},
+          .directory = directory.path(),
+          .environment = {path, "TERM=xterm"}};
+}
+
+// What `action` writes to standard output.
+template <typename Action>
+std::string printed(Action action) {
+  testing::internal::CaptureStdout();
+  action();
+  return testing::internal::GetCapturedStdout();
+}
+
+// `expected` names members by their paths, {"/objects/0/recn": 1}; other members may be there too.
+// Returns all of them.
+inline nlohmann::json expectJson(const std::string& text, const char* expected) {
+  const auto json = nlohmann::json::parse(text);
+  const auto members = nlohmann::json::parse(expected);
+  for (const auto& [path, value] : members.items()) {
+    const nlohmann::json::json_pointer pointer(path);
+    EXPECT_EQ(json.contains(pointer) ? json[pointer] : nlohmann::json(), value) << path;
+  }
+  return json;
+}
+
+}  // namespace orx::test
