@@ -1,15 +1,12 @@
 #include "encoding/code_pages.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <unicode/ustring.h>
 
 #include <cstdlib>
 #include <cstring>
-#include <string>
 
 #include "platform/memory_manager.h"
-#include "platform/trace.h"
 #include "tests/support/trace_capture.h"
 
 namespace orx {
@@ -57,41 +54,32 @@ TEST(Utf8, FindsTheStartOfTheCharacterThatCoversAByte) {
 }
 
 TEST(Fields, AreFilledToTheirWidthAndNoFurther) {
-  const struct {
-    const char* text;
-    int width;
-    const char* copied;
-    const char* filled;
-  } rows[] = {{"abcdef", 4, "abcd####", "abcdef\0#"}, {"ab", 4, "ab  ####", "ab  ####"},
-              {"", 3, "   #####", "   #####"},        {"ab", 0, "########", "ab\0#####"},
-              {"ab", -5, "########", "ab\0#####"},    {"ab", 2, "ab######", "ab\0#####"}};
-  for (const auto& row : rows) {
+  const std::tuple<const char*, int, const char*, const char*> rows[] = {
+      {"abcdef", 4, "abcd####", "abcdef\0#"}, {"ab", 4, "ab  ####", "ab  ####"},
+      {"", 3, "   #####", "   #####"},        {"ab", 0, "########", "ab\0#####"},
+      {"ab", -5, "########", "ab\0#####"},    {"ab", 2, "ab######", "ab\0#####"}};
+  for (const auto& [text, width, copied, filled] : rows) {
     char field[9] = "########";
-    UTF8StrNCopy(field, row.text, row.width);
-    EXPECT_EQ(std::string(field, 8), std::string(row.copied, 8)) << row.text << row.width;
+    UTF8StrNCopy(field, text, width);
+    EXPECT_EQ(std::string(field, 8), std::string(copied, 8)) << text << width;
     std::strcpy(field, "########");
-    std::strcpy(field, row.text);
-    UTF8FillTail(field, row.width);
-    EXPECT_EQ(std::string(field, 8), std::string(row.filled, 8)) << row.text << row.width;
+    std::strcpy(field, text);
+    UTF8FillTail(field, width);
+    EXPECT_EQ(std::string(field, 8), std::string(filled, 8)) << text << width;
   }
 }
 
 TEST(Conversion, GoesInTheDirectionOfTheFlag) {
-  const struct {
-    int flag, ccsid;
-    const char* source;
-    const char* expected;
-  } rows[] = {{0, 1252, "\x80", "€"},
-              {1, 1252, "€", "\x80"},
-              {-7, 273, "ä", "\xC0"},
-              {1, 5488, "€", "\xA2\xE3"},
-              {0, 5488, "\xB0\xA1", "啊"}};
-  for (const auto& row : rows) {
+  const std::tuple<int, int, std::string, const char*> rows[] = {{0, 1252, "\x80", "€"},
+                                                                 {1, 1252, "€", "\x80"},
+                                                                 {-7, 273, "ä", "\xC0"},
+                                                                 {1, 5488, "€", "\xA2\xE3"},
+                                                                 {0, 5488, "\xB0\xA1", "啊"}};
+  for (const auto& [flag, ccsid, source, expected] : rows) {
     char target[16] = {};
-    EXPECT_EQ(ConvertStringToUTF8(row.flag, target, sizeof target, row.source,
-                                  static_cast<int>(std::strlen(row.source)), row.ccsid),
-              0);
-    EXPECT_STREQ(target, row.expected) << row.ccsid;
+    const auto size = static_cast<int>(source.size());
+    EXPECT_EQ(ConvertStringToUTF8(flag, target, sizeof target, source.c_str(), size, ccsid), 0);
+    EXPECT_STREQ(target, expected) << ccsid;
   }
 }
 

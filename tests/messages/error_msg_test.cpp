@@ -9,10 +9,7 @@ namespace {
 
 TEST(ErrorMsg, NamesCodeAndReason) {
   constexpr auto lowest = std::numeric_limits<std::int32_t>::min();
-  const struct {
-    std::int32_t code, reason;
-    const char* line;
-  } cases[] = {
+  const std::tuple<std::int32_t, std::int32_t, const char*> cases[] = {
       {6, 28, "%d, RC=6(ProtocolError), RSN=28(NotFound)\n"},
       {0, 0, "%d, RC=0(Success), RSN=0(NoError)\n"},
       {11, 64, "%d, RC=11(Authority), RSN=64(User)\n"},

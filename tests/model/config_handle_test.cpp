@@ -1,13 +1,10 @@
 #include "model/config_handle.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include <cstdio>
-#include <fstream>
 #include <memory>
-#include <string>
 
-#include "platform/trace.h"
+#include "tests/support/trace_capture.h"
 
 namespace orx {
 namespace {
@@ -23,16 +20,15 @@ std::string hex(const CMConfigHandle& handle) {
   return handle.isNull() ? "" : handle.externText().c_str();
 }
 
+using testing::ElementsAre;
+
 const CMConfigHandle system2(2, 0x30002);
 const CMConfigHandle group70000(3, 70000);
 const CMConfigHandle resource9(4, 9);
 const CMConfigHandle nothing;
 
 TEST(ConfigHandle, ConstructorsAndFactoriesBuildTheirLayout) {
-  const struct {
-    CMConfigHandle handle;
-    const char* expected;
-  } cases[] = {
+  const std::pair<CMConfigHandle, const char*> cases[] = {
       {CMConfigHandle(static_cast<const std::uint8_t*>(nullptr)), ""},
       {CMConfigHandle(5, 1), "0100000000000501"},
       {CMConfigHandle(0, 1), "0100000000000000"},
@@ -42,9 +38,8 @@ TEST(ConfigHandle, ConstructorsAndFactoriesBuildTheirLayout) {
       {CMConfigHandle::createTemporaryHandle(-1, 7), "070000000000FF11"},
       {CMConfigHandle(system2, group70000), "0000701102006300"},
       {CMConfigHandle(system2, group70000, resource9), "090070110200A400"},
-      {CMConfigHandle(nothing, group70000, resource9), "7011010009002400"},
-  };
-  for (const auto& row : cases) EXPECT_EQ(hex(row.handle), row.expected);
+      {CMConfigHandle(nothing, group70000, resource9), "7011010009002400"}};
+  for (const auto& [handle, expected] : cases) EXPECT_EQ(hex(handle), expected);
 }
 
 TEST(ConfigHandle, QueriesReadBothLayouts) {
@@ -89,68 +84,43 @@ TEST(ConfigHandle, QueriesReadBothLayouts) {
 }
 
 TEST(ConfigHandle, ComparisonsLookAtTheBytes) {
-  const struct {
-    const char *left, *right;
-    int sign;
-    bool equal;
-  } cases[] = {
+  const std::tuple<const char*, const char*, int, bool> cases[] = {
       {"0102030405060708", "0102030405060708", 0, true},
       {"0102030405060708", "0102030405060709", -1, false},
       {"FF00000000000501", "0100000000000501", 1, false},  // bytes are unsigned
       {"0100000000000501", "0100000000000601", 0, false},  // a shared zero byte ends it
   };
-  for (const auto& row : cases) {
-    const CMConfigHandle left = fromHex(row.left);
-    const CMConfigHandle right = fromHex(row.right);
+  for (const auto& [leftHex, rightHex, sign, equal] : cases) {
+    const CMConfigHandle left = fromHex(leftHex), right = fromHex(rightHex);
     const int order = left.compareTo(&right);
-    EXPECT_EQ((order > 0) - (order < 0), row.sign) << row.left;
-    EXPECT_EQ(left.isEqual(&right), row.equal) << row.left;
-    EXPECT_EQ(left == right.getHandleBytes(), row.equal) << row.left;
-    EXPECT_EQ(left != right.getHandleBytes(), !row.equal) << row.left;
+    EXPECT_EQ((order > 0) - (order < 0), sign) << leftHex;
+    EXPECT_EQ(left.isEqual(&right), equal) << leftHex;
+    EXPECT_EQ(left == right.getHandleBytes(), equal) << leftHex;
+    EXPECT_EQ(left != right.getHandleBytes(), !equal) << leftHex;
   }
   const CMCollectable other;
   EXPECT_EQ(resource9.compareTo(&other), 1);
-  EXPECT_FALSE(resource9.isEqual(&other));
-  EXPECT_FALSE(resource9.isEqual(nullptr));
+  EXPECT_FALSE(resource9.isEqual(&other) || resource9.isEqual(nullptr));
   EXPECT_TRUE(nothing == static_cast<const std::uint8_t*>(nullptr));
   EXPECT_EQ(std::unique_ptr<RWCollectable>(resource9.copy())->isA(), 0);
   EXPECT_EQ(fromHex("0102030405060708").hash(), 0x04030201u ^ 0x08070605u);
 }
 
-// The trace lines that `action` sends, without their heads ("TIME UNIT FUNCTION:LINE ").
-template <typename Action>
-std::string traced(const char* patterns, Action action) {
-  const std::string file = testing::TempDir() + "orx_handle_trace.txt";
-  (void)std::remove(file.c_str());
-  trace_setting::configure(patterns, file);
-  action();
-  trace_setting::configure("", "");
-  std::ifstream in(file);
-  std::string text, time, unit, function, line;
-  while (in >> time >> unit >> function && std::getline(in.ignore(), line)) text += line + '\n';
-  return text;
-}
-
 TEST(ConfigHandle, DumpTellsWhatAHandleMeans) {
-  const char* const open = "nobody=0x40";
-  EXPECT_EQ(traced(open, [] { nothing.dump("label"); }), "");
-  const std::string plain = traced(open, [] { CMConfigHandle(5, 0xFFFFFFFF).dump(); });
-  EXPECT_TRUE(
-      plain.starts_with("-----Dump of Handle=FFFFFFFF00000501------\n"
-                        "  Format  = New\n"
-                        "  Id      = -1(0xffffffff)\n"));
-  EXPECT_EQ(plain.find("ResRefID"), std::string::npos);
-  EXPECT_EQ(traced(open, [] { fromHex("090007000200A400").dump("parent"); }),
-            "-----parent=090007000200A400------\n"
-            "  Format  = Old\n"
-            "  Id      = 458761(0x70009)\n"
-            "  Type    = 4(0x4)\n"
-            "  Temp    = False\n"
-            "  ModelInh= True\n"
-            "  MgSys   = 0200000000000201\n"
-            "  ResRefID= 0900000000000601\n"
-            "  TypeModelInh= Prototype inherited resource with PIRG as a parent\n"
-            "-------------------------------------------\n");
+  EXPECT_THAT(captureTrace("none=0x40", [] { nothing.dump("label"); }), ElementsAre());
+  EXPECT_THAT(captureTrace("none=0x40", [] { CMConfigHandle(5, 0xFFFFFFFF).dump(); }),
+              ElementsAre("-----Dump of Handle=FFFFFFFF00000501------", "  Format  = New",
+                          "  Id      = -1(0xffffffff)", "  Type    = 5(0x5)", "  Temp    = False",
+                          "  ModelInh= False", "  MgSys   = 0000000000000000",
+                          "  TypeModelInh= Not Model Inherited",
+                          "-------------------------------------------"));
+  EXPECT_THAT(captureTrace("none=0x40", [] { fromHex("090007000200A400").dump("parent"); }),
+              ElementsAre("-----parent=090007000200A400------", "  Format  = Old",
+                          "  Id      = 458761(0x70009)", "  Type    = 4(0x4)", "  Temp    = False",
+                          "  ModelInh= True", "  MgSys   = 0200000000000201",
+                          "  ResRefID= 0900000000000601",
+                          "  TypeModelInh= Prototype inherited resource with PIRG as a parent",
+                          "-------------------------------------------"));
 }
 
 TEST(ConfigHandle, ExportTellsTheTraceOfConvertedHandles) {
@@ -158,9 +128,9 @@ TEST(ConfigHandle, ExportTellsTheTraceOfConvertedHandles) {
     (void)fromHex("0900000000002500").exportText();
     (void)fromHex("0900000000000500").exportText();
   };
-  EXPECT_EQ(traced("exportChr=0x10", exportBoth),
-            "Found an invalid handle to export - converted to <1;1;37;0;0;0;9;>\n");
-  EXPECT_EQ(traced("exportChr=0x01", exportBoth), "");
+  EXPECT_THAT(captureTrace("exportChr=0x10", exportBoth),
+              ElementsAre("Found an invalid handle to export - converted to <1;1;37;0;0;0;9;>"));
+  EXPECT_THAT(captureTrace("exportChr=0x01", exportBoth), ElementsAre());
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <string>
 
 #include "model/config_handle.h"
 #include "model/decimal.h"
@@ -10,27 +9,15 @@ namespace orx {
 namespace {
 
 TEST(Decimal, ReadsDigitsModulo32Bits) {
-  const struct {
-    std::string_view text;
-    std::int32_t expected;
-  } cases[] = {
-      {"", 0},
-      {"-7x", -7},
-      {"+7", 7},
-      {"- 7", 0},
-      {"\t7", 0},
-      {"4294967295", -1},
-      {"2147483648", -2147483647 - 1},
-      {"4294967297", 1},
-  };
-  for (const auto& row : cases) EXPECT_EQ(parseDecimal(row.text), row.expected) << row.text;
+  const std::pair<std::string_view, std::int32_t> cases[] = {
+      {"", 0},    {"-7x", -7},        {"+7", 7},
+      {"- 7", 0}, {"4294967295", -1}, {"2147483648", -2147483647 - 1},
+      {"\t7", 0}, {"4294967297", 1}};
+  for (const auto& [text, expected] : cases) EXPECT_EQ(parseDecimal(text), expected) << text;
 }
 
 TEST(HandleText, Exports) {
-  const struct {
-    std::string_view bytes;
-    std::string_view expected;
-  } cases[] = {
+  const std::pair<std::string_view, std::string_view> cases[] = {
       {"0000000000000000", "<1;1;0;0;0;0;0;>"},
       {"D204000000000511", "<1;1;5;0;0;0;1234;>"},  // the temporary flag is not carried
       {"FFFFFFFF00000500", "<1;1;5;0;0;0;4294967295;>"},
@@ -41,14 +28,13 @@ TEST(HandleText, Exports) {
       {"090000000000050F", "<1;1;5;1;1;1;9;>"},  // inherited, of a type that has no kind
       {"FFFFFFFFFFFFFF0F", "<1;3;255;1;1;1;4294967295;65535;>"},
       {"0900000000002500", "<1;1;37;0;0;0;9;>"},  // converted to the new format
-      {"0900000001002502", "<1;3;37;1;0;0;9;1;>"},
-  };
-  for (const auto& row : cases) {
+      {"0900000001002502", "<1;3;37;1;0;0;9;1;>"}};
+  for (const auto& [bytes, expected] : cases) {
     CMConfigHandle handle;
-    handle.setFromExternChar(row.bytes);
-    EXPECT_EQ(handle.exportText().view(), row.expected) << row.bytes;
-    EXPECT_TRUE(CMConfigHandle::isExportedFormat(row.expected));
-    EXPECT_FALSE(CMConfigHandle::isExportedFormat(row.bytes));
+    handle.setFromExternChar(bytes);
+    EXPECT_EQ(handle.exportText().view(), expected) << bytes;
+    EXPECT_TRUE(CMConfigHandle::isExportedFormat(expected));
+    EXPECT_FALSE(CMConfigHandle::isExportedFormat(bytes));
   }
 }
 
@@ -70,41 +56,34 @@ TEST(HandleText, WritersKeepWithinTheirBuffer) {
 
 TEST(HandleText, Imports) {
   using namespace std::string_view_literals;
-  const struct {
-    std::string_view text;
-    int result;
-    const char* bytes;
-  } cases[] = {
-      {"<1;1;5;0;0;0;1234;>"sv, 1, "D204000000000501"},
-      {"<1;1;5;0;0;0;12;>trailing"sv, 1, "0C00000000000501"},
-      {"<1;1;0;0;0;0;0;>"sv, 1, "0000000000000000"},
-      {"<1;1;5;0;0;0;4294967295;>"sv, 1, "FFFFFFFF00000501"},
-      {"<1;1;300;7;6;5;1;>"sv, 1, "0100000000002C0B"},
-      {"<1;1;-1;1;0;1;1;>"sv, 1, "010000000000BF00"},
-      {"<1;2;3;1;1;0;65538;7;>"sv, 1, "0000070002000307"},
-      {"<1;3;4;1;0;0;70000;9;>"sv, 1, "7011010009000403"},
-      {"<1;4;4;1;0;1;2;7;9;>"sv, 1, "090007000200040B"},
-      {"<;;1;;1; 5x;+0;0;0;12>"sv, 1, "0C00000000000501"},  // empty fields, no last ";"
-      {"<1; ;5;0;0;0;12;>"sv, 0, "0000000000000501"},
-      {"<-1;1;5;0;0;0;12;>"sv, 0, "0000000000000000"},
-      {"<1;1;5;0;0;0;>"sv, 0, "0000000000000000"},
-      {"<1;4;5;0;0;0;1;2;3;4;>"sv, 0, "0000000000000000"},
-      {"<1;2;5;0;0;0;12;>"sv, 0, "0000000000000501"},
-      {"<1;4;-1;1;1;1;12;13;>"sv, 0, "000000000000FF00"},
-      {"1;1;5;0;0;0;12;>"sv, 0, "0000000000000000"},
-      {" <1;1;5;0;0;0;12;>"sv, 0, "0000000000000000"},
-      {"<1;1;5;0;0;0;12;"sv, 0, "0000000000000000"},
-      {"<1;1;5;0;0;0;12\0;>"sv, 0, "0000000000000000"},
-      {"<"sv, 0, "0000000000000000"},
-      {""sv, 0, "0000000000000000"},
+  // "TEXT DIGITS"; the fields of an accepted text may be empty or lack the last ";".
+  const std::vector<std::string_view> accepted = {
+      "<1;1;5;0;0;0;1234;> D204000000000501",    "<1;1;5;0;0;0;12;>trailing 0C00000000000501",
+      "<1;1;0;0;0;0;0;> 0000000000000000",       "<1;1;5;0;0;0;4294967295;> FFFFFFFF00000501",
+      "<1;1;300;7;6;5;1;> 0100000000002C0B",     "<1;1;-1;1;0;1;1;> 010000000000BF00",
+      "<1;2;3;1;1;0;65538;7;> 0000070002000307", "<1;3;4;1;0;0;70000;9;> 7011010009000403",
+      "<1;4;4;1;0;1;2;7;9;> 090007000200040B",   "<;;1;;1; 5x;+0;0;0;12> 0C00000000000501"};
+  const std::vector<std::string_view> refused = {
+      "<1; ;5;0;0;0;12;> 0000000000000501", "<-1;1;5;0;0;0;12;> 0000000000000000",
+      "<1;1;5;0;0;0;> 0000000000000000",    "<1;4;5;0;0;0;1;2;3;4;> 0000000000000000",
+      "<1;2;5;0;0;0;12;> 0000000000000501", "<1;4;-1;1;1;1;12;13;> 000000000000FF00",
+      "1;1;5;0;0;0;12;> 0000000000000000",  " <1;1;5;0;0;0;12;> 0000000000000000",
+      "<1;1;5;0;0;0;12; 0000000000000000",
   };
-  for (const auto& row : cases) {
-    CMConfigHandle handle(9, 0xFFFFFFFF);
-    EXPECT_EQ(handle.importHndl(row.text), row.result) << row.text;
-    EXPECT_EQ(handle.externText().view(), row.bytes) << row.text;
+  for (const int result : {1, 0}) {
+    for (const std::string_view row : result == 1 ? accepted : refused) {
+      const std::size_t blank = row.rfind(' ');
+      CMConfigHandle handle(9, 0xFFFFFFFF);
+      EXPECT_EQ(handle.importHndl(row.substr(0, blank)), result) << row;
+      EXPECT_EQ(handle.externText().view(), row.substr(blank + 1)) << row;
+    }
   }
-  CMConfigHandle handle(9, 9);
-  EXPECT_EQ(handle.importHndl(static_cast<const char*>(nullptr)), 0);
+  for (const std::string_view text : {"<1;1;5;0;0;0;12\0;>"sv, "<"sv, ""sv}) {
+    CMConfigHandle handle(9, 9);
+    EXPECT_EQ(handle.importHndl(text), 0) << text;
+    EXPECT_TRUE(handle.isNull()) << text;
+  }
+  EXPECT_EQ(CMConfigHandle(9, 9).importHndl(static_cast<const char*>(nullptr)), 0);
 }
 
 TEST(HandleText, TakesSixteenDigits) {
@@ -112,8 +91,7 @@ TEST(HandleText, TakesSixteenDigits) {
       {"0a00000000000501", "0000000000000501"},
       {"FEDCBA9876543210FF", "FEDCBA9876543210"},
       {"ABC", "ABC0000000000000"},
-      {std::string_view("12\0x34", 6), "1200000000000000"},
-  };
+      {std::string_view("12\0x34", 6), "1200000000000000"}};
   for (const auto& [text, expected] : cases) {
     CMConfigHandle handle(9, 0xFFFFFFFF);
     handle.setFromExternChar(text);

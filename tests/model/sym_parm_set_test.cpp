@@ -1,10 +1,6 @@
 #include "model/sym_parm_set.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 #include "model/attribute_set.h"
 #include "tests/support/trace_capture.h"
@@ -15,10 +11,14 @@ namespace {
 using testing::ElementsAre;
 using Rows = std::vector<std::string>;
 
+CMAttribute make(int key, const std::string& value) {
+  CMAttribute attribute{CMAttributeKey(key)};
+  attribute.setValue(value);
+  return attribute;
+}
+
 void read(CMSymParmSet& set, const std::string& text) {
-  CMAttribute attribute{CMAttributeKey(1)};
-  attribute.setValue(text);
-  set = attribute;
+  set = make(1, text);
 }
 
 // NAME=VALUE|DESCRIPTION of each parameter.
@@ -32,39 +32,28 @@ Rows rowsOf(const CMSymParmSet& set) {
   return rows;
 }
 
-std::string written(const CMSymParmSet& set) {
-  std::string text;
-  set.ConstructFromSymParmSet().getValue3(text, 0);
-  return text;
-}
-
 TEST(SymParmSet, ReadsAndWritesItsText) {
-  const struct {
-    const char* text;
-    Rows rows;
-    const char* written;
-  } cases[] = {{"A=1,B=2", {"A=1|", "B=2|"}, "A=1,B=2"},
-               {"A= 1 =  note", {"A=1|note"}, "A=1= note"},
-               {"A=p==q", {"A=p=q|"}, "A=p==q"},
-               {"A=1,,,B=2", {"A=1,|", "B=2|"}, "A=1,,,B=2"},
-               {",A=1", {}, ""},
-               {"A=1,B=2,,", {"A=1|", "B=2,|"}, "A=1,B=2,,"},
-               {"A", {"A=|"}, "A="},
-               {"=1,B=2", {"B=2|"}, "B=2"},
-               {"A=1,A=2", {"A=1|"}, "A=1"},
-               {" A =1", {" A =1|"}, " A =1"},
-               {"A=1=d=more", {"A=1|d"}, "A=1= d"},
-               {"A=== b,,", {"A==b,|"}, "A===b,,"},
-               {"A= ,B=x,,y= temp", {"A=|", "B=x,y|temp"}, "A= ,B=x,,y= temp"}};
-  for (const auto& row : cases) {
-    CMSymParmSet set;
-    read(set, row.text);
-    const Rows rows = rowsOf(set);
-    EXPECT_EQ(rows, row.rows) << row.text;
-    EXPECT_EQ(written(set), row.written) << row.text;
-    CMSymParmSet again;
+  const std::tuple<const char*, Rows, const char*> cases[] = {
+      {"A=1,B=2", {"A=1|", "B=2|"}, "A=1,B=2"},
+      {"A= 1 =  note", {"A=1|note"}, "A=1= note"},
+      {"A=p==q", {"A=p=q|"}, "A=p==q"},
+      {"A=1,,,B=2", {"A=1,|", "B=2|"}, "A=1,,,B=2"},
+      {",A=1", {}, ""},
+      {"A=1,B=2,,", {"A=1|", "B=2,|"}, "A=1,B=2,,"},
+      {"A", {"A=|"}, "A="},
+      {"=1,B=2", {"B=2|"}, "B=2"},
+      {"A=1,A=2", {"A=1|"}, "A=1"},
+      {" A =1", {" A =1|"}, " A =1"},
+      {"A=1=d=more", {"A=1|d"}, "A=1= d"},
+      {"A=== b,,", {"A==b,|"}, "A===b,,"},
+      {"A= ,B=x,,y= temp", {"A=|", "B=x,y|temp"}, "A= ,B=x,,y= temp"}};
+  for (const auto& [text, parameters, written] : cases) {
+    CMSymParmSet set, again;
+    read(set, text);
     again = set.ConstructFromSymParmSet();
-    EXPECT_EQ(rowsOf(again), rows) << row.text;
+    EXPECT_EQ(rowsOf(set), parameters) << text;
+    EXPECT_EQ(set.ConstructFromSymParmSet().text(), make(1, written).text()) << text;
+    EXPECT_EQ(rowsOf(again), parameters) << text;
   }
 }
 
@@ -134,7 +123,7 @@ TEST(SymParmSet, ResolvesEachValueAgainstTheSetAsItIs) {
   EXPECT_EQ(set.resolveSymbols(nullptr), nullptr);
   // Resolving "&A" leaves "12&A" in A; with that, "&B" would be "212&A" afterwards.
   read(set, "A=1&B,B=2&A");
-  EXPECT_THAT(resolved(set, {"x&A", "x&B", "x&A"}), ElementsAre("x12&A", "x21&B", "x12&A"));
+  EXPECT_THAT(resolved(set, {"x&A", {"x&B"}, "x&A"}), ElementsAre("x12&A", "x21&B", "x12&A"));
 }
 
 }  // namespace

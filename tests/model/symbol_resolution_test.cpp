@@ -1,17 +1,14 @@
 #include "model/symbol_resolution.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <climits>
 #include <cstdlib>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace orx {
 namespace {
 
+using Rows = std::vector<std::string>;  // "TEXT -> RESULT"
 using Pairs = std::vector<std::pair<std::string, std::string>>;
 
 void add(CMSymParmSet& set, const Pairs& pairs) {
@@ -28,44 +25,25 @@ std::string resolve(const Pairs& pairs, const std::string& text, int utf8Mode = 
 }
 
 TEST(SymbolResolution, ReplacesReferencesAndLeavesTheRest) {
-  for (const std::string row : {"&A -> xyz",
-                                "&A.b -> xyzb",
-                                "&A..b -> xyz.b",
-                                "&A,b -> xyz,b",
-                                "&A&A -> xyzxyz",
-                                "a&&b -> a&b",
-                                "&&A -> &A",
-                                "&&&A -> &xyz",
-                                "abc& -> abc&",
-                                "& A -> & A",
-                                "&. -> &.",
-                                "&B -> &B",
-                                "x,&E,y -> x,y",
-                                "&E.y -> y",
-                                "&E z ->  z",
-                                "&E<2>,y -> y",
-                                "&F<3> -> abc",
-                                "&F<3>.x -> abcx",
-                                "&F<3><2> -> abc<2>",
-                                "&F<2:3> -> bcd",
-                                "&F<4:> -> def",
-                                "&F<> -> abcdef",
-                                "&F<:2> -> abcdef",
-                                "&F<0:2> -> abcdef",
-                                "&F<7:1> -> ",
-                                "&F<9999999999:1> -> ",
-                                "&F<2:9999999999> -> bcdef",
-                                "&F<x> -> abcdef<x>",
-                                "&F<3:x> -> cdef<3:x>",
-                                "&F<1:2:3> -> abcdef<1:2:3>",
-                                "&F<3 -> abcdef<3",
-                                "&F<< -> abcdef<",
-                                "&F<<3> -> abcdef<3>",
-                                "&F< -> abcdef<"}) {
-    const std::size_t arrow = row.find(" -> ");
-    EXPECT_EQ(resolve({{"A", "xyz"}, {"E", ""}, {"F", "abcdef"}}, row.substr(0, arrow)),
-              row.substr(arrow + 4))
-        << row;
+  const Rows names = {"&A -> xyz",      "&A.b -> xyzb", "&A..b -> xyz.b", "&A,b -> xyz,b",
+                      "&A&A -> xyzxyz", "a&&b -> a&b",  "&&A -> &A",      "&&&A -> &xyz",
+                      "abc& -> abc&",   "& A -> & A",   "&. -> &.",       "&B -> &B",
+                      "x,&E,y -> x,y",  "&E.y -> y",    "&E z ->  z"};
+  const Rows ranges = {"&E<2>,y -> y",       "&F<3> -> abc",       "&F<3>.x -> abcx",
+                       "&F<3><2> -> abc<2>", "&F<2:3> -> bcd",     "&F<4:> -> def",
+                       "&F<> -> abcdef",     "&F<:2> -> abcdef",   "&F<0:2> -> abcdef",
+                       "&F<7:1> -> ",        "&F<x> -> abcdef<x>", "&F<3 -> abcdef<3",
+                       "&F<< -> abcdef<",    "&F< -> abcdef<"};
+  const Rows longRanges = {"&F<9999999999:1> -> ", "&F<2:9999999999> -> bcdef",
+                           "&F<3:x> -> cdef<3:x>", "&F<1:2:3> -> abcdef<1:2:3>",
+                           "&F<<3> -> abcdef<3>"};
+  for (const Rows& rows : {names, ranges, longRanges}) {
+    for (const std::string& row : rows) {
+      const std::size_t arrow = row.find(" -> ");
+      EXPECT_EQ(resolve({{"A", "xyz"}, {"E", ""}, {"F", "abcdef"}}, row.substr(0, arrow)),
+                row.substr(arrow + 4))
+          << row;
+    }
   }
   EXPECT_EQ(ResolveSymbolsInString("&A<1>.", nullptr, 0), "&A<1>.");
 }
@@ -90,16 +68,10 @@ TEST(SymbolResolution, ValuesOfValuesAreResolvedAndKept) {
 }
 
 TEST(SymbolResolution, NoValueRefersToItself) {
-  const struct {
-    Pairs pairs;
-    const char* text;
-    const char* expected;
-  } cases[] = {{{{"A", "&A"}}, "&A", "&A"},
-               {{{"A", "&A"}}, "x&A", "x&A"},
-               {{{"A", "<&A>"}}, "&A&A", "<&A><&A>"},
-               {{{"A", "1&B"}, {"B", "2&A"}}, "&A", "12&A"},
-               {{{"A", "&B"}, {"B", "&A"}}, "&B.", "&B"}};
-  for (const auto& row : cases) EXPECT_EQ(resolve(row.pairs, row.text), row.expected) << row.text;
+  EXPECT_EQ(resolve({{"A", "&A"}}, "&A"), "&A");
+  EXPECT_EQ(resolve({{"A", "<&A>"}}, "x&A&A"), "x<&A><&A>");
+  EXPECT_EQ(resolve({{"A", "1&B"}, {"B", "2&A"}}, "&A"), "12&A");
+  EXPECT_EQ(resolve({{"A", "&B"}, {"B", "&A"}}, "&B."), "&B");
 }
 
 TEST(SymbolResolution, ReferencesAreFollowedSixtyFourLevelsDeep) {
@@ -154,20 +126,19 @@ TEST(SymbolResolution, LongValuesAreNotReadOverAndOverWithoutEnd) {
 }
 
 TEST(SymbolRange, AppendsThePartThatExists) {
-  const struct {
-    SubstrRange range;
-    const char* expected;
-  } cases[] = {
-      {{0, 0}, "abc"},       {{0, 2}, "abc"},  {{1, 2}, "ab"},       {{2, 0}, "bc"},
-      {{3, 1}, "c"},         {{3, 5}, "c"},    {{4, 1}, ""},         {{INT_MAX, INT_MAX}, ""},
-      {{INT_MIN, 1}, "abc"}, {{-1, 1}, "abc"}, {{2, INT_MAX}, "bc"}, {{2, -1}, "bc"},
-      {{2, INT_MIN}, "bc"}};
-  for (const auto& row : cases) {
-    std::string out = ">";
-    AddCharToString(out, "abcdef", 3, &row.range);
-    EXPECT_EQ(out.substr(1), row.expected) << row.range.start << ':' << row.range.length;
-  }
+  const std::tuple<int, int, const char*> cases[] = {
+      {0, 0, "abc"},       {0, 2, "abc"},  {1, 2, "ab"},       {2, 0, "bc"},
+      {3, 1, "c"},         {3, 5, "c"},    {4, 1, ""},         {INT_MAX, INT_MAX, ""},
+      {INT_MIN, 1, "abc"}, {-1, 1, "abc"}, {2, INT_MAX, "bc"}, {2, -1, "bc"},
+      {2, INT_MIN, "bc"}};
   std::string out;
+  for (const auto& [start, length, expected] : cases) {
+    const SubstrRange range{start, length};
+    out = ">";
+    AddCharToString(out, "abcdef", 3, &range);
+    EXPECT_EQ(out.substr(1), expected) << start << ':' << length;
+  }
+  out.clear();
   AddCharToString(out, "abc", 2, nullptr);
   AddCharToString(out, "abc", -1, nullptr);
   EXPECT_EQ(out, "ab");

@@ -1,6 +1,5 @@
 // The keyed database among damaged files, other processes, missing rights and full disks.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -8,22 +7,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <functional>
-#include <random>
-
-#include "platform/kdb.h"
 #include "tests/support/kdb_records.h"
 
 namespace orx {
 namespace {
 
-using test::createDatabase;
-using test::makeRecord;
-using test::Opened;
-using test::Record;
-using test::TempDir;
-using testing::ElementsAre;
-using testing::SizeIs;
+using test::addRecords, test::createDatabase, test::makeRecord, test::Opened, test::Record,
+    test::TempDir, testing::ElementsAre, testing::SizeIs;
 
 // Runs `body` in a process of its own; its wait status.
 int inChild(const std::function<int()>& body) {
@@ -45,32 +35,25 @@ class KdbSurroundings : public testing::Test {
 };
 
 TEST_F(KdbSurroundings, WhatIsNoDatabaseIsRefusedAndLeftAlone) {
-  const struct {
-    const char* what;
-    std::function<void(const std::string&)> make;
-    const char* expected;
-  } cases[] = {
-      {"missing", [](const std::string&) {}, "5/28"},
-      {"empty", [](const std::string& name) { test::writeFile(name, ""); }, "8/17"},
-      {"text", [](const std::string& name) { test::writeFile(name, std::string(9000, 'x')); },
-       "8/17"},
-      {"zeros", [](const std::string& name) { test::writeFile(name, std::string(9000, '\0')); },
-       "8/17"},
-      {"directory", [](const std::string& name) { std::filesystem::create_directory(name); },
-       "8/17"},
-      {"pipe", [](const std::string& name) { (void)::mkfifo(name.c_str(), 0600); }, "8/17"},
-      {"dangling link",
-       [](const std::string& name) { std::filesystem::create_symlink("nowhere", name); }, "5/28"},
-      {"link to itself",
-       [](const std::string& name) { std::filesystem::create_symlink(name, name); }, "5/28"},
+  using std::filesystem::create_symlink;
+  using Name = const std::string&;
+  const std::tuple<const char*, void (*)(Name), const char*> cases[] = {
+      {"missing", [](Name) {}, "5/28"},
+      {"empty", [](Name name) { test::writeFile(name, ""); }, "8/17"},
+      {"text", [](Name name) { test::writeFile(name, std::string(9000, 'x')); }, "8/17"},
+      {"zeros", [](Name name) { test::writeFile(name, std::string(9000, '\0')); }, "8/17"},
+      {"directory", [](Name name) { std::filesystem::create_directory(name); }, "8/17"},
+      {"pipe", [](Name name) { (void)::mkfifo(name.c_str(), 0600); }, "8/17"},
+      {"dangling link", [](Name name) { create_symlink("nowhere", name); }, "5/28"},
+      {"link to itself", [](Name name) { create_symlink(name, name); }, "5/28"},
   };
-  for (const auto& row : cases) {
+  for (const auto& [what, make, expected] : cases) {
     const TempDir scratch;
     const std::string name = scratch.file("db");
-    row.make(name);
+    make(name);
     const auto before = scratch.names();
-    EXPECT_EQ(openResult(name), row.expected) << row.what;
-    EXPECT_EQ(scratch.names(), before) << row.what;
+    EXPECT_EQ(openResult(name), expected) << what;
+    EXPECT_EQ(scratch.names(), before) << what;
   }
   EXPECT_EQ(openResult(scratch_.file(std::string(300, 'n'))), "1/22");
   const std::string longName = scratch_.file(std::string(250, 'n'));
@@ -145,11 +128,8 @@ TEST_F(KdbSurroundings, ASecondOpenForUpdateIsRefusedAtOnceAndReadersAreNot) {
   createDatabase(name_, 2);
   const Opened database(name_);
   ASSERT_EQ(database.add(makeRecord(3)), "0/0");
-  const int status = inChild([&] {
-    return openResult(name_) == "3/19" && Opened(name_, kdb::openForReading).opened == "0/0" ? 0
-                                                                                             : 1;
-  });
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(inChild([&] { return openResult(name_) == "3/19" ? 0 : 1; }), 0);
+  EXPECT_EQ(inChild([&] { return Opened(name_, kdb::openForReading).opened == "0/0" ? 0 : 1; }), 0);
   EXPECT_EQ(database.close(), "0/0");
   EXPECT_EQ(openResult(name_), "0/0");
 }
@@ -162,9 +142,7 @@ TEST_F(KdbSurroundings, AReaderKeepsItsStateWhilesRunsPublish) {
   std::int32_t length = 0;
   ASSERT_EQ(kdb::ReadNextFromCursor(cursor, 0, record.data(), 296, length), 0);
   for (std::uint32_t run = 0; run < 3; ++run) {
-    const Opened writer(name_);
-    ASSERT_EQ(writer.add(makeRecord(4000 + run)), "0/0");
-    ASSERT_EQ(writer.close(), "0/0");
+    addRecords(name_, {makeRecord(4000 + run)});
   }
   EXPECT_THAT(reader.all(cursor), SizeIs(2999));
   EXPECT_EQ(reader.add(makeRecord(1)), "11/3") << "opened for reading";
@@ -212,23 +190,16 @@ TEST_F(KdbSurroundings, TheLastStepsOfADeadRunAreMadeUpFor) {
   EXPECT_THAT(scratch_.names(), ElementsAre("db", "db.orx-previous"));
 }
 
-// The previous generation may only go when the database changes.
-TEST_F(KdbSurroundings, ADirectoryInPlaceOfThePreviousGenerationIsFoundAtTheOpen) {
+TEST_F(KdbSurroundings, WhatStandsInTheWayOfAGenerationIsFoundAtTheOpenAndNotOverwritten) {
   createDatabase(name_, 1);
-  std::filesystem::create_directory(name_ + ".orx-previous");
-  EXPECT_EQ(openResult(name_), "8/17");
-}
-
-TEST_F(KdbSurroundings, WhatStandsInTheWayOfTheSuccessorIsNotOverwritten) {
-  createDatabase(name_, 1);
-  std::filesystem::create_directory(name_ + ".orx-new");
-  EXPECT_EQ(openResult(name_), "8/17");
-  std::filesystem::remove(name_ + ".orx-new");
+  for (const char* generation : {".orx-previous", ".orx-new"}) {
+    std::filesystem::create_directory(name_ + generation);
+    EXPECT_EQ(openResult(name_), "8/17") << generation;
+    std::filesystem::remove(name_ + generation);
+  }
   test::writeFile(scratch_.file("precious"), "kept");
   std::filesystem::create_symlink("precious", name_ + ".orx-new");
-  const Opened database(name_);
-  EXPECT_EQ(database.add(makeRecord(2)), "0/0");
-  EXPECT_EQ(database.close(), "0/0");
+  addRecords(name_, {makeRecord(2)});
   EXPECT_EQ(test::readFile(scratch_.file("precious")), "kept");
 }
 
@@ -236,27 +207,21 @@ TEST_F(KdbSurroundings, MissingRightsAreFoundAtTheOpen) {
   if (::geteuid() != 0) GTEST_SKIP() << "needs a second user";
   createDatabase(name_, 1);
   const std::string directory = std::filesystem::path(name_).parent_path();
-  const struct {
-    const char* what;
-    mode_t file;
-    mode_t directory;
-    uid_t owner;
-    const char* expected;
-  } cases[] = {
+  const std::tuple<const char*, mode_t, mode_t, uid_t, const char*> cases[] = {
       {"all there", 0600, 0700, 65534, "0/0"},      {"unreadable", 0000, 0700, 65534, "11/3"},
       {"read-only", 0400, 0700, 65534, "11/3"},     {"closed directory", 0600, 0500, 65534, "11/3"},
       {"hidden directory", 0600, 0, 65534, "11/3"}, {"somebody else's", 0666, 0777, 0, "11/3"},
   };
-  for (const auto& row : cases) {
-    ASSERT_EQ(::chown(name_.c_str(), row.owner, row.owner), 0);
-    ASSERT_EQ(::chown(directory.c_str(), row.owner, row.owner), 0);
-    ASSERT_EQ(::chmod(name_.c_str(), row.file), 0);
-    ASSERT_EQ(::chmod(directory.c_str(), row.directory), 0);
-    const int status = inChild([&] {
+  for (const auto& [what, fileMode, directoryMode, owner, expected] : cases) {
+    for (const auto& [file, mode] : {std::pair(name_, fileMode), {directory, directoryMode}}) {
+      ASSERT_EQ(::chown(file.c_str(), owner, owner), 0);
+      ASSERT_EQ(::chmod(file.c_str(), mode), 0);
+    }
+    const int status = inChild([&, result = expected] {
       if (::setgid(65534) != 0 || ::setuid(65534) != 0) return 2;
-      return openResult(name_) == row.expected ? 0 : 1;
+      return openResult(name_) == result ? 0 : 1;
     });
-    EXPECT_EQ(status, 0) << row.what;
+    EXPECT_EQ(status, 0) << what;
   }
 }
 

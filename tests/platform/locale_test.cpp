@@ -5,8 +5,6 @@
 #include <unicode/unistr.h>
 
 #include <cstdlib>
-#include <string>
-#include <string_view>
 
 namespace orx {
 namespace {
@@ -28,80 +26,64 @@ Result translate(int to, int from, std::string_view source, std::size_t targetSi
 }
 
 TEST(Locale, TranslatesWhatTheCodePagesSay) {
-  const struct {
-    int ccsid;
-    std::string bytes;
-    const char* utf8;
-  } rows[] = {{367, "A~", "A~"},
-              {819, "\xE9\xFF", "éÿ"},
-              {850, "\x82\x9B", "éø"},
-              {437, "\x87\x9B", "ç¢"},
-              {1252, "\x80\x9F", "€Ÿ"},
-              {923, "\xA4\xBD", "€œ"},
-              {1047, "\xC1\xAD", "A["},
-              {37, "\xC1\xBA", "A["},
-              {500, "\xC1\x4A", "A["},
-              {273, "\xC0\x43", "ä{"},
-              {297, "\xC0\x51", "é{"},
-              {932, "\x82\xA0\\", "あ\\"},
-              {943, "\x82\xA0\\", "あ\\"},
-              {1392, "\xB0\xA1\x81\x30\x81\x30", "啊\u0080"},
-              {1208, "\xF0\x9F\x98\x80", "😀"}};
-  for (const auto& row : rows) {
-    const Result toUtf8 = translate(1208, row.ccsid, row.bytes);
-    EXPECT_EQ(toUtf8.error, 0) << row.ccsid;
-    EXPECT_EQ(toUtf8.text, row.utf8) << row.ccsid;
-    EXPECT_EQ(translate(row.ccsid, 1208, row.utf8).text, row.bytes) << row.ccsid;
+  const std::tuple<int, std::string, const char*> rows[] = {
+      {367, "A~", "A~"},           {819, "\xE9\xFF", "éÿ"},  {850, "\x82\x9B", "éø"},
+      {437, "\x87\x9B", "ç¢"},     {1252, "\x80\x9F", "€Ÿ"}, {923, "\xA4\xBD", "€œ"},
+      {1047, "\xC1\xAD", "A["},    {37, "\xC1\xBA", "A["},   {500, "\xC1\x4A", "A["},
+      {273, "\xC0\x43", "ä{"},     {297, "\xC0\x51", "é{"},  {932, "\x82\xA0\\", "あ\\"},
+      {943, "\x82\xA0\\", "あ\\"},
+  };
+  for (const auto& [ccsid, bytes, utf8] : rows) {
+    const Result toUtf8 = translate(1208, ccsid, bytes);
+    EXPECT_EQ(toUtf8.error, 0) << ccsid;
+    EXPECT_EQ(toUtf8.text, utf8) << ccsid;
+    EXPECT_EQ(translate(ccsid, 1208, utf8).text, bytes) << ccsid;
   }
+  EXPECT_EQ(translate(1208, 1208, "\xF0\x9F\x98\x80").text, "😀");
+  EXPECT_EQ(translate(1208, 1392, "\xB0\xA1\x81\x30\x81\x30").text, "啊\u0080");
+  EXPECT_EQ(translate(1392, 1208, "啊\u0080").text, "\xB0\xA1\x81\x30\x81\x30");
 }
 
 // The converters that the identifiers lead to are those that the names of the pages lead to.
 TEST(Locale, SingleBytePagesAgreeWithTheirTablesByteByByte) {
-  const struct {
-    int ccsid;
-    const char* table;
-  } rows[] = {{819, "ISO-8859-1"},  {850, "cp850"},    {437, "cp437"}, {1252, "cp1252"},
-              {923, "ISO-8859-15"}, {1047, "IBM1047"}, {37, "cp037"},  {500, "cp500"},
-              {273, "IBM273"},      {297, "cp297"}};
-  for (const auto& row : rows) {
+  const std::pair<int, const char*> rows[] = {
+      {819, "ISO-8859-1"}, {850, "cp850"}, {437, "cp437"}, {1252, "cp1252"}, {923, "ISO-8859-15"},
+      {1047, "IBM1047"},   {37, "cp037"},  {500, "cp500"}, {273, "IBM273"},  {297, "cp297"}};
+  for (const auto& [ccsid, table] : rows) {
     for (int byte = 1; byte < 256; ++byte) {
       const std::string one(1, static_cast<char>(byte));
       std::string expected;
-      icu::UnicodeString(one.data(), 1, row.table).toUTF8String(expected);
+      icu::UnicodeString(one.data(), 1, table).toUTF8String(expected);
       if (expected == "\uFFFD") continue;
-      EXPECT_EQ(translate(1208, row.ccsid, one).text, expected) << row.ccsid << " byte " << byte;
+      EXPECT_EQ(translate(1208, ccsid, one).text, expected) << ccsid << " byte " << byte;
     }
   }
 }
 
 TEST(Locale, ErrorsNameTheirCauseAndStopAtIt) {
-  const struct {
-    const char* name;
-    int to, from;
-    std::string_view source;
-    std::size_t size;
-    int error;
-    const char* text;
-  } rows[] = {{"fits with its NUL", 819, 1208, "abc", 4, 0, "abc"},
-              {"one byte short", 819, 1208, "abc", 3, 15, "ab"},
-              {"grows beyond the target", 1208, 819, "\xE9\xE9", 4, 15, "é\xC3"},
-              {"no room at all", 819, 1208, "a", 1, 15, ""},
-              {"nothing into nothing", 819, 1208, "", 1, 0, ""},
-              {"malformed", 819, 1208, "a\xC3(", 9, locale_error::badText, "a"},
-              {"overlong", 819, 1208, "a\xC0\x80", 9, locale_error::badText, "a"},
-              {"surrogate", 1208, 1208, "a\xED\xA0\x80", 9, locale_error::badText, "a"},
-              {"cut short", 819, 1208, "a\xE2\x82", 9, locale_error::badText, "a"},
-              {"unmappable", 819, 1208, "a€", 9, locale_error::badText, "a"},
-              {"unmappable and invisible", 819, 1208, "a\u200D", 9, locale_error::badText, "a"},
-              {"half a double byte", 1208, 943, "a\x82", 9, locale_error::badText, "a"},
-              {"no table for the target", 924, 1208, "a", 9, locale_error::noConverter, ""},
-              {"no table for the source", 1208, 5488, "a", 9, locale_error::noConverter, ""},
-              {"identifier 0", 0, 1208, "a", 9, locale_error::noConverter, ""},
-              {"negative identifier", 1208, -37, "a", 9, locale_error::noConverter, ""}};
-  for (const auto& row : rows) {
-    const Result result = translate(row.to, row.from, row.source, row.size);
-    EXPECT_EQ(result.error, row.error) << row.name;
-    EXPECT_TRUE(std::string_view(row.text).starts_with(result.text)) << row.name << result.text;
+  using locale_error::badText;
+  using locale_error::noConverter;
+  const std::tuple<const char*, int, int, std::string_view, std::size_t, int, std::string> rows[] =
+      {{"fits with its NUL", 819, 1208, "abc", 4, 0, "abc"},
+       {"one byte short", 819, 1208, "abc", 3, 15, "ab"},
+       {"grows beyond the target", 1208, 819, "\xE9\xE9", 4, 15, "é\xC3"},
+       {"no room at all", 819, 1208, "a", 1, 15, ""},
+       {"nothing into nothing", 819, 1208, "", 1, 0, ""},
+       {"malformed", 819, 1208, "a\xC3(", 9, badText, "a"},
+       {"overlong", 819, 1208, "a\xC0\x80", 9, badText, "a"},
+       {"surrogate", 1208, 1208, "a\xED\xA0\x80", 9, badText, "a"},
+       {"cut short", 819, 1208, "a\xE2\x82", 9, badText, "a"},
+       {"unmappable", 819, 1208, "a€", 9, badText, "a"},
+       {"unmappable and invisible", 819, 1208, "a\u200D", 9, badText, "a"},
+       {"half a double byte", 1208, 943, "a\x82", 9, badText, "a"},
+       {"no table for the target", 924, 1208, "a", 9, noConverter, ""},
+       {"no table for the source", 1208, 5488, "a", 9, noConverter, ""},
+       {"identifier 0", 0, 1208, "a", 9, noConverter, ""},
+       {"negative identifier", 1208, -37, "a", 9, noConverter, ""}};
+  for (const auto& [name, to, from, source, size, error, text] : rows) {
+    const Result result = translate(to, from, source, size);
+    EXPECT_EQ(result.error, error) << name;
+    EXPECT_TRUE(text.starts_with(result.text)) << name << result.text;
   }
   int written = 7;
   int error = 0;
@@ -111,16 +93,13 @@ TEST(Locale, ErrorsNameTheirCauseAndStopAtIt) {
 }
 
 TEST(Locale, FollowsTheEnvironment) {
-  const struct {
-    const char* name;
-    int ccsid;
-  } rows[] = {{"C", 367}, {"xx_XX.NOSUCH", 0}, {"C.UTF-8", 1208}};
-  for (const auto& row : rows) {
-    (void)setenv("LC_ALL", row.name, 1);
+  const std::pair<const char*, int> rows[] = {{"C", 367}, {"xx_XX.NOSUCH", 0}, {"C.UTF-8", 1208}};
+  for (const auto& [name, ccsid] : rows) {
+    (void)setenv("LC_ALL", name, 1);
     int error = -1;
     LocaleObject* locale = LOCX_GetLocale(0, 0, 0, &error);
-    EXPECT_EQ(locale == nullptr ? 0 : locale->ccsid, row.ccsid) << row.name;
-    EXPECT_EQ(error, row.ccsid == 0 ? locale_error::noLocale : 0) << row.name;
+    EXPECT_EQ(locale == nullptr ? 0 : locale->ccsid, ccsid) << name;
+    EXPECT_EQ(error, ccsid == 0 ? locale_error::noLocale : 0) << name;
     LOCX_ReleaseLocale(locale);
   }
 }

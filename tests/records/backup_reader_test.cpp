@@ -2,29 +2,20 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <random>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "records/backup_record.h"
+#include "tests/support/temp_dir.h"
 
 namespace orx {
 namespace {
 
 using Area = std::array<char, 445>;
-
-std::string fileWith(const std::string& content) {
-  const std::string path = testing::TempDir() + "orx_backup_" + std::to_string(getpid());
-  std::ofstream(path, std::ios::binary) << content;
-  return path;
-}
 
 // The line rules in their plainest form.
 std::vector<Area> plainRead(const std::string& path) {
@@ -45,32 +36,41 @@ std::vector<Area> plainRead(const std::string& path) {
   return lines;
 }
 
-std::vector<Area> readLines(const std::string& path) {
-  std::vector<Area> lines;
-  BackupReader reader;
-  EXPECT_TRUE(reader.open(path.c_str()));
-  BackupLine line;
-  while (reader.next(line) == ReadOutcome::line) lines.push_back(line.chars);
-  EXPECT_EQ(reader.next(line), ReadOutcome::end);
-  EXPECT_EQ(reader.errorNumber(), 0);
-  return lines;
-}
-
-void expectSameAsPlain(const std::string& content) {
-  const std::string path = fileWith(content);
-  const std::vector<Area> expected = plainRead(path);
-  ASSERT_EQ(readLines(path), expected);
-  BackupReader reader;
-  ASSERT_TRUE(reader.open(path.c_str()));
-  CMDatabaseBackupRecord record;
-  for (const Area& line : expected) {
-    ASSERT_EQ(reader.next(record), ReadOutcome::line);
-    ASSERT_EQ(record.text(), std::string_view(line.data(), 440));
+class BackupReaderTest : public testing::Test {
+ protected:
+  std::string fileWith(const std::string& content) {
+    test::writeFile(directory_ / "backup", content);
+    return directory_.file("backup");
   }
-  ASSERT_EQ(reader.next(record), ReadOutcome::end);
-}
 
-TEST(BackupReader, FollowsTheLineRules) {
+  std::vector<Area> readLines(const std::string& path) {
+    std::vector<Area> lines;
+    EXPECT_TRUE(reader_.open(path.c_str()));
+    while (reader_.next(line_) == ReadOutcome::line) lines.push_back(line_.chars);
+    EXPECT_EQ(reader_.next(line_), ReadOutcome::end);
+    EXPECT_EQ(reader_.errorNumber(), 0);
+    return lines;
+  }
+
+  void expectSameAsPlain(const std::string& content) {
+    const std::string path = fileWith(content);
+    const std::vector<Area> expected = plainRead(path);
+    ASSERT_EQ(readLines(path), expected);
+    ASSERT_TRUE(reader_.open(path.c_str()));
+    for (const Area& line : expected) {
+      ASSERT_EQ(reader_.next(record_), ReadOutcome::line);
+      ASSERT_EQ(record_.text(), std::string_view(line.data(), 440));
+    }
+    ASSERT_EQ(reader_.next(record_), ReadOutcome::end);
+  }
+
+  test::TempDir directory_;
+  BackupReader reader_;
+  BackupLine line_;
+  CMDatabaseBackupRecord record_;
+};
+
+TEST_F(BackupReaderTest, FollowsTheLineRules) {
   const std::string contents[] = {
       "",
       "\n",
@@ -90,7 +90,7 @@ TEST(BackupReader, FollowsTheLineRules) {
   }
 }
 
-TEST(BackupReader, ReadsRandomInputLikeThePlainRules) {
+TEST_F(BackupReaderTest, ReadsRandomInputLikeThePlainRules) {
   std::mt19937 random(444);
   for (int round = 0; round < 60; ++round) {
     std::string content;
@@ -106,21 +106,19 @@ TEST(BackupReader, ReadsRandomInputLikeThePlainRules) {
   }
 }
 
-TEST(BackupReader, CountsLinesOfTheFile) {
-  BackupReader reader;
-  BackupLine line;
-  EXPECT_EQ(reader.next(line), ReadOutcome::end);
-  ASSERT_TRUE(reader.open(fileWith("a\n" + std::string(1000, 'x') + "\nb").c_str()));
-  EXPECT_EQ(reader.lineNumber(), 0u);
+TEST_F(BackupReaderTest, CountsLinesOfTheFile) {
+  EXPECT_EQ(reader_.next(line_), ReadOutcome::end);
+  ASSERT_TRUE(reader_.open(fileWith("a\n" + std::string(1000, 'x') + "\nb").c_str()));
+  EXPECT_EQ(reader_.lineNumber(), 0u);
   for (const std::uint64_t expected : {1u, 2u, 2u, 2u, 3u, 3u}) {
-    (void)reader.next(line);
-    EXPECT_EQ(reader.lineNumber(), expected);
+    (void)reader_.next(line_);
+    EXPECT_EQ(reader_.lineNumber(), expected);
   }
-  EXPECT_EQ(line.text(), "b");  // the end changes nothing
+  EXPECT_EQ(line_.text(), "b");  // the end changes nothing
 }
 
-TEST(BackupReader, ReadsAPipeThatDeliversInPieces) {
-  const std::string path = testing::TempDir() + "orx_fifo_" + std::to_string(getpid());
+TEST_F(BackupReaderTest, ReadsAPipeThatDeliversInPieces) {
+  const std::string path = directory_.file("fifo");
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
   const std::string content = std::string(440, 'a') + "\r\n" + std::string(440, 'b') + "\nc";
   std::thread writer([&] {
@@ -130,31 +128,26 @@ TEST(BackupReader, ReadsAPipeThatDeliversInPieces) {
   });
   const std::vector<Area> lines = readLines(path);
   writer.join();
-  (void)std::remove(path.c_str());
   EXPECT_EQ(lines, plainRead(fileWith(content)));
 }
 
-TEST(BackupReader, TellsWhatCannotBeOpened) {
-  BackupReader reader;
-  BackupLine line;
-  EXPECT_FALSE(reader.open("/nonexistent/backup"));
-  EXPECT_EQ(reader.errorNumber(), ENOENT);
-  EXPECT_FALSE(reader.open(testing::TempDir().c_str()));
-  EXPECT_EQ(reader.errorNumber(), EISDIR);
-  EXPECT_EQ(reader.next(line), ReadOutcome::end);
-  EXPECT_TRUE(reader.open(fileWith("a").c_str()));
-  EXPECT_EQ(reader.errorNumber(), 0);
+TEST_F(BackupReaderTest, TellsWhatCannotBeOpened) {
+  EXPECT_FALSE(reader_.open("/nonexistent/backup"));
+  EXPECT_EQ(reader_.errorNumber(), ENOENT);
+  EXPECT_FALSE(reader_.open(directory_.path().c_str()));
+  EXPECT_EQ(reader_.errorNumber(), EISDIR);
+  EXPECT_EQ(reader_.next(line_), ReadOutcome::end);
+  EXPECT_TRUE(reader_.open(fileWith("a").c_str()));
+  EXPECT_EQ(reader_.errorNumber(), 0);
 }
 
-TEST(BackupReader, TellsAReadErrorFromTheEnd) {
+TEST_F(BackupReaderTest, TellsAReadErrorFromTheEnd) {
   // Address 0 of a process is never mapped: opening its memory works, reading there does not.
-  BackupReader reader;
-  ASSERT_TRUE(reader.open("/proc/self/mem"));
-  CMDatabaseBackupRecord record;
-  EXPECT_EQ(reader.next(record), ReadOutcome::error);
-  EXPECT_EQ(reader.next(record), ReadOutcome::error);
-  EXPECT_EQ(reader.errorNumber(), EIO);
-  EXPECT_EQ(record.text(), std::string(440, ' '));
+  ASSERT_TRUE(reader_.open("/proc/self/mem"));
+  EXPECT_EQ(reader_.next(record_), ReadOutcome::error);
+  EXPECT_EQ(reader_.next(record_), ReadOutcome::error);
+  EXPECT_EQ(reader_.errorNumber(), EIO);
+  EXPECT_EQ(record_.text(), std::string(440, ' '));
 }
 
 }  // namespace

@@ -2,25 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
-#include <string>
 
 #include "records/carry_check.h"
 #include "records/data_buffer.h"
 #include "records/merge_tables.h"
+#include "tests/support/backup_lines.h"
 
 namespace orx {
 namespace {
 
-std::string padded(std::string text, std::size_t width) {
-  text.resize(width, ' ');
-  return text;
-}
-
-std::string number(const std::string& text) {
-  return std::string(8 - text.size(), ' ') + text;
-}
+using test::Line;
 
 DataBuffer example() {
   DataBuffer buffer;
@@ -32,11 +24,10 @@ DataBuffer example() {
   return buffer;
 }
 
-std::string exampleLine() {
-  return padded("<1;1;2;0;0;0;5;>", 48) + padded("<1;1;0;0;0;0;0;>", 48) + number("0") +
-         number("3") + padded("<1;1;0;0;0;0;0;>", 48) + number("-1") + number("3") +
-         padded("abc", 256) + number("12");
-}
+const std::string exampleLine =
+    Line{
+        .parent = "<1;1;2;0;0;0;5;>", .recType = 3, .auxValue1 = -1, .data = "abc", .auxValue2 = 12}
+        .text();
 
 DataBuffer built(const CMDatabaseBackupRecord& record) {
   DataBuffer buffer;
@@ -46,13 +37,13 @@ DataBuffer built(const CMDatabaseBackupRecord& record) {
 }
 
 TEST(BackupRecord, WritesTheColumnsAndReadsThemBack) {
-  EXPECT_EQ(CMDatabaseBackupRecord(example()).text(), exampleLine());
-  EXPECT_EQ(built(CMDatabaseBackupRecord(exampleLine().c_str())), example());
+  EXPECT_EQ(CMDatabaseBackupRecord(example()).text(), exampleLine);
+  EXPECT_EQ(built(CMDatabaseBackupRecord(exampleLine.c_str())), example());
   CMDatabaseBackupRecord record;
   EXPECT_EQ(record.text(), std::string(440, ' '));
   EXPECT_EQ(built(record), DataBuffer());
   record = example();
-  EXPECT_EQ(record.text(), exampleLine());
+  EXPECT_EQ(record.text(), exampleLine);
 }
 
 TEST(BackupRecord, RecordBytesLieWhereTheDatabaseExpectsThem) {
@@ -66,31 +57,27 @@ TEST(BackupRecord, RecordBytesLieWhereTheDatabaseExpectsThem) {
   expected.replace(8, 8, std::string("\4\3\2\1\0\0\5\1", 8));
   expected.replace(16, 8, std::string("\xD4\xC3\xB2\xA1\3\0\0\0", 8));
   expected.replace(24, 8, std::string("\x11\0\0\0\0\0\x8\1", 8));
-  expected.replace(32, 7,
-                   "\xFF\xFF\xFF\xFF"
-                   "abc");
+  expected.replace(32, 7, "\xFF\xFF\xFF\xFF\x61\x62\x63");
   expected[292] = 12;
   EXPECT_EQ(bytes, expected);
   EXPECT_EQ(std::string(buffer.key().begin(), buffer.key().end()), expected.substr(0, 20));
 }
 
 TEST(BackupRecord, NumberColumnsStandAlone) {
-  const struct {
-    const char* column;
-    std::int32_t expected;
-  } cases[] = {{"  42    ", 42},  {"99999999", 99999999}, {"-9999999", -9999999}, {"      +5", 5},
-               {"   1 2  ", 1},   {"12x34567", 12},       {"\t      5", 0},       {"********", 0},
-               {"     256", 256}, {"     257", 257}};
-  for (const auto& row : cases) {
-    SCOPED_TRACE(row.column);
+  const std::pair<const char*, std::int32_t> cases[] = {
+      {"  42    ", 42},  {"99999999", 99999999}, {"-9999999", -9999999}, {"      +5", 5},
+      {"   1 2  ", 1},   {"12x34567", 12},       {"\t      5", 0},       {"********", 0},
+      {"     256", 256}, {"     257", 257}};
+  for (const auto& [column, expected] : cases) {
+    SCOPED_TRACE(column);
     std::string line(440, '7');
-    for (const auto at : {96u, 104u, 160u, 168u, 432u}) line.replace(at, 8, row.column);
+    for (const auto at : {96u, 104u, 160u, 168u, 432u}) line.replace(at, 8, column);
     const DataBuffer buffer = built(CMDatabaseBackupRecord(line.c_str()));
-    EXPECT_EQ(static_cast<std::int32_t>(buffer.recn()), row.expected);
-    EXPECT_EQ(buffer.recType(), row.expected);
-    EXPECT_EQ(buffer.auxValue1(), row.expected);
-    EXPECT_EQ(buffer.auxValue2(), row.expected);
-    const auto length = static_cast<std::size_t>(std::clamp(row.expected, 0, 256));
+    EXPECT_EQ(static_cast<std::int32_t>(buffer.recn()), expected);
+    EXPECT_EQ(buffer.recType(), expected);
+    EXPECT_EQ(buffer.auxValue1(), expected);
+    EXPECT_EQ(buffer.auxValue2(), expected);
+    const auto length = static_cast<std::size_t>(std::clamp(expected, 0, 256));
     EXPECT_EQ(std::string(buffer.attrText().begin(), buffer.attrText().end()),
               std::string(length, '7') + std::string(256 - length, '\0'));
   }
@@ -164,10 +151,8 @@ TEST(CarryCheck, NamesWhatALineWouldLose) {
 }
 
 CMDatabaseBackupRecord mergeRecord(const std::string& handle, int recType) {
-  const std::string line = padded(handle, 48) + padded(handle, 48) + number("2") +
-                           number(std::to_string(recType)) + padded(handle, 48) + number("6") +
-                           number("4") + padded("text", 256) + number("8");
-  return CMDatabaseBackupRecord(line.c_str());
+  return CMDatabaseBackupRecord(
+      Line{handle, handle, 2, recType, handle, 6, "text", 8}.text().c_str());
 }
 
 TEST(BackupRecord, MergeSkipsRecordsOfOtherTypes) {
@@ -186,41 +171,37 @@ TEST(BackupRecord, MergeSkipsRecordsOfOtherTypes) {
 }
 
 TEST(BackupRecord, MergeRenumbersHandlesOfMergedTypes) {
-  const struct {
-    const char* name;
-    const char* handle;
-    int mergeType;
+  struct State {
     std::uint32_t idBase, nextId;
-    CMConfigHandle expected;
-    std::uint32_t expectedNextId;
-  } cases[] = {
-      {"renumbered", "<1;1;5;0;0;0;10;>", 1, 100, 50, CMConfigHandle(5, 109), 110},
-      {"counter is higher", "<1;1;5;0;0;0;10;>", 1, 100, 200, CMConfigHandle(5, 109), 200},
-      {"merged, not renumbered", "<1;1;5;0;0;0;10;>", 2, 100, 50, CMConfigHandle(5, 10), 50},
-      {"no base", "<1;1;5;0;0;0;10;>", 1, 0, 50, CMConfigHandle(5, 10), 50},
-      {"inherited loses its kind", "<1;2;5;1;1;0;2;7;>", 1, 1, 0, CMConfigHandle(5, 458752),
-       458753},
-      {"wraps", "<1;1;5;0;0;0;4294967295;>", 1, 3, 0, CMConfigHandle(5, 1), 2},
-      {"saturates", "<1;1;5;0;0;0;4294967295;>", 1, 1, 7, CMConfigHandle(5, 0xFFFFFFFF),
-       0xFFFFFFFF},
-      {"other type", "<1;1;255;0;0;0;10;>", 1, 100, 50, CMConfigHandle(255, 10), 50},
   };
-  for (const auto& row : cases) {
-    SCOPED_TRACE(row.name);
+  const std::string ten = "<1;1;5;0;0;0;10;>", last = "<1;1;5;0;0;0;4294967295;>";
+  const CMConfigHandle kept(5, 10), renumbered(5, 109);
+  const std::tuple<const char*, std::string, int, State, CMConfigHandle, std::uint32_t> cases[] = {
+      {"renumbered", ten, 1, {100, 50}, renumbered, 110},
+      {"counter is higher", ten, 1, {100, 200}, renumbered, 200},
+      {"merged, not renumbered", ten, 2, {100, 50}, kept, 50},
+      {"no base", ten, 1, {0, 50}, kept, 50},
+      {"inherited loses its kind", "<1;2;5;1;1;0;2;7;>", 1, {1, 0}, {5, 458752}, 458753},
+      {"wraps", last, 1, {3, 0}, {5, 1}, 2},
+      {"saturates", last, 1, {1, 7}, {5, 0xFFFFFFFF}, 0xFFFFFFFF},
+      {"other type", "<1;1;255;0;0;0;10;>", 1, {100, 50}, {255, 10}, 50},
+  };
+  for (const auto& [what, handle, mergeType, state, expectedHandle, nextId] : cases) {
+    SCOPED_TRACE(what);
     MergeTables tables;
     tables.mergeTypes[1] = 1;
-    tables.mergeTypes[5] = row.mergeType;
-    tables.idBase[5] = row.idBase;
-    tables.nextId[5] = row.nextId;
-    const CMDatabaseBackupRecord record = mergeRecord(row.handle, 1);
+    tables.mergeTypes[5] = mergeType;
+    tables.idBase[5] = state.idBase;
+    tables.nextId[5] = state.nextId;
+    const CMDatabaseBackupRecord record = mergeRecord(handle, 1);
     DataBuffer expected = built(record);
-    expected.setParentHandle(row.expected);
-    expected.setObjectHandle(row.expected);
-    expected.setModelHandle(row.expected);
+    expected.setParentHandle(expectedHandle);
+    expected.setObjectHandle(expectedHandle);
+    expected.setModelHandle(expectedHandle);
     DataBuffer buffer = example();
     EXPECT_EQ(record.buildDataBufferForMerge(buffer, tables), 1);
     EXPECT_EQ(buffer, expected);
-    EXPECT_EQ(tables.nextId[5], row.expectedNextId);
+    EXPECT_EQ(tables.nextId[5], nextId);
   }
 }
 

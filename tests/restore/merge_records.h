@@ -1,17 +1,15 @@
-// Records, system records and backups for tests of the merge.
+// Records, system records and backups for tests of the operations.
 #pragma once
 
-#include <gtest/gtest.h>
-
+#include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "model/attribute.h"
-#include "records/backup_record.h"
-#include "records/data_buffer.h"
 #include "restore/merge_types.h"
-#include "tests/support/kdb_records.h"
+#include "tests/support/small_fleet.h"
 
 namespace orx::test {
 
@@ -98,16 +96,11 @@ inline std::string backupOf(const std::vector<DataBuffer>& records,
 }
 
 inline void createDatabase(const std::vector<DataBuffer>& records) {
-  const Opened database("db", kdb::openAsNew);
-  for (const DataBuffer& record : records) {
-    ASSERT_EQ(kdb::AddRecord(database.handle, record.data(), 20, record.data(), 296), 0);
-  }
-  ASSERT_EQ(database.close(), "0/0");
+  makeDatabase("db", records);
 }
 
-inline std::vector<DataBuffer> databaseRecords() {
+inline std::vector<DataBuffer> recordsOf(const Opened& database) {
   std::vector<DataBuffer> records;
-  const Opened database("db", kdb::openForReading);
   const kdb::kdbHandle cursor = database.cursor();
   DataBuffer record;
   std::int32_t length = 0;
@@ -117,10 +110,33 @@ inline std::vector<DataBuffer> databaseRecords() {
   return records;
 }
 
+inline std::vector<DataBuffer> databaseRecords() {
+  return recordsOf(Opened("db", kdb::openForReading));
+}
+
 inline std::vector<std::string> describe(const std::vector<DataBuffer>& records) {
   std::vector<std::string> lines;
   for (const DataBuffer& record : records) lines.push_back(describe(record));
   return lines;
+}
+
+inline std::string twoDigits(int number) {
+  return (number < 10 ? "0" : "") + std::to_string(number);
+}
+
+// Lines for the numbers 00, 01, 02, ... below `count`.
+inline std::string lines(int count, const std::function<std::string(const std::string&)>& line) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += line(twoDigits(i)) + "\n";
+  return text;
+}
+
+// What a verbose run prints of its 32 lists, of which `used` hold one record each.
+inline std::string listLines(const std::set<std::string>& used) {
+  return lines(32, [&used](const std::string& i) {
+    return "list No." + i + " has " + (used.contains(i) ? "1" : "0") +
+           " entries.\nfinish sorting for list No." + i;
+  });
 }
 
 }  // namespace orx::test

@@ -1,34 +1,19 @@
 #include "restore/record_lists.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 #include "restore/restore_settings.h"
+#include "tests/restore/merge_records.h"
 
 namespace orx {
 namespace {
 
-using testing::ElementsAre;
-using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStdout;
-
 // A record of an object whose first handle byte is `object`.
 DataBuffer recordOf(std::uint8_t object, std::uint32_t recn, const std::string& text) {
-  DataBuffer record;
-  record.setObjectHandle(CMConfigHandle(HandleBytes{object}));
-  record.setRecn(recn);
-  record.setAttrText(text);
-  return record;
+  return test::build({.object = CMConfigHandle(HandleBytes{object}), .recn = recn, .text = text});
 }
 
-std::vector<std::string> texts(const RecordList& list) {
-  std::vector<std::string> found;
-  for (std::size_t i = 0; i < list.entries(); ++i) found.emplace_back(list.at(i).data.text());
-  return found;
-}
+const std::string full(256, 'f');
 
 class RecordListsTest : public testing::Test {
  protected:
@@ -54,28 +39,28 @@ TEST_F(RecordListsTest, NumbersAreUnsignedModulo32) {
 }
 
 TEST_F(RecordListsTest, SortsByHandleBytesThenByNumberAndKeepsEqualKeysInOrder) {
-  lists_.append(0, recordOf(0x80, 0, "high byte last"));
-  lists_.append(0, recordOf(2, 256, "256"));
-  lists_.append(0, recordOf(2, 0x80000000, "2^31"));
-  lists_.append(0, recordOf(2, 1, "first 1"));
-  lists_.append(0, recordOf(2, 1, "second 1"));
-  lists_.append(0, recordOf(2, 255, "255"));
-  lists_.append(0, recordOf(2, 0, "0"));
   DataBuffer child = recordOf(1, 0, "has a parent");
   child.setParentHandle(CMConfigHandle(HandleBytes{1}));
-  lists_.append(0, child);
+  for (const DataBuffer& record :
+       {recordOf(0x80, 0, "high byte"), recordOf(2, 256, "256"), recordOf(2, 0x80000000, "2^31"),
+        recordOf(2, 1, "first 1"), recordOf(2, 1, "second 1"), recordOf(2, 255, "255"),
+        recordOf(2, 0, "0"), child}) {
+    lists_.append(0, record);
+  }
   sortLists(lists_);
-  EXPECT_THAT(texts(lists_[0]), ElementsAre("0", "first 1", "second 1", "255", "256", "2^31",
-                                            "high byte last", "has a parent"));
+  std::string texts;
+  for (std::size_t i = 0; i < lists_[0].entries(); ++i) {
+    texts.append(lists_[0].at(i).data.text()) += ", ";
+  }
+  EXPECT_EQ(texts, "0, first 1, second 1, 255, 256, 2^31, high byte, has a parent, ");
 }
 
 TEST_F(RecordListsTest, GathersAHeadWithWhatFollowsUpToTheNextHead) {
-  const std::string full(256, 'f');
-  lists_.append(0, recordOf(1, 7, "headless"));
-  lists_.append(0, recordOf(2, 0, full));
-  lists_.append(0, recordOf(2, 1, "b"));
-  lists_.append(0, recordOf(3, 2, "another handle"));
-  lists_.append(0, recordOf(4, 0, "last"));
+  for (const DataBuffer& record :
+       {recordOf(1, 7, "headless"), recordOf(2, 0, full), recordOf(2, 1, "b"),
+        recordOf(3, 2, "another handle"), recordOf(4, 0, "last")}) {
+    lists_.append(0, record);
+  }
   EXPECT_EQ(gather(), "headless");
   EXPECT_EQ(object_.data.recn(), 7U);
   EXPECT_EQ(gather(), full + "banother handle");
@@ -88,19 +73,12 @@ TEST_F(RecordListsTest, GathersAHeadWithWhatFollowsUpToTheNextHead) {
 
 TEST_F(RecordListsTest, VerboseTellsOfListsAndRecords) {
   restoreSettings().verbose = 1;
-  const std::string full(256, 'f');
   lists_.append(31, recordOf(1, 0xFFFFFFFF, full));
-  CaptureStdout();
+  testing::internal::CaptureStdout();
   sortLists(lists_);
   ASSERT_EQ(myGetNextAndDestroy(lists_[31], object_), 1);
-  std::string expected;
-  for (int i = 0; i < 32; ++i) {
-    const std::string number = (i < 10 ? "0" : "") + std::to_string(i);
-    expected += "list No." + number + " has " + (i == 31 ? "1" : "0") + " entries.\n";
-    expected += "finish sorting for list No." + number + "\n";
-  }
-  expected += "next in list: data.recn=-1, attribute: '" + full + "'\n";
-  EXPECT_EQ(GetCapturedStdout(), expected);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            test::listLines({"31"}) + "next in list: data.recn=-1, attribute: '" + full + "'\n");
 }
 
 }  // namespace

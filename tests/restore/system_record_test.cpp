@@ -1,17 +1,13 @@
 #include "restore/system_record.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include <tuple>
 
 #include "tests/restore/merge_records.h"
 
 namespace orx {
 namespace {
 
-using test::build;
-using test::handle;
+using test::build, test::handle;
 
 SystemRecord systemRecord(const std::string& text) {
   SystemRecord system;
@@ -37,44 +33,36 @@ TEST(SystemRecord, CountersFillTheTablesAndAreWrittenBack) {
     for (std::size_t i = 3; i < count; ++i) text += rest + ";";
     return text + ">";
   };
-  const struct {
-    std::string before;
-    std::vector<std::uint32_t> table;
-    std::string after;
-  } cases[] = {
+  using Table = std::vector<std::uint32_t>;
+  const std::tuple<std::string, Table, std::string> cases[] = {
       {text(30, "1;2;3;", "7"), {1, 2, 3, 7, 7}, text(26, "1;2;3;", "7")},
       {text(3, "11;12;13;", ""), {11, 12, 13, 0, 0}, text(26, "11;12;13;", "0")},
       {text(26, "x1;1 2; ;", "9"), {0, 0, 0, 9, 9}, text(26, "0;0;0;", "9")},
       {text(26, "-5;4294967295;007;", "1"),
        {4294967291, 4294967295, 7, 1, 1},
        text(26, "4294967291;4294967295;7;", "1")},
-      {"<9;0;0;>", {0, 0, 0, 0, 0}, text(26, "0;0;0;", "0")},
-  };
-  for (const auto& c : cases) {
-    SystemRecord system = systemRecord(c.before);
+      {"<9;0;0;>", {0, 0, 0, 0, 0}, text(26, "0;0;0;", "0")}};
+  for (const auto& [before, table, after] : cases) {
+    SystemRecord system = systemRecord(before);
     MergeTables tables;
     MergeObserver observer;
-    ASSERT_TRUE(system.readText()) << c.before;
+    ASSERT_TRUE(system.readText()) << before;
     system.readTables(tables, observer);
-    std::vector<std::uint32_t> bases, nextIds;
+    Table bases, nextIds;
     for (const std::size_t type : {1, 2, 3, 5, 40}) {
       bases.push_back(tables.idBase[type]);
       nextIds.push_back(tables.nextId[type]);
     }
-    EXPECT_EQ(bases, c.table) << c.before;
-    EXPECT_EQ(nextIds, c.table) << c.before;
+    EXPECT_EQ(bases, table) << before;
+    EXPECT_EQ(nextIds, table) << before;
     system.writeCounters(tables, observer);
-    EXPECT_EQ(system.attributes().text(), c.after) << c.before;
+    EXPECT_EQ(system.attributes().text(), after) << before;
   }
 }
 
 TEST(SystemRecord, ParametersOfTheBackupAreAdded) {
   const char* none = "";
-  const struct {
-    std::string current;
-    const char* alien;
-    std::string merged;
-  } cases[] = {
+  const std::tuple<std::string, const char*, std::string> cases[] = {
       {"<1;0;1;A=9,B=2;>", "<1;0;1;A=1,C=3;>", "<1;0;1;A=9,B=2,C=3;>"},
       {"<1;0;1;A=9;>", "<1;0;1;A=1=other,B= 2 = a note ;><9;0;1;99;>", "<1;0;1;A=9,B=2=a note;>"},
       {"<1;0;1;A= ,B=1=  ;>", nullptr, "<1;0;1;A=,B=1;>"},
@@ -83,15 +71,14 @@ TEST(SystemRecord, ParametersOfTheBackupAreAdded) {
       {"<1;0;1;A=1;><1;0;1;B=2;>", "<2;0;1;x;>", "<1;0;1;A=1;><1;0;1;B=2;>"},
       {none, "<1;0;1;C=3;>", none},
       {"<3;0;1;a;><3;0;1;b;>", none, "<3;0;1;a;><3;0;1;b;>"},
-      {"<1;0;1;A=1;;2>>;>", "<1;0;1;B=;;;>", "<1;0;1;A=1;;2>>,B=;;;>"},
-  };
-  for (const auto& c : cases) {
-    SystemRecord system = systemRecord(c.current + "<9;0;1;1;>");
+      {"<1;0;1;A=1;;2>>;>", "<1;0;1;B=;;;>", "<1;0;1;A=1;;2>>,B=;;;>"}};
+  for (const auto& [current, alien, merged] : cases) {
+    SystemRecord system = systemRecord(current + "<9;0;1;1;>");
     MergeObserver observer;
     ASSERT_TRUE(system.readText());
-    const std::string alien = c.alien == nullptr ? "" : c.alien;
-    system.mergeParameters(c.alien == nullptr ? nullptr : &alien, observer);
-    EXPECT_EQ(system.attributes().text(), c.merged + "<9;0;1;1;>") << c.current;
+    const std::string alienText = alien == nullptr ? "" : alien;
+    system.mergeParameters(alien == nullptr ? nullptr : &alienText, observer);
+    EXPECT_EQ(system.attributes().text(), merged + "<9;0;1;1;>") << current;
   }
 }
 

@@ -92,10 +92,18 @@ class Opened {
   std::string opened;
 };
 
-inline void createDatabase(const std::string& name, std::uint32_t records = 0) {
-  const Opened database(name, kdb::openAsNew);
-  for (std::uint32_t i = 1; i <= records; ++i) ASSERT_EQ(database.add(makeRecord(i)), "0/0");
+// Adds the records and publishes them.
+inline void addRecords(const std::string& name, const std::vector<Record>& records,
+                       std::int32_t mode = kdb::openForUpdate) {
+  const Opened database(name, mode);
+  for (const Record& record : records) ASSERT_EQ(database.add(record), "0/0");
   ASSERT_EQ(database.close(), "0/0");
+}
+
+inline void createDatabase(const std::string& name, std::uint32_t count = 0) {
+  std::vector<Record> records;
+  for (std::uint32_t i = 1; i <= count; ++i) records.push_back(makeRecord(i));
+  addRecords(name, records, kdb::openAsNew);
 }
 
 // A database of which the first pages alone are sound. Returns its bytes.
