@@ -148,5 +148,12 @@ wait $job; code=$?; kill $(jobs -p); ls *.orx-new 2>/dev/null; exit $code)");
   }
 }
 
+// A terminal that was stopped takes no more words: the run ends all the same.
+TEST_F(Hints, ASignalEndsARunThatNobodyListensTo) {
+  const auto result = run(R"(mkfifo pipe full; exec 3<>full; head -c 65536 /dev/zero >&3
+sleep 2 > pipe & timeout --preserve-status -k 9 -s TERM 0.5 orxrestore -i pipe -o db > out 2>&3)");
+  EXPECT_EQ(result.exitCode, 143);
+}
+
 }  // namespace
 }  // namespace orx::test

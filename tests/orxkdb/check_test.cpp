@@ -391,9 +391,15 @@ TEST_F(Check, RefusesWhatItCannotRead) {
     EXPECT_EQ(check({.input = input}).code, exitNotOpened) << input;
   }
   EXPECT_EQ(check({.input = "/proc/self/mem"}).code, exitFailed);
-  for (const char* limit : {"-1", ""}) {
-    const auto run = test::runIn(scratch_, "orxkdb", {"check", "--limit", limit, "/dev/null"});
-    EXPECT_EQ(run.exitCode, exitUsage) << run.errors;
+  const std::pair<std::vector<std::string>, int> limits[] = {
+      {{"check", "--limit", "-1", "/dev/null"}, exitUsage},
+      {{"check", "--limit", "", "/dev/null"}, exitUsage},
+      {{"diff", "--limit", "-1", "/dev/null", "/dev/null"}, 2},
+      {{"plan", "--limit", "x", "/dev/null", "/dev/null"}, exitUsage}};
+  for (const auto& [words, code] : limits) {
+    const auto run = test::runIn(scratch_, "orxkdb", words);
+    EXPECT_EQ(run.exitCode, code) << run.errors;
+    EXPECT_THAT(run.errors, testing::HasSubstr("--limit"));
   }
 }
 

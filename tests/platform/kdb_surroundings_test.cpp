@@ -192,15 +192,36 @@ TEST_F(KdbSurroundings, TheLastStepsOfADeadRunAreMadeUpFor) {
 
 TEST_F(KdbSurroundings, WhatStandsInTheWayOfAGenerationIsFoundAtTheOpenAndNotOverwritten) {
   createDatabase(name_, 1);
-  for (const char* generation : {".orx-previous", ".orx-new"}) {
-    std::filesystem::create_directory(name_ + generation);
-    EXPECT_EQ(openResult(name_), "8/17") << generation;
-    std::filesystem::remove(name_ + generation);
+  for (const auto& [directory, expected] :
+       {std::pair(".orx-previous", "4/46"), {".orx-new", "8/17"}}) {
+    std::filesystem::create_directory(name_ + directory);
+    EXPECT_EQ(openResult(name_), expected) << directory;
+    std::filesystem::remove(name_ + directory);
   }
   test::writeFile(scratch_.file("precious"), "kept");
   std::filesystem::create_symlink("precious", name_ + ".orx-new");
   addRecords(name_, {makeRecord(2)});
   EXPECT_EQ(test::readFile(scratch_.file("precious")), "kept");
+}
+
+// An operator may have made the database of a copy's second name.
+TEST_F(KdbSurroundings, ADatabaseThatIsItsOwnPreviousGenerationIsReplaced) {
+  createDatabase(name_, 3);
+  std::filesystem::create_hard_link(name_, name_ + ".orx-previous");
+  addRecords(name_, {makeRecord(9)});
+  EXPECT_THAT(test::objects(name_), SizeIs(4));
+  EXPECT_THAT(test::objects(name_ + ".orx-previous"), SizeIs(3));
+  EXPECT_THAT(scratch_.names(), ElementsAre("db", "db.orx-previous"));
+}
+
+TEST_F(KdbSurroundings, ASuccessorThatLostItsNameIsNotPublished) {
+  createDatabase(name_, 3);
+  const Opened database(name_);
+  EXPECT_EQ(database.add(makeRecord(9)), "0/0");
+  std::filesystem::rename(name_ + ".orx-new", name_ + ".moved");
+  test::writeFile(name_ + ".orx-new", "somebody else's");
+  EXPECT_EQ(database.close(), "8/20");
+  EXPECT_THAT(test::objects(name_), SizeIs(3));
 }
 
 TEST_F(KdbSurroundings, MissingRightsAreFoundAtTheOpen) {

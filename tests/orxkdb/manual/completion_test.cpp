@@ -75,6 +75,9 @@ TEST_F(Completion, OfBashFollowsTheCommandLine) {
       {{"sample", "--order", ""}, {"key", "random"}},
       {{"sample", "--order", "="}, {"key", "random"}},
       {{"sample", "--order", "=", "r"}, {"random"}},
+      {{"--color", "a"}, {"auto", "always"}},
+      {{"check", "--color", "n"}, {"never"}},
+      {{"check", "--color", "never", "fleet "}, {"fleet 1.txt"}},
   };
   for (auto [words, expected] : cases) {
     words.insert(words.begin(), "orxkdb");
