@@ -79,7 +79,8 @@ void forEachValueOption(const CommandTree& tree, Visit visit) {
   const auto visitAll = [&](const std::string& command, const CommandTree& owner) {
     for (const CommandOption& option : owner.options) {
       if (option.kind == ValueKind::none) continue;
-      for (const std::string& name : option.names) visit(command + " " + name, option);
+      for (const std::string& name : option.names)
+        visit(std::string(command).append(" ").append(name), option);
     }
   };
   visitAll("", tree);

@@ -103,11 +103,10 @@ bool SortedRuns::isFull(unsigned level) const {
 
 // Replaces the runs of a level by one of the next. The file gives their space back.
 Outcome SortedRuns::mergeLevel(unsigned level) {
-  const auto others =
-      std::ranges::partition(runs_, [level](const Run& run) { return run.level != level; });
-  const std::vector<Run> old(std::make_move_iterator(others.begin()),
-                             std::make_move_iterator(others.end()));
-  runs_.erase(others.begin(), others.end());
+  const auto others = std::partition(runs_.begin(), runs_.end(),
+                                     [level](const Run& run) { return run.level != level; });
+  const std::vector<Run> old(std::make_move_iterator(others), std::make_move_iterator(runs_.end()));
+  runs_.erase(others, runs_.end());
   RunMerge merge(file_.get(), mergeMemory);
   Run merged{.first = written_, .level = level + 1};
   const std::uint8_t* entry = nullptr;
