@@ -26,7 +26,7 @@ bool MessageBundle::locate(const char* bundleName) {
 int MessageBundle::open(const char* bundleName) {
   if (bundleName == nullptr) return -1;
   close();
-  if (locate(bundleName) && resourceFilesAreWhole(path_.data())) {
+  if (locate(bundleName) && resourceFilesAreSound(path_.data())) {
     bundle_.adoptInstead(ures_open(path_.data(), localeName_.data(), &status_));
   }
   if (bundle_.isValid()) return 0;

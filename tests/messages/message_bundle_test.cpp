@@ -95,6 +95,38 @@ TEST_F(Bundle, AFileThatWasCutCountsAsMissingAndReleasesTheFirstBundle) {
   }
 }
 
+// Wherever a byte is wrong, ICU is not led out of the file. Three forms of the root table, texts
+// with and without lengths, and items that are no texts.
+TEST_F(Bundle, AFlippedByteEndsNoProcess) {
+  std::string numbers;
+  for (int i = 0; i < 40; ++i) numbers += " KEY" + std::to_string(i) + ":int { 3 }";
+  const std::string sources[] = {
+      R"(root { SHORT { "a" } EMPTY { "" } OTHER { "\uDC00b" } })",
+      R"(root { LIST { "a", "b" } LONG { ")" + std::string(1200, 'l') + "\" }" + numbers + "}",
+      "root { SHORT { \"wide\" } K" + std::string(70000, 'k') + ":int { 3 }" + numbers + "}"};
+  std::size_t accepted = 0;
+  for (const std::string& source : sources) {
+    test::compileBundle(directory_.path(), "root", source);
+    const std::string whole = test::readFile(directory_ / "PRESTORE_restore/root.res");
+    for (std::size_t at = 0; at<whole.size(); at += at> 4000 && at < 70000 ? 997 : 1) {
+      for (const int flip : {0x01, 0x80}) {
+        const test::TempDir place;  // ICU keeps the files that it has mapped
+        const test::WorkingDirectory inPlace(place.path());
+        std::string bytes = whole;
+        bytes[at] = static_cast<char>(bytes[at] ^ flip);
+        std::filesystem::create_directory(place / bundleName);
+        test::writeFile(place / bundleName / "root.res", bytes);
+        if (bundle_.open(bundleName) != 0) continue;
+        ++accepted;
+        for (const char* key : {"SHORT", "EMPTY", "OTHER", "LONG", "LIST", "KEY7", "ABSENT"}) {
+          (void)bundle_.getMessage(key);
+        }
+      }
+    }
+  }
+  EXPECT_GT(accepted, 100u);
+}
+
 TEST_F(Bundle, SpeaksTheLanguageOfTheLocaleOrElseEnglish) {
   test::writeShippedBundle(directory_.path());
   const std::pair<const char*, std::string> firstWords[] = {
