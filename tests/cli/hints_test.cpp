@@ -9,6 +9,7 @@
 
 #include "driver/file_words.h"
 #include "restore/exit_codes.h"
+#include "tests/support/compress.h"
 #include "tests/support/places.h"
 #include "tests/support/run_program.h"
 #include "tests/support/small_fleet.h"
@@ -33,6 +34,8 @@ class Hints : public testing::Test {
     writeFile(directory_ / "notes", "not a database");
     writeFile(directory_ / "nothing", "");
     writeFile(directory_ / "backup", backupText(smallFleet()));
+    writeFile(directory_ / "pack.ed.gz", compressed("gzip", backupText(smallFleet())));
+    writeFile(directory_ / "packed", compressed("gzip", backupText({plainLine(1)})));
     writeFile(directory_ / "twice", backupText({plainLine(1), plainLine(1)}));
     damage("damaged");
   }
@@ -115,6 +118,13 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
       {{"-i", "backup", "-m", "counterless"},
        exitFailed,
        "orxrestore: the system record of @counterless .*\n  next: orxkdb check counterless\n"},
+      {{"-i", "pack.ed.gz", "-m", "counterless"},
+       exitFailed,
+       "orxrestore: @pack.ed[.]gz is compressed with gzip; decompress it and restore that\n"
+       "  next: zcat < pack.ed[.]gz > pack.ed\n"},
+      {{"-i", "packed", "-m", "counterless"},
+       exitFailed,
+       "orxrestore: @packed is compressed .*\n  next: zcat < packed > packed[.]txt\n"},
       {{"-i", "twice", "-m", "other"},
        exitFailed,
        "orxrestore: @other has what .*\n  next: orxkdb undo other\n"

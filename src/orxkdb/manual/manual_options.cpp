@@ -18,10 +18,7 @@ constexpr const char* restorePage = "orxrestore";
 constexpr const char* formatsPageName = "orxkdb-formats";
 
 Result readFailure(const LineReader& reader, LineOutcome outcome) {
-  if (outcome == LineOutcome::error) {
-    return fileFailure(exitFailed, "the document cannot be read", reader.place(),
-                       reader.errorNumber());
-  }
+  if (outcome == LineOutcome::error) return reader.failure("the document cannot be read");
   return fail(exitNotAsExpected, "a line of the document is too long", reader.place(),
               "break it into lines");
 }
