@@ -10,8 +10,8 @@
 
 namespace orx::orxkdb {
 
-// To be read by the shell: completions/NAME of bash, _NAME of zsh, NAME.fish of fish. The program
-// has subcommands, and options of its own without values.
+// To be read by the shell: completions/NAME of bash, _NAME of zsh, NAME.fish of fish. A program has
+// either subcommands or nothing but options.
 [[nodiscard]] std::string bashCompletion(const CommandTree& tree);
 [[nodiscard]] std::string zshCompletion(const CommandTree& tree);
 [[nodiscard]] std::string fishCompletion(const CommandTree& tree);

@@ -72,30 +72,34 @@ std::string branch(const std::string& program, const std::string& pattern,
   return "    " + shell::quoted(pattern) + ") _" + program + "_" + action + " ;;\n";
 }
 
-// The patterns of every option that takes a value, "COMMAND OPTION".
+// Calls visit("COMMAND OPTION", option) for every name of every option that takes a value; without
+// a COMMAND for the options of the program.
+template <typename Visit>
+void forEachValueOption(const CommandTree& tree, Visit visit) {
+  const auto visitAll = [&](const std::string& command, const std::vector<CommandOption>& options) {
+    for (const CommandOption& option : options) {
+      if (option.kind == ValueKind::none) continue;
+      for (const std::string& name : option.names) visit(command + " " + name, option);
+    }
+  };
+  visitAll("", tree.options);
+  for (const CommandTree& command : tree.commands) visitAll(command.name, command.options);
+}
+
+// The patterns of every option that takes a value.
 std::string valueOptions(const CommandTree& tree) {
   std::string patterns;
-  for (const CommandTree& command : tree.commands) {
-    for (const CommandOption& option : command.options) {
-      if (option.kind == ValueKind::none) continue;
-      for (const std::string& name : option.names) {
-        patterns.append(patterns.empty() ? "" : " | ");
-        patterns.append(shell::quoted(command.name + " " + name));
-      }
-    }
-  }
+  forEachValueOption(tree, [&](const std::string& pattern, const CommandOption&) {
+    patterns.append(patterns.empty() ? "" : " | ").append(shell::quoted(pattern));
+  });
   return patterns.empty() ? "''" : patterns;
 }
 
 std::string values(const CommandTree& tree) {
   std::string text = "  case $option in\n    '') ;;\n";
-  for (const CommandTree& command : tree.commands) {
-    for (const CommandOption& option : command.options) {
-      for (const std::string& name : option.names) {
-        text += branch(tree.name, command.name + " " + name, option);
-      }
-    }
-  }
+  forEachValueOption(tree, [&](const std::string& pattern, const CommandOption& option) {
+    text += branch(tree.name, pattern, option);
+  });
   return text + "  esac\n  [ -n \"$option\" ] && return\n";
 }
 
@@ -110,9 +114,15 @@ std::string options(const CommandTree& tree) {
   return text + "    esac\n    return\n  fi\n";
 }
 
+// What may stand first: a subcommand, or an option where there are none.
+std::string firstWords(const CommandTree& tree) {
+  return shell::joined(tree.commands.empty() ? shell::namesOf(tree.options)
+                                             : shell::namesOf(tree.commands));
+}
+
 std::string arguments(const CommandTree& tree) {
   std::string text = "  case \"$command $arguments\" in\n    ' 0') _" + tree.name + "_words " +
-                     shell::quoted(shell::joined(shell::namesOf(tree.commands))) + " ;;\n";
+                     shell::quoted(firstWords(tree)) + " ;;\n";
   for (const CommandTree& command : tree.commands) {
     for (std::size_t i = 0; i < command.arguments.size(); ++i) {
       text += branch(tree.name, command.name + " " + std::to_string(i), command.arguments[i]);
