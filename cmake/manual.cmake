@@ -19,16 +19,23 @@ foreach(page IN LISTS manual_pages)
 endforeach()
 
 set(completions "")
-foreach(pair "bash orxkdb.bash" "zsh _orxkdb" "fish orxkdb.fish")
-  separate_arguments(pair)
-  list(GET pair 0 shell)
-  list(GET pair 1 name)
+function(add_completion option shell name)
   add_custom_command(
     OUTPUT "${completion_directory}/${name}"
-    COMMAND orxkdb --completion "${shell}" > "${completion_directory}/${name}"
+    COMMAND orxkdb "${option}" "${shell}" > "${completion_directory}/${name}"
     DEPENDS orxkdb
+    WORKING_DIRECTORY "${CMAKE_BINARY_DIR}"
     VERBATIM)
   list(APPEND completions "${completion_directory}/${name}")
+  set(completions "${completions}" PARENT_SCOPE)
+endfunction()
+foreach(pair "--completion orxkdb" "--restore-completion orxrestore")
+  separate_arguments(pair)
+  list(GET pair 0 option)
+  list(GET pair 1 program)
+  add_completion("${option}" bash "${program}.bash")
+  add_completion("${option}" zsh "_${program}")
+  add_completion("${option}" fish "${program}.fish")
 endforeach()
 
 add_custom_target(orx_manual ALL DEPENDS ${manual_pages} ${completions})

@@ -8,10 +8,12 @@ foreach(page IN LISTS manual_pages)
   install(FILES "${page}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man${section}")
 endforeach()
 
-install(FILES "${completion_directory}/orxkdb.bash" RENAME orxkdb
-        DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
-install(FILES "${completion_directory}/orxkdb.fish"
-        DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
+foreach(program orxkdb orxrestore)
+  install(FILES "${completion_directory}/${program}.bash" RENAME ${program}
+          DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+  install(FILES "${completion_directory}/${program}.fish"
+          DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
+endforeach()
 # What belongs to the system lies elsewhere for zsh than what was added to it.
 install(CODE "
   if(CMAKE_INSTALL_PREFIX MATCHES \"/usr$\")
@@ -19,7 +21,7 @@ install(CODE "
   else()
     set(functions site-functions)
   endif()
-  file(INSTALL \"${completion_directory}/_orxkdb\"
+  file(INSTALL \"${completion_directory}/_orxkdb\" \"${completion_directory}/_orxrestore\"
        DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/zsh/\${functions}\")
 ")
 

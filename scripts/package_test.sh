@@ -62,8 +62,10 @@ fi
 
 install_package >/dev/null
 for file in bin/orxrestore bin/orxkdb share/man/man1/orxkdb.1 share/man/man1/orxrestore.1 \
-  share/man/man5/orxkdb-formats.5 share/bash-completion/completions/orxkdb \
-  share/zsh/vendor-completions/_orxkdb share/fish/vendor_completions.d/orxkdb.fish \
+  share/man/man5/orxkdb-formats.5 \
+  share/bash-completion/completions/orxkdb share/bash-completion/completions/orxrestore \
+  share/zsh/vendor-completions/_orxkdb share/zsh/vendor-completions/_orxrestore \
+  share/fish/vendor_completions.d/orxkdb.fish share/fish/vendor_completions.d/orxrestore.fish \
   share/doc/orxrestore/README.md share/doc/orxrestore/docs/operations.md; do
   [ -f "$root/usr/$file" ] || fail "the package lacks /usr/$file"
 done

@@ -11,6 +11,7 @@
 
 #include "driver/file_words.h"
 #include "messages/message_print.h"
+#include "platform/compression/compression.h"
 #include "platform/interruption.h"
 #include "platform/kdb.h"
 #include "restore/exit_codes.h"
@@ -186,7 +187,7 @@ class HintList {
   void addFailure() {
     if (report_.failure.returnCode == 0) return;
     if (outcome_.published) addUndo("{DB} has what the run did before it failed");
-    if (isDatabase(settings_.backupFileName)) return addDatabaseAsBackup();
+    if (addWrongBackup()) return;
     addMeaning(meaningOfFailure(), outcome_.published ? "" : "; the database is unchanged");
   }
 
@@ -194,6 +195,34 @@ class HintList {
   static bool isDatabase(const std::string& name) {
     std::error_code error;
     return std::filesystem::is_regular_file(name, error) && kdb::looksLikeDatabase(name.c_str());
+  }
+
+  // A file that is another thing than a backup explains whatever came of it.
+  [[nodiscard]] bool addWrongBackup() {
+    const Compression compression = compressionOfFile(settings_.backupFileName);
+    if (compression != Compression::none) {
+      addCompressedBackup(compression);
+    } else if (isDatabase(settings_.backupFileName)) {
+      addDatabaseAsBackup();
+    } else {
+      return false;
+    }
+    return true;
+  }
+
+  void addCompressedBackup(Compression compression) {
+    const std::string format = nameOf(compression);
+    const std::string tool = compression == Compression::gzip ? "zcat" : format + "cat";
+    add("{BACKUP} is compressed with " + format + "; decompress it and restore that",
+        tool + " < {backup} > " + shellWord(decompressedName(settings_.backupFileName)));
+  }
+
+  // Without the compressor's ending, but never the name of a file that is there.
+  static std::string decompressedName(const std::string& name) {
+    const std::filesystem::path path(name);
+    const std::string stem = (path.parent_path() / path.stem()).string();
+    std::error_code error;
+    return stem == name || std::filesystem::exists(stem, error) ? name + ".txt" : stem;
   }
 
   void addDatabaseAsBackup() {
@@ -208,7 +237,7 @@ class HintList {
       addUndo("{DB} had " + std::to_string(report_.deletedCount) + " records and has " +
               std::to_string(report_.addedCount) + " now; if that is not what you want, undo it");
     }
-    if (isDatabase(settings_.backupFileName)) addDatabaseAsBackup();
+    (void)addWrongBackup();
   }
 
   const RunOutcome& outcome_;

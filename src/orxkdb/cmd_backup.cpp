@@ -2,8 +2,10 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "orxkdb/database_reader.h"
+#include "orxkdb/json_document.h"
 #include "orxkdb/output.h"
 #include "orxkdb/record_name.h"
 #include "records/backup_record.h"
@@ -34,16 +36,26 @@ Result writeBackup(const BackupOptions& options, DatabaseReader& reader, Output&
   return written.ok() ? output.publish() : written;
 }
 
+nlohmann::ordered_json jsonOf(const BackupOptions& options, std::uint64_t records) {
+  return jsonDocument(
+      "backup", {{"database", options.database}, {"file", options.file}, {"records", records}});
+}
+
+std::string textOf(const BackupOptions& options, std::uint64_t records) {
+  return options.file + ": " + std::to_string(records) + " records backed up\n";
+}
+
 }  // namespace
 
 Result backup(const BackupOptions& options) {
+  if (options.json && options.file == standardStream) return jsonNeedsFile("backup");
   DatabaseReader reader;
   if (Result result = reader.open(options.database); !result.ok()) return result;
   Output output;
   if (Result result = output.open(options.file, options.database); !result.ok()) return result;
   if (Result result = writeBackup(options, reader, output); !result.ok()) return result;
   if (!output.isStandard()) {
-    say(options.file + ": " + std::to_string(reader.count()) + " records backed up\n");
+    say(options.json ? jsonText(jsonOf(options, reader.count())) : textOf(options, reader.count()));
   }
   return {};
 }
@@ -61,11 +73,13 @@ void addBackup(CLI::App& program, Action& action) {
       ->required()
       ->type_name("");
   command->add_flag("--crlf", options->crlf, "End each line with CR LF");
+  addJson(*command, options->json);
   command->footer(
       "A line has 440 columns. A record that it cannot carry, because a number needs more than 8\n"
       "characters or the data holds a line feed, is named, and then no file is written.\n\n"
       "Examples:\n"
       "  orxkdb backup rorxdata rorxdata.txt\n"
+      "  orxkdb backup --json rorxdata rorxdata.txt\n"
       "  orxkdb backup --crlf rorxdata RORXbackup.txt\n"
       "  orxkdb backup rorxdata - | gzip > rorxdata.txt.gz");
   command->callback([options, &action] { action = [options] { return backup(*options); }; });

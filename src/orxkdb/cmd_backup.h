@@ -10,6 +10,7 @@ namespace orx::orxkdb {
 struct BackupOptions {
   std::string database;
   std::string file;
+  bool json = false;
   bool crlf = false;  // "\r\n" ends a line, not "\n"
 };
 

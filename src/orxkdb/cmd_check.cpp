@@ -7,6 +7,7 @@
 
 #include "orxkdb/check/check_report.h"
 #include "orxkdb/check/check_run.h"
+#include "orxkdb/json_document.h"
 #include "orxkdb/limit_option.h"
 #include "orxkdb/output.h"
 #include "terminal/color.h"
@@ -45,7 +46,7 @@ void addCheck(CLI::App& program, Action& action) {
       ->required()
       ->type_name("");
   addLimit(*command, options->limit, "Findings to show of each kind; 0 shows all");
-  command->add_flag("--json", options->json, "Print JSON, for scripts; its \"version\" is 1");
+  addJson(*command, options->json);
   command->footer(
       "Looks at the lines of a backup (length, columns, zero bytes, keys that occur twice), at "
       "the\n"
@@ -56,6 +57,7 @@ void addCheck(CLI::App& program, Action& action) {
       "that are not counted, parents that lead back to their child, identifiers near 2^32. An\n"
       "inherited handle need not have a record of its own and is not looked for. Lines may stand\n"
       "in any order; how many are out of key order is told, but is no finding.\n\n"
+      "A backup may be compressed with gzip, zstd or xz.\n\n"
       "All findings are counted, also those that are not shown. The exit code is 0 without and 2\n"
       "with findings.\n\n"
       "Examples:\n"

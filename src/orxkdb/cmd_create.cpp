@@ -2,8 +2,11 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <nlohmann/json.hpp>
 
+#include "messages/bundle_files.h"
 #include "orxkdb/bundle_writer.h"
+#include "orxkdb/json_document.h"
 #include "orxkdb/output.h"
 #include "platform/file.h"
 
@@ -21,16 +24,23 @@ Result createDatabase(const std::string& name) {
   return kdb::CloseDatabase(database, status) == 0 ? Result() : databaseFailure(name, status);
 }
 
+nlohmann::ordered_json jsonOf(const std::string& database, const std::string& directory) {
+  return jsonDocument("create", {{"database", database},
+                                 {"messages", directory + "/" + bundleName},
+                                 {"messageFiles", bundleFiles().size()}});
+}
+
 }  // namespace
 
 Result create(const CreateOptions& options) {
   if (Result result = createDatabase(options.database); !result.ok()) return result;
   const std::string directory = directoryOf(options.database);
   if (Result result = putBundle(directory); !result.ok()) {
-    result.text += "; the database is made, \"orxkdb messages " + directory + "\" adds the rest";
+    result.addHint("the database is made, \"orxkdb messages " + directory + "\" adds the rest");
     return result;
   }
-  say(options.database + ": empty database made, messages beside it\n");
+  say(options.json ? jsonText(jsonOf(options.database, directory))
+                   : options.database + ": empty database made, messages beside it\n");
   return {};
 }
 
@@ -41,11 +51,13 @@ void addCreate(CLI::App& program, Action& action) {
   command->add_option("DB", options->database, "Name of the new database; must not exist yet")
       ->required()
       ->type_name("");
+  addJson(*command, options->json);
   command->footer(
       "The directory PRESTORE_restore with the messages goes beside the database.\n\n"
       "Examples:\n"
       "  orxkdb create rorxdata\n"
-      "  orxkdb create /srv/tdv/rorxdata");
+      "  orxkdb create /srv/tdv/rorxdata\n"
+      "  orxkdb create --json rorxdata");
   command->callback([options, &action] { action = [options] { return create(*options); }; });
 }
 

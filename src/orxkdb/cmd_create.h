@@ -9,6 +9,7 @@ namespace orx::orxkdb {
 
 struct CreateOptions {
   std::string database;  // must not exist yet
+  bool json = false;
 };
 
 Result create(const CreateOptions& options);

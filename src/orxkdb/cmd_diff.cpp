@@ -5,6 +5,7 @@
 
 #include "orxkdb/diff/diff_run.h"
 #include "orxkdb/diff/diff_summary.h"
+#include "orxkdb/json_document.h"
 #include "orxkdb/limit_option.h"
 
 namespace orx::orxkdb {
@@ -31,7 +32,7 @@ void addDiff(CLI::App& program, Action& action) {
   addLimit(*command, options->limit,
            "Objects to show as added, as removed and as changed; 0 shows all");
   command->add_flag("--records", options->records, "Show the records of changed objects as well");
-  command->add_flag("--json", options->json, "Print JSON, for scripts; its \"version\" is 1");
+  addJson(*command, options->json);
   command->footer(
       "What only B has is added, what only A has is removed. An object is known by its handle and\n"
       "its parent's; one that got another parent is removed and added. Records whose text does "
@@ -40,7 +41,8 @@ void addDiff(CLI::App& program, Action& action) {
       "A backup carries less than a database: when either is a backup, a database is compared as "
       "a\n"
       "backup and a restore would bring it back. The lines of a backup may stand in any order; of\n"
-      "lines with one key the first counts. A line without a key is a difference of its own.\n\n"
+      "lines with one key the first counts. A line without a key is a difference of its own. A\n"
+      "backup may be compressed with gzip, zstd or xz.\n\n"
       "All objects are counted, also those that are not shown. The exit code is 0 when the two "
       "are\n"
       "the same and 1 when they differ. Any other is a failure: 2 the command line is unusable, 5\n"

@@ -2,9 +2,11 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "orxkdb/database_reader.h"
 #include "orxkdb/dump_format.h"
+#include "orxkdb/json_document.h"
 #include "orxkdb/output.h"
 
 namespace orx::orxkdb {
@@ -24,16 +26,26 @@ Result writeDump(DatabaseReader& reader, Output& output) {
   return output.publish();
 }
 
+nlohmann::ordered_json jsonOf(const DumpOptions& options, std::uint64_t records) {
+  return jsonDocument(
+      "dump", {{"database", options.database}, {"file", options.file}, {"records", records}});
+}
+
+std::string textOf(const DumpOptions& options, std::uint64_t records) {
+  return options.file + ": " + std::to_string(records) + " records dumped\n";
+}
+
 }  // namespace
 
 Result dump(const DumpOptions& options) {
+  if (options.json && options.file == standardStream) return jsonNeedsFile("dump");
   DatabaseReader reader;
   if (Result result = reader.open(options.database); !result.ok()) return result;
   Output output;
   if (Result result = output.open(options.file, options.database); !result.ok()) return result;
   if (Result result = writeDump(reader, output); !result.ok()) return result;
   if (!output.isStandard()) {
-    say(options.file + ": " + std::to_string(reader.count()) + " records dumped\n");
+    say(options.json ? jsonText(jsonOf(options, reader.count())) : textOf(options, reader.count()));
   }
   return {};
 }
@@ -49,12 +61,14 @@ void addDump(CLI::App& program, Action& action) {
       ->add_option("FILE", options->file,
                    "File to write, whole or not at all; \"-\" or nothing is standard output")
       ->type_name("");
+  addJson(*command, options->json);
   command->footer(
       "The text holds the key and the record in hexadecimal, in database order. db5.3_load reads\n"
       "it as it is. mdb_load needs to know the size of its database, in bytes, in a line of the\n"
       "header that has to be added for it: mapsize=1073741824.\n\n"
       "Examples:\n"
       "  orxkdb dump rorxdata rorxdata.dump\n"
+      "  orxkdb dump --json rorxdata rorxdata.dump\n"
       "  orxkdb dump rorxdata | gzip > rorxdata.dump.gz\n"
       "  orxkdb dump rorxdata | db5.3_load copy.db\n"
       "  orxkdb dump rorxdata | sed '3a mapsize=1073741824' | mdb_load -n copy.mdb");

@@ -10,6 +10,7 @@ namespace orx::orxkdb {
 struct DumpOptions {
   std::string database;
   std::string file = "-";
+  bool json = false;
 };
 
 Result dump(const DumpOptions& options);

@@ -6,19 +6,12 @@
 
 #include "orxkdb/explain/explained_line.h"
 #include "orxkdb/explain/explained_object.h"
+#include "orxkdb/json_document.h"
 #include "orxkdb/output.h"
 
 namespace orx::orxkdb {
 
 namespace {
-
-constexpr int jsonVersion = 1;
-
-Result writeJson(const nlohmann::ordered_json& json) {
-  // Names and texts need not be UTF-8.
-  return writeStandardOutput(
-      json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
-}
 
 std::string textOf(const std::vector<ObjectRecords>& objects) {
   std::string text;
@@ -32,7 +25,7 @@ nlohmann::ordered_json jsonOf(const std::string& database,
                               const std::vector<ObjectRecords>& objects) {
   nlohmann::ordered_json list = nlohmann::ordered_json::array();
   for (const ObjectRecords& records : objects) list.push_back(objectJson(records));
-  return {{"version", jsonVersion}, {"database", database}, {"objects", list}};
+  return jsonDocument("explain", {{"database", database}, {"objects", list}});
 }
 
 Result explainObject(const ExplainOptions& options) {
@@ -45,8 +38,8 @@ Result explainObject(const ExplainOptions& options) {
                 options.database + " " + exportedForm(query.handle),
                 "check the handle; the system record's is 0:0");
   }
-  return options.json ? writeJson(jsonOf(options.database, objects))
-                      : writeStandardOutput(textOf(objects));
+  return writeStandardOutput(options.json ? jsonText(jsonOf(options.database, objects))
+                                          : textOf(objects));
 }
 
 Result explainLine(const ExplainOptions& options) {
@@ -55,9 +48,7 @@ Result explainLine(const ExplainOptions& options) {
   std::string line;
   if (Result result = findLine(place, line); !result.ok()) return result;
   if (!options.json) return writeStandardOutput(lineText(place, line));
-  nlohmann::ordered_json json{{"version", jsonVersion}};
-  json.update(lineJson(place, line));
-  return writeJson(json);
+  return writeStandardOutput(jsonText(jsonDocument("explain", lineJson(place, line))));
 }
 
 }  // namespace
@@ -84,7 +75,7 @@ void addExplain(CLI::App& program, Action& action) {
       ->type_name("");
   command->add_option("--line", options->line, "Line of a backup instead")
       ->type_name("FILE:NUMBER");
-  command->add_flag("--json", options->json, "Print JSON, for scripts; its \"version\" is 1");
+  addJson(*command, options->json);
   command->footer(
       "Shows the records of the object, what its handles say, and every attribute with its "
       "values.\n"

@@ -2,9 +2,11 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "orxkdb/database_reader.h"
 #include "orxkdb/dump_reader.h"
+#include "orxkdb/json_document.h"
 #include "orxkdb/output.h"
 #include "platform/kdb_statistics.h"
 #include "platform/run_progress.h"
@@ -91,6 +93,17 @@ Result compareCount(const std::string& database, std::uint64_t loaded) {
               "look into the system's log and load it again");
 }
 
+nlohmann::ordered_json jsonOf(const LoadOptions& options, std::uint64_t records) {
+  return jsonDocument("load", {{"database", options.database},
+                               {"input", options.file},
+                               {"records", records},
+                               {"replaced", options.replace}});
+}
+
+std::string textOf(const LoadOptions& options, std::uint64_t records) {
+  return options.database + ": " + std::to_string(records) + " records loaded\n";
+}
+
 }  // namespace
 
 Result load(const LoadOptions& options) {
@@ -103,7 +116,7 @@ Result load(const LoadOptions& options) {
   if (Result result = addAll(dump, database); !result.ok()) return result;
   if (Result result = database.publish(); !result.ok()) return result;
   if (Result result = compareCount(options.database, dump.count()); !result.ok()) return result;
-  say(options.database + ": " + std::to_string(dump.count()) + " records loaded\n");
+  say(options.json ? jsonText(jsonOf(options, dump.count())) : textOf(options, dump.count()));
   return {};
 }
 
@@ -118,13 +131,16 @@ void addLoad(CLI::App& program, Action& action) {
       ->type_name("");
   command->add_flag("--replace", options->replace,
                     "Replace all records of DB, which must exist; \"orxkdb undo\" takes it back");
+  addJson(*command, options->json);
   command->footer(
-      "Reads what \"orxkdb dump\", db5.3_dump and mdb_dump write, without their option -p. Every\n"
-      "key and record is checked; a fault is named as FILE:LINE, and then nothing is loaded.\n\n"
+      "Reads what \"orxkdb dump\", db5.3_dump and mdb_dump write, without their option -p, also\n"
+      "compressed with gzip, zstd or xz: the first bytes tell, not the name. Every key and record\n"
+      "is checked; a fault is named as FILE:LINE, and then nothing is loaded.\n\n"
       "Examples:\n"
       "  orxkdb load rorxdata rorxdata.dump\n"
       "  orxkdb load --replace rorxdata rorxdata.dump\n"
-      "  gunzip -c rorxdata.dump.gz | orxkdb load rorxdata");
+      "  orxkdb load rorxdata rorxdata.dump.gz\n"
+      "  orxkdb load --json rorxdata < rorxdata.dump");
   command->callback([options, &action] { action = [options] { return load(*options); }; });
 }
 

@@ -10,6 +10,7 @@ namespace orx::orxkdb {
 struct LoadOptions {
   std::string database;
   std::string file = "-";
+  bool json = false;
   bool replace = false;  // the records of a database that exists, else a new database
 };
 

@@ -2,17 +2,31 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "messages/bundle_files.h"
 #include "orxkdb/bundle_writer.h"
+#include "orxkdb/json_document.h"
 #include "orxkdb/output.h"
 
 namespace orx::orxkdb {
 
+namespace {
+
+nlohmann::ordered_json jsonOf(const std::string& bundle) {
+  return jsonDocument("messages", {{"messages", bundle}, {"messageFiles", bundleFiles().size()}});
+}
+
+std::string textOf(const std::string& bundle) {
+  return bundle + ": " + std::to_string(bundleFiles().size()) + " message files written\n";
+}
+
+}  // namespace
+
 Result messages(const MessagesOptions& options) {
   if (Result result = putBundle(options.directory); !result.ok()) return result;
-  say(options.directory + "/" + bundleName + ": " + std::to_string(bundleFiles().size()) +
-      " message files written\n");
+  const std::string bundle = options.directory + "/" + bundleName;
+  say(options.json ? jsonText(jsonOf(bundle)) : textOf(bundle));
   return {};
 }
 
@@ -24,12 +38,13 @@ void addMessages(CLI::App& program, Action& action) {
       ->add_option("DIR", options->directory,
                    "Directory of the database; without it the current directory")
       ->type_name("");
+  addJson(*command, options->json);
   command->footer(
       "The files go into DIR/PRESTORE_restore, one for each language; those that are there are\n"
       "replaced. orxrestore finds them when it runs in DIR.\n\n"
       "Examples:\n"
       "  orxkdb messages\n"
-      "  orxkdb messages /srv/tdv");
+      "  orxkdb messages --json /srv/tdv");
   command->callback([options, &action] { action = [options] { return messages(*options); }; });
 }
 

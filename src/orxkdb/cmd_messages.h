@@ -9,6 +9,7 @@ namespace orx::orxkdb {
 
 struct MessagesOptions {
   std::string directory = ".";
+  bool json = false;
 };
 
 Result messages(const MessagesOptions& options);

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
+#include "orxkdb/json_document.h"
 #include "orxkdb/limit_option.h"
 #include "orxkdb/output.h"
 #include "orxkdb/plan/plan_report.h"
@@ -47,12 +48,13 @@ void addPlan(CLI::App& program, Action& action) {
       ->required()
       ->type_name("");
   addLimit(*command, options->limit, "Entries to show of each list; 0 shows all");
-  command->add_flag("--json", options->json, "Print JSON, for scripts; its \"version\" is 1");
+  addJson(*command, options->json);
   command->footer(
       "Does all that \"orxrestore -i BACKUP -m DB\" does but for writing: reads both, renumbers,\n"
       "joins, and looks for every key in the database. Shows first whether the merge would\n"
       "succeed, then the keys that are taken, the records to add, the parameters, the counters\n"
       "before and after, and the identifiers in the backup and in the database.\n\n"
+      "The backup may be compressed with gzip, zstd or xz.\n\n"
       "It takes no lock. Free disk space and permissions are not looked at. The exit code is 0\n"
       "when the merge would succeed and 2 when it would not.\n\n"
       "Examples:\n"

@@ -1,8 +1,11 @@
 #include "orxkdb/cmd_sample.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
+#include <nlohmann/json.hpp>
 
+#include "orxkdb/json_document.h"
 #include "orxkdb/sample_writer.h"
 
 namespace orx::orxkdb {
@@ -10,19 +13,33 @@ namespace orx::orxkdb {
 namespace {
 constexpr std::uint32_t fewestObjects = 20;
 constexpr std::uint32_t mostObjects = 50'000'000;
+
+nlohmann::ordered_json jsonOf(const SampleOptions& options, std::uint64_t records) {
+  return jsonDocument("sample", {{"file", options.file},
+                                 {"objects", options.objects},
+                                 {"records", records},
+                                 {"seed", options.seed},
+                                 {"order", options.order}});
+}
+
 }  // namespace
 
 Result sample(const SampleOptions& options) {
+  if (options.json && options.file == standardStream) return jsonNeedsFile("sample");
   Output output;
   if (Result result = output.open(options.file, ""); !result.ok()) return result;
   const SampleOrder order = options.order == "random" ? SampleOrder::random : SampleOrder::key;
   Result written;
+  std::uint64_t records = 0;
   const bool complete =
       writeSample({options.objects, options.seed}, order, [&](std::string_view lines) {
+        records += static_cast<std::uint64_t>(std::ranges::count(lines, '\n'));
         written = output.write(lines);
         return written.ok();
       });
-  return complete ? output.publish() : written;
+  if (complete) written = output.publish();
+  if (written.ok() && options.json) say(jsonText(jsonOf(options, records)));
+  return written;
 }
 
 void addSample(CLI::App& program, Action& action) {
@@ -42,12 +59,14 @@ void addSample(CLI::App& program, Action& action) {
       ->add_option("--order", options->order, "Order of the lines: key (as a database) or random")
       ->check(CLI::IsMember({"key", "random"}))
       ->capture_default_str();
+  addJson(*command, options->json);
   command->footer(
       "The same options give the same text everywhere: systems, groups, resources, models with\n"
       "their use counts, references, parameters and a system record with counters.\n\n"
       "Examples:\n"
       "  orxkdb sample fleet.txt\n"
-      "  orxkdb sample --objects 100000 --seed 7 --order random fleet.txt");
+      "  orxkdb sample --objects 100000 --seed 7 --order random fleet.txt\n"
+      "  orxkdb sample --json --objects 1000 fleet.txt");
   command->callback([options, &action] { action = [options] { return sample(*options); }; });
 }
 

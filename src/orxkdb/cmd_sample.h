@@ -14,6 +14,7 @@ struct SampleOptions {
   std::uint32_t objects = 10000;
   std::uint64_t seed = 1;
   std::string order = "key";  // or "random"
+  bool json = false;
 };
 
 Result sample(const SampleOptions& options);

@@ -10,13 +10,12 @@
 #include <nlohmann/json.hpp>
 
 #include "orxkdb/database_reader.h"
+#include "orxkdb/json_document.h"
 #include "orxkdb/output.h"
 
 namespace orx::orxkdb {
 
 namespace {
-
-constexpr int jsonVersion = 1;
 
 // Counts records as they come in database order, where those of an object stand together.
 class Counter {
@@ -82,8 +81,7 @@ std::string jsonOf(const std::string& database, const DatabaseStatistics& statis
   for (const auto& [type, number] : statistics.recordsOfType) {
     types.push_back({{"recType", type}, {"records", number}});
   }
-  const nlohmann::ordered_json json{
-      {"version", jsonVersion},
+  const nlohmann::ordered_json members{
       {"database", database},
       {"records", statistics.records},
       {"objects", statistics.objects},
@@ -93,8 +91,7 @@ std::string jsonOf(const std::string& database, const DatabaseStatistics& statis
       {"fileBytes", statistics.fileBytes},
       {"recordTypes", types},
   };
-  // A file name need not be UTF-8.
-  return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+  return jsonText(jsonDocument("stat", members));
 }
 
 }  // namespace
@@ -124,7 +121,7 @@ void addStat(CLI::App& program, Action& action) {
   command->add_option("DB", options->database, "Database to read; it is not changed")
       ->required()
       ->type_name("");
-  command->add_flag("--json", options->json, "Print JSON, for scripts; its \"version\" is 1");
+  addJson(*command, options->json);
   command->footer(
       "Reads every record, so it also shows whether the database can be read to its end.\n\n"
       "Examples:\n"

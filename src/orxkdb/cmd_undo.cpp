@@ -4,7 +4,9 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <nlohmann/json.hpp>
 
+#include "orxkdb/json_document.h"
 #include "orxkdb/output.h"
 
 namespace orx::orxkdb {
@@ -14,11 +16,15 @@ namespace {
 constexpr auto notFound = static_cast<std::int32_t>(kdb::Reason::notFound);
 constexpr auto wrongFormat = static_cast<std::int32_t>(kdb::Reason::format);
 
+std::string previousOf(const std::string& name) {
+  return name + ".orx-previous";
+}
+
 // The database itself or its previous generation may be what is missing or damaged.
 Result undoFailure(const std::string& name, const kdb::kdbStatus& status) {
   struct stat file {};
   const bool exists = ::stat(name.c_str(), &file) == 0;
-  const std::string previous = name + ".orx-previous";
+  const std::string previous = previousOf(name);
   if (status.reason == notFound && exists) {
     return fail(exitNotOpened, "the database has no previous generation", previous,
                 "nothing can be undone; the database is as it was");
@@ -29,14 +35,22 @@ Result undoFailure(const std::string& name, const kdb::kdbStatus& status) {
   return openFailure(name, status);
 }
 
+nlohmann::ordered_json jsonOf(const std::string& name) {
+  return jsonDocument("undo", {{"database", name}, {"previous", previousOf(name)}});
+}
+
+std::string textOf(const std::string& name) {
+  return name + ": back to its previous generation; what it was until now is kept as " +
+         previousOf(name) + ", and another \"orxkdb undo " + name + "\" takes this back\n";
+}
+
 }  // namespace
 
 Result undo(const UndoOptions& options) {
   const std::string& name = options.database;
   kdb::kdbStatus status;
   if (kdb::exchangeWithPrevious(name.c_str(), status) != 0) return undoFailure(name, status);
-  say(name + ": back to its previous generation; what it was until now is kept as " + name +
-      ".orx-previous, and another \"orxkdb undo " + name + "\" takes this back\n");
+  say(options.json ? jsonText(jsonOf(name)) : textOf(name));
   return {};
 }
 
@@ -45,11 +59,13 @@ void addUndo(CLI::App& program, Action& action) {
   CLI::App* const command = program.add_subcommand(
       "undo", "Take the last change of a database back, whichever program made it");
   command->add_option("DB", options->database, "Database to change")->required()->type_name("");
+  addJson(*command, options->json);
   command->footer(
       "Every run that changes a database keeps what it was as DB.orx-previous. undo exchanges the\n"
       "two; a second undo exchanges them again. Only one generation is kept.\n\n"
       "Examples:\n"
-      "  orxkdb undo rorxdata");
+      "  orxkdb undo rorxdata\n"
+      "  orxkdb undo --json rorxdata");
   command->callback([options, &action] { action = [options] { return undo(*options); }; });
 }
 

@@ -9,6 +9,7 @@ namespace orx::orxkdb {
 
 struct UndoOptions {
   std::string database;
+  bool json = false;
 };
 
 Result undo(const UndoOptions& options);

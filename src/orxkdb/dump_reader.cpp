@@ -127,10 +127,7 @@ Result DumpReader::fault(std::string_view what) const {
 }
 
 Result DumpReader::unread(LineOutcome outcome) const {
-  if (outcome == LineOutcome::error) {
-    return fileFailure(exitFailed, "the dump cannot be read on", lines_.place(),
-                       lines_.errorNumber());
-  }
+  if (outcome == LineOutcome::error) return lines_.failure("the dump cannot be read on");
   return fault("the line is longer than the " + std::to_string(recordLineWidth) +
                " characters of a record");
 }

@@ -1,14 +1,12 @@
 #include "orxkdb/line_reader.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 
 #include "orxkdb/output.h"
-#include "platform/run_progress.h"
+#include "orxkdb/read_failure.h"
 
 namespace orx::orxkdb {
 
@@ -21,19 +19,9 @@ constexpr std::size_t bufferSize = std::size_t{1} << 20;
 LineReader::LineReader() : buffer_(bufferSize) {}
 
 int LineReader::open(const std::string& name) {
-  runProgress().startFile();
-  if (name == standardStream) {
-    name_ = "standard input";
-    fd_ = STDIN_FILENO;
-    return 0;
-  }
-  name_ = name;
-  file_ = openFile(name, O_RDONLY);
-  if (!file_.valid()) return errno;
-  fd_ = file_.get();
-  struct stat file {};
-  if (::fstat(fd_, &file) != 0) return errno;
-  return S_ISDIR(file.st_mode) ? EISDIR : 0;
+  const bool isStandard = name == standardStream;
+  name_ = isStandard ? "standard input" : name;
+  return isStandard ? source_.openDescriptor(STDIN_FILENO) : source_.open(name);
 }
 
 LineOutcome LineReader::next(std::string_view& line) {
@@ -63,19 +51,19 @@ std::string LineReader::place() const {
   return name_ + ":" + std::to_string(lineNumber_);
 }
 
+Result LineReader::failure(std::string_view what) const {
+  return readFailure(source_, what, place(), exitNotAsExpected);
+}
+
 // Moves what is unread to the front, at most the beginning of one line, and reads behind it.
 bool LineReader::fill() {
   std::copy(buffer_.begin() + static_cast<std::ptrdiff_t>(begin_),
             buffer_.begin() + static_cast<std::ptrdiff_t>(end_), buffer_.begin());
   end_ -= begin_;
   begin_ = 0;
-  const ssize_t count = readSome(fd_, buffer_.data() + end_, buffer_.size() - end_);
-  if (count < 0) {
-    errorNumber_ = errno;
-    return false;
-  }
+  const ssize_t count = source_.read(buffer_.data() + end_, buffer_.size() - end_);
+  if (count < 0) return false;
   ended_ = count == 0;
-  runProgress().countBytes(static_cast<std::uint64_t>(count));
   end_ += static_cast<std::size_t>(count);
   return true;
 }

@@ -1,5 +1,5 @@
-// LineReader: the lines of a text file or of standard input, with a bounded length, so that memory
-// and time stay the same whatever the input is.
+// LineReader: the lines of a text file or of standard input, compressed or not, with a bounded
+// length, so that memory and time stay the same whatever the input is.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/file.h"
+#include "orxkdb/result.h"
+#include "platform/compression/byte_source.h"
 
 namespace orx::orxkdb {
 
@@ -31,17 +32,16 @@ class LineReader {
   [[nodiscard]] std::string place() const;
   // "FILE", in the operator's words.
   [[nodiscard]] const std::string& name() const { return name_; }
-  [[nodiscard]] int errorNumber() const { return errorNumber_; }
+  // Why the outcome was `error`; `what` is said of a read that the system failed.
+  [[nodiscard]] Result failure(std::string_view what) const;
 
  private:
   [[nodiscard]] bool fill();
   void take(std::size_t length, std::size_t lineEnd, std::string_view& line);
 
   std::string name_;
-  UniqueFd file_;
-  int fd_ = -1;
+  ByteSource source_;
   bool ended_ = false;
-  int errorNumber_ = 0;
   std::uint64_t lineNumber_ = 0;
   std::vector<char> buffer_;  // bytes begin_ to end_ are unread
   std::size_t begin_ = 0;

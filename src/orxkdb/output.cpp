@@ -19,6 +19,8 @@ constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 constexpr std::string_view successorSuffix = ".orx-new";
 constexpr std::array databaseSuffixes{successorSuffix, std::string_view(".orx-previous")};
 
+bool hasWritten = false;
+
 bool isFile(const struct stat& file, const std::string& name) {
   struct stat named {};
   return !name.empty() && ::stat(name.c_str(), &named) == 0 && sameFile(file, named);
@@ -88,6 +90,7 @@ Result Output::publish() {
 // A product on the terminal is progress enough.
 int Output::flush() {
   if (::isatty(STDOUT_FILENO) == 1) runProgress().leave();
+  hasWritten |= !buffer_.empty();
   const OutputTurn turn;
   const int error = writeAll(STDOUT_FILENO, buffer_);
   buffer_.clear();
@@ -105,7 +108,12 @@ Result writeStandardOutput(std::string_view text) {
   return output.publish();
 }
 
+bool hasWrittenStandardOutput() {
+  return hasWritten;
+}
+
 void say(std::string_view text) {
+  hasWritten = true;
   const OutputTurn turn;
   (void)writeAll(STDOUT_FILENO, text);
 }

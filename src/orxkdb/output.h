@@ -38,6 +38,9 @@ class Output {
   std::string buffer_;  // for standard output
 };
 
+// Whether anything was written on standard output by what is declared here.
+[[nodiscard]] bool hasWrittenStandardOutput();
+
 // Writes all of `text` on standard output as the product of a subcommand.
 Result writeStandardOutput(std::string_view text);
 

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <map>
@@ -11,6 +12,7 @@
 
 #include "orxkdb/cmd_diff.h"
 #include "orxkdb/commands.h"
+#include "orxkdb/json_document.h"
 #include "orxkdb/manual/manual_options.h"
 #include "orxkdb/output.h"
 #include "terminal/color.h"
@@ -110,9 +112,30 @@ Result runSteps(int argc, const char* const argv[]) {
   return action();
 }
 
+// Also where the command line could not be read to its end.
+bool wantsJson(int argc, const char* const argv[]) {
+  return std::any_of(argv, argv + argc, [](std::string_view word) { return word == "--json"; });
+}
+
+// A subcommand that told its outcome in a document of its own needs no second one.
+void reportAsJson(const Result& result) {
+  if (!hasWrittenStandardOutput()) say(failureJson(result));
+}
+
 void reportFailure(const Result& result) {
   const std::string name = painted("orxkdb:", Paint::red, STDERR_FILENO);
   (void)std::fprintf(stderr, "%s %s\n", name.c_str(), result.text.c_str());
+}
+
+// Without taking memory.
+void reportOutOfMemory(bool asJson) {
+  constexpr const char* document =
+      R"({"format": "orxkdb-failure", "version": 1, "code": 6, )"
+      R"("text": "memory ran out, the run has ended", "hint": "free memory and run it again"})"
+      "\n";
+  if (asJson && !hasWrittenStandardOutput()) say(document);
+  (void)std::fputs("orxkdb: memory ran out, the run has ended, free memory and run it again\n",
+                   stderr);
 }
 
 }  // namespace
@@ -120,11 +143,11 @@ void reportFailure(const Result& result) {
 int run(int argc, const char* const argv[]) {
   try {
     const Result result = runSteps(argc, argv);
+    if (!result.ok() && wantsJson(argc, argv)) reportAsJson(result);
     if (!result.ok()) reportFailure(result);
     return result.code;
   } catch (const std::bad_alloc&) {
-    (void)std::fputs("orxkdb: memory ran out, the run has ended, free memory and run it again\n",
-                     stderr);
+    reportOutOfMemory(wantsJson(argc, argv));
     return exitFailed;
   }
 }

@@ -110,7 +110,17 @@ const char* adviceFor(int error) {
 Result fail(ExitCode code, std::string_view what, std::string_view where, std::string_view next) {
   std::string text(what);
   text.append(", ").append(where).append(", ").append(next);
-  return {code, std::move(text)};
+  return {code, std::move(text), std::string(next)};
+}
+
+void Result::addHint(std::string_view more) {
+  text.append("; ").append(more);
+  hint.append("; ").append(more);
+}
+
+std::string_view Result::textWithoutHint() const {
+  const std::string end = ", " + hint;
+  return std::string_view(text).substr(0, text.size() - (text.ends_with(end) ? end.size() : 0));
 }
 
 Result openFailure(const std::string& database, const kdb::kdbStatus& status) {

@@ -16,7 +16,12 @@ namespace orx::orxkdb {
 struct [[nodiscard]] Result {
   ExitCode code = exitDone;
   std::string text;  // empty when done
+  std::string hint;  // what to do next: the last part of the text
 
+  // More behind the text, and behind what to do next.
+  void addHint(std::string_view more);
+  // "what, where" without what to do next.
+  [[nodiscard]] std::string_view textWithoutHint() const;
   [[nodiscard]] bool ok() const { return code == exitDone; }
 };
 

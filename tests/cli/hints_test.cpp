@@ -5,6 +5,7 @@
 
 #include "driver/file_words.h"
 #include "restore/exit_codes.h"
+#include "tests/support/compress.h"
 #include "tests/support/program_runs.h"
 #include "tests/support/small_fleet.h"
 #include "tests/support/test_bundle.h"
@@ -23,6 +24,8 @@ class Hints : public testing::Test {
     makeDatabase(directory_.file("counterless"), {plainLine(7)});
     writeFile(directory_ / "notes", "not a database");
     writeFile(directory_ / "backup", backupText(smallFleet()));
+    writeFile(directory_ / "pack.ed.gz", compressed("gzip", backupText(smallFleet())));
+    writeFile(directory_ / "packed", compressed("gzip", backupText({plainLine(1)})));
     writeFile(directory_ / "twice", backupText({plainLine(1), plainLine(1)}));
     writeDamagedDatabase(directory_.file("damaged"));
   }
@@ -66,6 +69,11 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
        "orxrestore -i BACKUP -o empty"},
       {"-i backup -m counterless", exitFailed, "the system record of @counterless .*",
        "orxkdb check counterless"},
+      {"-i pack.ed.gz -m counterless", exitFailed,
+       "@pack.ed[.]gz is compressed with gzip; decompress it and restore that",
+       "zcat < pack.ed[.]gz > pack.ed"},
+      {"-i packed -m counterless", exitFailed, "@packed is compressed .*",
+       "zcat < packed > packed[.]txt"},
       {"-i twice -m other", exitFailed,
        "@other has what .*\n  next: orxkdb undo other\norxrestore: records of @twice have keys .*",
        "orxkdb plan other twice"},

@@ -30,7 +30,8 @@ std::string_view restoredText(std::string_view piece) {
 
 Result BackupFile::open(const std::string& name) {
   name_ = name;
-  file_ = openFile(name, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+  if (Result result = plain_.open(name); !result.ok()) return result;
+  file_ = openFile(plain_.path(), O_RDONLY | O_NONBLOCK | O_NOCTTY);
   struct stat file {};
   if (!file_.valid() || ::fstat(file_.get(), &file) != 0) {
     return fileFailure(exitNotOpened, "the file cannot be opened", name, errno);
@@ -45,8 +46,12 @@ Result BackupFile::open(const std::string& name) {
   size_ = static_cast<std::uint64_t>(file.st_size);
   window_.resize(windowCapacity);
   runProgress().startFile();
-  runProgress().enterFile("reading", name);
+  enterPhase("reading");
   return size_ == 0 ? checkEmpty() : Result{};
+}
+
+void BackupFile::enterPhase(const char* phase) const {
+  runProgress().enterFile(phase, plain_.path());
 }
 
 // A file that the system makes up while it is read has no size, and need not be readable at all.

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "orxkdb/plain_backup.h"
 #include "orxkdb/result.h"
 #include "platform/file.h"
 #include "records/backup_record.h"
@@ -33,7 +34,8 @@ struct BackupPiece {
 
 class BackupFile {
  public:
-  // Only a regular file can be read twice; anything else is refused.
+  // Only a regular file can be read twice; anything else is refused. A compressed one is
+  // decompressed first; lines, offsets and size are those of what comes out.
   Result open(const std::string& name);
 
   // The next piece; false at the end and after a failure, which result() tells.
@@ -47,6 +49,8 @@ class BackupFile {
   [[nodiscard]] bool readAt(std::uint64_t offset, CMDatabaseBackupRecord& record);
 
   [[nodiscard]] std::uint64_t size() const { return size_; }
+  // Begins a phase of the progress whose measure is the file; `phase` is a literal.
+  void enterPhase(const char* phase) const;
 
  private:
   Result checkEmpty() const;
@@ -54,6 +58,7 @@ class BackupFile {
   [[nodiscard]] bool readWindow(std::uint64_t offset);
 
   std::string name_;
+  PlainBackup plain_;
   UniqueFd file_;
   Result result_;
   std::uint64_t size_ = 0;  // when it was opened; what is appended later is not read

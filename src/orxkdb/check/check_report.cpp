@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "orxkdb/json_document.h"
 #include "orxkdb/printable.h"
 
 namespace orx::orxkdb {
 
 namespace {
-
-constexpr int jsonVersion = 1;
 
 std::string placeText(const std::string& input, const Place& place) {
   std::string text;
@@ -99,8 +98,7 @@ std::string reportJson(const std::string& input, const CheckCounts& counts,
   for (const FindingKindText& kind : findingKinds) {
     if (findings.count(kind.kind) > 0) kinds.push_back(kindJson(kind, findings));
   }
-  const nlohmann::ordered_json json{
-      {"version", jsonVersion},
+  const nlohmann::ordered_json members{
       {"input", input},
       {"form", counts.isDatabase ? "database" : "backup"},
       {"records", counts.records},
@@ -111,8 +109,7 @@ std::string reportJson(const std::string& input, const CheckCounts& counts,
       {"findings", findings.total()},
       {"kinds", kinds},
   };
-  // Names and texts need not be UTF-8.
-  return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+  return jsonText(jsonDocument("check", members));
 }
 
 }  // namespace orx::orxkdb

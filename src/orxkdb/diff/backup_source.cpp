@@ -8,7 +8,6 @@
 #include "orxkdb/check/line_check.h"
 #include "orxkdb/printable.h"
 #include "platform/huge_pages.h"
-#include "platform/run_progress.h"
 #include "records/backup_layout.h"
 
 namespace orx::orxkdb {
@@ -87,7 +86,7 @@ void BackupSource::addUnreadable(const BackupPiece& piece) {
 
 void BackupSource::sortLines() {
   isSorted_ = true;
-  runProgress().enterFile("sorting", name());
+  file_.enterPhase("sorting");
   entries_ = std::pmr::vector<Entry>(&hugePageMemory());
   file_.rewind();
   scanKeys([this](const BackupPiece& piece, const RecordKey& key) {

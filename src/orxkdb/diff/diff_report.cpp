@@ -5,15 +5,21 @@
 #include <nlohmann/json.hpp>
 
 #include "orxkdb/diff/diff_summary.h"
+#include "orxkdb/json_document.h"
 #include "terminal/color.h"
 
 namespace orx::orxkdb {
 
 namespace {
 
-// Names and texts need not be UTF-8.
-std::string oneLine(const nlohmann::ordered_json& json) {
-  return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+// "NAME": VALUE for each member, a line each but for the last line end.
+std::string memberLines(const nlohmann::ordered_json& members) {
+  std::string lines;
+  for (const auto& [name, value] : members.items()) {
+    lines.append(lines.empty() ? "" : ",\n");
+    lines.append("\"").append(name).append("\": ").append(jsonLine(value));
+  }
+  return lines;
 }
 
 // What A alone has is red, what B alone has green.
@@ -43,18 +49,19 @@ Result DiffReport::addChanged(const Chain& before, const Chain& after) {
   return output_.write(inColor(changedText(changes, options_.records)));
 }
 
-// {"version": 1, "objects": [ one object a line ], and behind them the members of the summary.
+// {"format": ..., "version": 1, "objects": [ one object a line ], and behind them the members of
+// the summary.
 Result DiffReport::writeJsonStart() {
   if (hasJsonStart_) return {};
   hasJsonStart_ = true;
-  return output_.write("{\n\"version\": 1,\n\"objects\": [");
+  return output_.write("{\n" + memberLines(jsonDocument("diff")) + ",\n\"objects\": [");
 }
 
 Result DiffReport::writeObjectJson(const nlohmann::ordered_json& object) {
   if (Result result = writeJsonStart(); !result.ok()) return result;
   if (Result result = output_.write(separator_); !result.ok()) return result;
   separator_ = ",\n";
-  return output_.write(oneLine(object));
+  return output_.write(jsonLine(object));
 }
 
 Result DiffReport::finish(const ChainReader& before, const ChainReader& after) {
@@ -66,12 +73,8 @@ Result DiffReport::finish(const ChainReader& before, const ChainReader& after) {
 }
 
 Result DiffReport::writeJsonEnd(const nlohmann::ordered_json& members) {
-  std::string end = "\n]";
-  for (const auto& [name, value] : members.items()) {
-    end += ",\n\"" + name + "\": " + oneLine(value);
-  }
   Result result = writeJsonStart();
-  return result.ok() ? output_.write(end + "\n}\n") : result;
+  return result.ok() ? output_.write("\n],\n" + memberLines(members) + "\n}\n") : result;
 }
 
 }  // namespace orx::orxkdb

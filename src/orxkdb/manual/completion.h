@@ -10,8 +10,8 @@
 
 namespace orx::orxkdb {
 
-// To be read by the shell: completions/NAME of bash, _NAME of zsh, NAME.fish of fish. The program
-// has subcommands; its own options may stand before them and behind them.
+// To be read by the shell: completions/NAME of bash, _NAME of zsh, NAME.fish of fish. A program has
+// either subcommands, with its own options before them and behind them, or nothing but options.
 [[nodiscard]] std::string bashCompletion(const CommandTree& tree);
 [[nodiscard]] std::string zshCompletion(const CommandTree& tree);
 [[nodiscard]] std::string fishCompletion(const CommandTree& tree);

@@ -117,9 +117,15 @@ std::string options(const CommandTree& tree) {
   return text + "    esac\n    return\n  fi\n";
 }
 
+// What may stand first: a subcommand, or an option where there are none.
+std::string firstWords(const CommandTree& tree) {
+  return shell::joined(tree.commands.empty() ? shell::namesOf(tree.options)
+                                             : shell::namesOf(tree.commands));
+}
+
 std::string arguments(const CommandTree& tree) {
   std::string text = "  case \"$command $arguments\" in\n    ' 0') _" + tree.name + "_words " +
-                     shell::quoted(shell::joined(shell::namesOf(tree.commands))) + " ;;\n";
+                     shell::quoted(firstWords(tree)) + " ;;\n";
   for (const CommandTree& command : tree.commands) {
     for (std::size_t i = 0; i < command.arguments.size(); ++i) {
       text += branch(tree.name, command.name + " " + std::to_string(i), command.arguments[i]);

@@ -18,7 +18,7 @@ std::string quoted(std::string_view text) {
 std::string nameWords(const CommandOption& option) {
   std::string words;
   for (const std::string& name : option.names) {
-    words += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1);
+    words += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + quoted(name.substr(1));
   }
   return words;
 }
@@ -63,7 +63,7 @@ std::string argumentLine(const std::string& start, const CommandTree& command) {
 std::string fishCompletion(const CommandTree& tree) {
   const std::string complete = "complete -c " + tree.name;
   std::string text = "# fish completion for " + tree.name + "\n\n" + complete + " -f\n";
-  const std::string first = complete + " -n __fish_use_subcommand";
+  const std::string first = complete + (tree.commands.empty() ? "" : " -n __fish_use_subcommand");
   text += optionLines(first, tree);
   for (const CommandTree& command : tree.commands) {
     const std::string start =

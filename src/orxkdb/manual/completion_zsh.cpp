@@ -66,19 +66,33 @@ std::string branch(const CommandTree& command) {
   return text + " ;;\n";
 }
 
-}  // namespace
-
-std::string zshCompletion(const CommandTree& tree) {
-  std::string text = "#compdef " + tree.name + "\n\n_" + tree.name +
-                     "() {\n  local curcontext=$curcontext state line\n" + commandList(tree) +
-                     "  _arguments -C";
+std::string ownOptions(const CommandTree& tree) {
+  std::string text;
   for (const CommandOption& option : tree.options) text += optionWords(option, "    ");
+  return text;
+}
+
+std::string withoutSubcommands(const CommandTree& tree) {
+  return "  _arguments -s" + ownOptions(tree) + "\n";
+}
+
+std::string withSubcommands(const CommandTree& tree) {
+  std::string text = "  local curcontext=$curcontext state line\n" + commandList(tree) +
+                     "  _arguments -C" + ownOptions(tree);
   text +=
       " \\\n    '1:subcommand:->subcommand' \\\n    '*::argument:->arguments'\n"
       "  case $state in\n    subcommand) _describe subcommand commands ;;\n"
       "    arguments)\n      case $line[1] in\n";
   for (const CommandTree& command : tree.commands) text += branch(command);
-  return text + "      esac ;;\n  esac\n}\n\n_" + tree.name + " \"$@\"\n";
+  return text + "      esac ;;\n  esac\n";
+}
+
+}  // namespace
+
+std::string zshCompletion(const CommandTree& tree) {
+  const std::string body = tree.commands.empty() ? withoutSubcommands(tree) : withSubcommands(tree);
+  return "#compdef " + tree.name + "\n\n_" + tree.name + "() {\n" + body + "}\n\n_" + tree.name +
+         " \"$@\"\n";
 }
 
 }  // namespace orx::orxkdb

@@ -18,10 +18,7 @@ constexpr const char* restorePage = "orxrestore";
 constexpr const char* formatsPageName = "orxkdb-formats";
 
 Result readFailure(const LineReader& reader, LineOutcome outcome) {
-  if (outcome == LineOutcome::error) {
-    return fileFailure(exitFailed, "the document cannot be read", reader.place(),
-                       reader.errorNumber());
-  }
+  if (outcome == LineOutcome::error) return reader.failure("the document cannot be read");
   return fail(exitNotAsExpected, "a line of the document is too long", reader.place(),
               "break it into lines");
 }
@@ -58,6 +55,12 @@ Result writeCompletion(const CommandTree& tree, const std::string& shell) {
   return writeStandardOutput(shell == "zsh" ? zshCompletion(tree) : fishCompletion(tree));
 }
 
+Result writeRestoreCompletion(const CommandTree& /*own*/, const std::string& shell) {
+  CommandTree tree;
+  if (Result result = readRestoreHelp(tree); !result.ok()) return result;
+  return writeCompletion(tree, shell);
+}
+
 using Writer = Result(const CommandTree& tree, const std::string& choice);
 
 void addHidden(CLI::App& program, Action& action, const std::string& name, Writer* write,
@@ -72,8 +75,10 @@ void addHidden(CLI::App& program, Action& action, const std::string& name, Write
 }  // namespace
 
 void addManualOptions(CLI::App& program, Action& action) {
+  const std::vector<std::string> shells{"bash", "zsh", "fish"};
   addHidden(program, action, "--man", writePage, {ownPage, restorePage, formatsPageName});
-  addHidden(program, action, "--completion", writeCompletion, {"bash", "zsh", "fish"});
+  addHidden(program, action, "--completion", writeCompletion, shells);
+  addHidden(program, action, "--restore-completion", writeRestoreCompletion, shells);
 }
 
 }  // namespace orx::orxkdb

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "orxkdb/json_document.h"
 #include "orxkdb/plan/plan_report.h"
 #include "orxkdb/plan/plan_words.h"
 
@@ -9,8 +10,6 @@ namespace orx::orxkdb {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr int jsonVersion = 1;
 
 // "count", and as many entries as are to be shown under "shown".
 template <typename Entries, typename Describe>
@@ -113,8 +112,7 @@ Json sizeJson(const SystemRecordSize& size) {
 
 std::string planJson(const PlanNames& names, const MergePlan& plan, std::size_t limit) {
   const TypeTotals totals = plan.totals();
-  const Json json{
-      {"version", jsonVersion},
+  const Json members{
       {"database", names.database},
       {"backup", names.backup},
       {"succeeds", plan.succeeds()},
@@ -132,8 +130,7 @@ std::string planJson(const PlanNames& names, const MergePlan& plan, std::size_t 
        {{"before", sizeJson(plan.systemBefore)}, {"after", sizeJson(plan.systemAfter)}}},
       {"read", {{"database", {{"records", plan.databaseRecords}}}, {"backup", backupJson(plan)}}},
   };
-  // Names and texts need not be UTF-8.
-  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  return jsonText(jsonDocument("plan", members));
 }
 
 }  // namespace orx::orxkdb

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "orxkdb/database_reader.h"
+#include "orxkdb/plain_backup.h"
 #include "orxkdb/plan/identifier_list.h"
 #include "orxkdb/plan/key_check.h"
 #include "orxkdb/plan/plan_observer.h"
@@ -41,7 +42,8 @@ class PlanRun {
  private:
   // A pipe is opened once only: whoever writes into it would miss its first reader.
   Result openBackup() {
-    if (!backup_.open(backupName_.c_str())) {
+    if (Result result = plain_.open(backupName_); !result.ok()) return result;
+    if (!backup_.open(plain_.path().c_str())) {
       return fileFailure(exitNotOpened, "the backup cannot be opened", backupName_,
                          backup_.errorNumber());
     }
@@ -65,7 +67,7 @@ class PlanRun {
   }
 
   Result readAlien() {
-    runProgress().enterFile("reading", backupName_);
+    runProgress().enterFile("reading", plain_.path());
     if (readBackup(backup_, merge_) == ReadOutcome::end) return {};
     return fileFailure(exitFailed, "the backup cannot be read", backupName_, backup_.errorNumber());
   }
@@ -112,6 +114,7 @@ class PlanRun {
   MergePlan& plan_;
   PlanObserver observer_;
   MergeRun merge_;
+  PlainBackup plain_;
   BackupReader backup_;
   DatabaseReader database_;
   IdentifierList identifiers_;

@@ -12,13 +12,13 @@ using testing::HasSubstr;
 
 // What bash does for a TAB behind the last word; a word a line.
 constexpr const char* pressTab =
-    "source completion; COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); _orxkdb; "
+    "source completion; COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); _$1; "
     "printf '%s\\n' \"${COMPREPLY[@]}\"";
 
 class Completion : public testing::Test {
  protected:
-  void load(const std::string& shell) {
-    const auto result = test::runIn(scratch_, "orxkdb", {"--completion", shell});
+  void load(const std::string& shell, const std::string& option = "--completion") {
+    const auto result = test::runIn(scratch_, "orxkdb", {option, shell});
     ASSERT_EQ(result.exitCode, 0) << result.errors;
     test::writeFile(scratch_ / "completion", result.output);
   }
@@ -102,6 +102,37 @@ TEST_F(Completion, OfFishOffersSubcommandsOptionsAndFiles) {
     const std::string script = "source completion; complete -C 'orxkdb " + std::string(line) + "'";
     const auto result = run("/usr/bin/fish", {"--no-config", "-c", script});
     EXPECT_THAT("\n" + result.output, HasSubstr("\n" + std::string(found))) << result.errors;
+  }
+}
+
+TEST_F(Completion, OfTheRestoreOffersItsOptionsAndFiles) {
+  ASSERT_EQ(test::runIn(scratch_, "orxkdb", {"messages"}).exitCode, 0);
+  load("bash", "--restore-completion");
+  test::writeFile(scratch_ / "fleet 1.txt", "");
+  const testing::Matcher<std::vector<std::string>> options =
+      ElementsAre("-i", "-o", "-m", "-u", "-p", "-v", "-?");
+  EXPECT_THAT(bashWords({"orxrestore", ""}), options);
+  EXPECT_THAT(bashWords({"orxrestore", "-v", "-"}), options);
+  EXPECT_THAT(bashWords({"orxrestore", "-i", "fl"}), ElementsAre("fleet 1.txt"));
+  EXPECT_THAT(bashWords({"orxrestore", "-i", "fleet 1.txt", "-o", "f"}),
+              ElementsAre("fleet 1.txt"));
+
+  if (!std::filesystem::exists("/usr/bin/fish")) GTEST_SKIP() << "fish is not there";
+  load("fish", "--restore-completion");
+  for (const auto& [words, found] : {std::pair("-", "-m\tmerge: "), std::pair("-i fl", "fleet")}) {
+    const std::string line = "source completion; complete -C 'orxrestore " + std::string(words);
+    const auto result = run("/usr/bin/fish", {"--no-config", "-c", line + "'"});
+    EXPECT_THAT("\n" + result.output, HasSubstr("\n" + std::string(found))) << result.errors;
+  }
+
+  if (!std::filesystem::exists("/bin/zsh")) GTEST_SKIP() << "zsh is not there";
+  load("zsh", "--restore-completion");
+  const char* script = "_arguments() { print -rl -- \"$@\" }\nsource ./completion";
+  const auto result = run("/bin/zsh", {"-f", "-c", script});
+  EXPECT_EQ(result.errors, "");
+  for (const char* word :
+       {"\n-v[verbose\\: show progress and details]\n", ":<backup-file-name>:_files\n"}) {
+    EXPECT_THAT(result.output, HasSubstr(word));
   }
 }
 

@@ -1,0 +1,55 @@
+#include "orxkdb/json_document.h"
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+namespace orx::orxkdb {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int version = 1;
+constexpr int indentation = 2;
+
+std::string written(const Json& value, int indent) {
+  return value.dump(indent, ' ', false, Json::error_handler_t::replace);
+}
+
+}  // namespace
+
+void addJson(CLI::App& command, bool& json) {
+  command.add_flag("--json", json, "Print JSON, for scripts; its \"version\" is 1");
+}
+
+Json jsonDocument(std::string_view name) {
+  return {{"format", "orxkdb-" + std::string(name)}, {"version", version}};
+}
+
+Json jsonDocument(std::string_view name, const Json& more) {
+  Json document = jsonDocument(name);
+  document.update(more);
+  return document;
+}
+
+std::string jsonText(const Json& document) {
+  return written(document, indentation) + "\n";
+}
+
+std::string jsonLine(const Json& value) {
+  return written(value, -1);
+}
+
+std::string failureJson(const Result& failure) {
+  return jsonText(jsonDocument("failure", {{"code", static_cast<int>(failure.code)},
+                                           {"text", failure.textWithoutHint()},
+                                           {"hint", failure.hint}}));
+}
+
+Result jsonNeedsFile(std::string_view command) {
+  return fail(
+      exitUsage, "--json tells of a file, and there is none to be written", "command line",
+      "name a FILE, or leave --json out; see \"orxkdb " + std::string(command) + " --help\"");
+}
+
+}  // namespace orx::orxkdb

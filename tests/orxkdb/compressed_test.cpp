@@ -1,0 +1,118 @@
+// Compressed backups and dumps: every subcommand takes them as it takes what was compressed.
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include "orxkdb/exit_codes.h"
+#include "tests/support/compress.h"
+#include "tests/support/program_runs.h"
+#include "tests/support/small_fleet.h"
+
+namespace orx::orxkdb {
+namespace {
+
+using testing::HasSubstr;
+using Words = std::vector<std::string>;
+
+class CompressedInput : public testing::TestWithParam<const char*> {
+ protected:
+  void SetUp() override {
+    if (!test::hasCompressor(GetParam())) GTEST_SKIP() << GetParam() << " is not there";
+    ASSERT_EQ(run({"sample", "--objects", "300", "a"}).exitCode, exitDone);
+    ASSERT_EQ(run({"sample", "--objects", "300", "--seed", "2", "--order", "random", "b"}).exitCode,
+              exitDone);
+    test::makeDatabase(scratch_.file("db"), test::smallFleet());
+    ASSERT_EQ(run({"dump", "db", "dump"}).exitCode, exitDone);
+  }
+
+  test::ProgramResult run(const Words& words) { return test::runIn(scratch_, "orxkdb", words); }
+  [[nodiscard]] std::string bytesOf(const std::string& name) const {
+    return test::readFile(scratch_ / name);
+  }
+  void write(const std::string& name, const std::string& bytes) {
+    test::writeFile(scratch_ / name, bytes);
+  }
+  void compress(const std::string& name) {
+    write(name, test::compressed(GetParam(), bytesOf(name)));
+  }
+
+  test::TempDir scratch_;
+};
+
+// Under its old name: only the first bytes tell.
+TEST_P(CompressedInput, IsReadLikeAPlainFile) {
+  const Words commands[] = {{"check", "a"},         {"check", "b"},
+                            {"diff", "a", "b"},     {"diff", "--json", "b", "a"},
+                            {"plan", "db", "b"},    {"explain", "--line", "b:7"},
+                            {"check", "/dev/null"}, {"load", "db", "dump", "--replace"}};
+  std::vector<test::ProgramResult> plain;
+  for (const Words& words : commands) plain.push_back(run(words));
+  for (const char* name : {"a", "b", "dump"}) compress(name);
+  for (std::size_t i = 0; i < std::size(commands); ++i) {
+    const test::ProgramResult result = run(commands[i]);
+    EXPECT_EQ(result.output, plain[i].output) << testing::PrintToString(commands[i]);
+    EXPECT_EQ(result.errors, plain[i].errors);
+    EXPECT_EQ(result.exitCode, plain[i].exitCode);
+  }
+  const auto piped = test::runIn(scratch_, "orxkdb", {"load", "piped"}, bytesOf("dump"));
+  EXPECT_THAT(piped.output, HasSubstr("3 records loaded")) << piped.errors;
+}
+
+TEST_P(CompressedInput, ThatIsNoWholeBackupOrDumpChangesNothing) {
+  const auto make = [this](const std::string& name, const std::string& bytes) {
+    write(name, test::compressed(GetParam(), bytes));
+  };
+  make("database", bytesOf("db"));
+  make("endless", std::string(20'000'000, 'x'));
+  for (const char* name : {"a", "dump"}) {
+    compress(name);
+    const std::string whole = bytesOf(name);
+    write(std::string(name) + ".cut", whole.substr(0, whole.size() - 9));
+    write(std::string(name) + ".more", whole + "something else");
+  }
+  const std::string database = bytesOf("db");
+  const auto names = scratch_.names();
+  const std::string cut = "ends before it is complete, ";
+  const std::string more = "is damaged, or something else follows it, ";
+  const std::string format = std::string(" (") + GetParam() + ", within its first ";
+  const struct {
+    Words words;
+    ExitCode code;
+    std::string errors;
+  } cases[] = {
+      {{"check", "a.cut"}, exitNotOpened, cut + "a.cut" + format},
+      {{"diff", "a", "a.more"}, exitNotOpened, more + "a.more" + format},
+      {{"plan", "db", "a.cut"}, exitNotOpened, cut + "a.cut" + format},
+      {{"explain", "--line", "a.cut:1"}, exitNotOpened, cut + "a.cut" + format},
+      {{"load", "new", "dump.cut"}, exitNotAsExpected, cut + "dump.cut:"},
+      {{"load", "--replace", "db", "dump.more"}, exitNotAsExpected, more + "dump.more:"},
+      {{"check", "database"}, exitNotAsExpected, "what is compressed is a database, not a backup"},
+      {{"plan", "db", "endless"}, exitNotAsExpected, "is no backup, a line does not end, endless"},
+      {{"load", "new", "endless"}, exitNotAsExpected, "this is no dump"},
+  };
+  for (const auto& row : cases) {
+    const test::ProgramResult result = run(row.words);
+    EXPECT_EQ(result.exitCode, row.code) << testing::PrintToString(row.words);
+    EXPECT_THAT(result.errors, HasSubstr(row.errors));
+    EXPECT_EQ(result.output, "");
+  }
+  EXPECT_EQ(scratch_.names(), names);
+  EXPECT_EQ(bytesOf("db"), database);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, CompressedInput, testing::ValuesIn(test::compressors),
+                         [](const auto& format) { return std::string(format.param); });
+
+TEST(CompressedBackup, NeedsSpaceInTheScratchDirectory) {
+  const test::TempDir scratch;
+  test::writeFile(scratch / "a", test::compressed("gzip", test::backupText(test::smallFleet())));
+  const auto result = test::runProgram({.file = test::builtProgram("orxkdb"),
+                                        .arguments = {"check", "a"},
+                                        .directory = scratch.path(),
+                                        .environment = {"TMPDIR=" + scratch.file("none")}});
+  EXPECT_EQ(result.exitCode, exitFailed);
+  EXPECT_THAT(result.errors, HasSubstr("a into " + scratch.file("none") + " (No such file"));
+}
+
+}  // namespace
+}  // namespace orx::orxkdb
