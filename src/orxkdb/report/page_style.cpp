@@ -35,12 +35,12 @@ code { font-family: ui-monospace, "DejaVu Sans Mono", monospace; font-size: .9em
 .soft, figcaption, caption { color: var(--soft); }
 .good { color: var(--good); font-weight: 600; }
 .bad { color: var(--bad); font-weight: 600; }
-dl { display: grid; grid-template-columns: repeat(auto-fill, minmax(10.5rem, 1fr)); gap: .75rem;
-  margin: 1rem 0; }
-dl div { background: var(--panel); border: 1px solid var(--rule); border-radius: 6px;
-  padding: .5rem .75rem; }
-dt { color: var(--soft); font-size: .85rem; }
-dd { margin: 0; font-size: 1.25rem; font-variant-numeric: tabular-nums; }
+.facts { display: grid; grid-template-columns: repeat(auto-fill, minmax(10.5rem, 1fr)); gap: .75rem;
+  margin: 1rem 0; padding: 0; list-style: none; }
+.facts li { background: var(--panel); border: 1px solid var(--rule); border-radius: 6px;
+  padding: .5rem .75rem; color: var(--soft); font-size: .85rem; }
+.facts b { display: block; color: var(--ink); font-size: 1.25rem; font-weight: 400;
+  font-variant-numeric: tabular-nums; }
 figure { margin: 1.25rem 0; }
 figcaption, caption { text-align: left; font-size: .9rem; padding-bottom: .35rem; }
 svg { display: block; width: 100%; height: auto; background: var(--panel);
@@ -87,7 +87,7 @@ li { overflow-wrap: anywhere; }
   body { max-width: none; padding: 0; font-size: 10pt; }
   nav, #search, #rows tr:nth-child(n+201) { display: none; }
   .paper { display: block; }
-  figure, dl div, tr { break-inside: avoid; }
+  figure, .facts li, tr { break-inside: avoid; }
   h2, h3, caption, figcaption { break-after: avoid; }
   .wide { overflow: visible; }
 }
@@ -112,7 +112,7 @@ const std::string_view pageScript = R"JS(
       row.hidden = !words.every(function (word) { return texts[number].includes(word); });
       if (!row.hidden) count += 1;
     });
-    found.textContent = words.length ? count + ' found' : '';
+    found.textContent = words.length ? count + ' found' : 'all are shown';
   }
   let waiting = 0;
   input.addEventListener('input', function () {

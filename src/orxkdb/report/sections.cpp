@@ -58,12 +58,12 @@ std::string typeTable(const ReportData& data) {
 }
 
 std::string fact(std::string_view name, const std::string& value) {
-  return "<div><dt>" + escaped(name) + "</dt><dd>" + escaped(value) + "</dd></div>\n";
+  return "<li>" + escaped(name) + " <b>" + escaped(value) + "</b></li>\n";
 }
 
 std::string facts(const ReportData& data) {
   const DatabaseStatistics& statistics = data.statistics;
-  return "<dl>\n" + fact("records", grouped(statistics.records)) +
+  return "<ul class=\"facts\">\n" + fact("records", grouped(statistics.records)) +
          fact("objects", grouped(statistics.objects)) +
          fact("models", grouped(data.counts.models)) +
          fact("references", grouped(data.counts.references)) +
@@ -71,7 +71,7 @@ std::string facts(const ReportData& data) {
          fact("records of the longest chain", grouped(statistics.longestChain)) +
          fact("bytes of attribute text", grouped(statistics.textBytes)) +
          fact("bytes of the file", grouped(statistics.fileBytes)) +
-         fact("findings", grouped(data.findings.total())) + "</dl>\n";
+         fact("findings", grouped(data.findings.total())) + "</ul>\n";
 }
 
 std::string mostUsedBars(const std::vector<UsedModel>& models) {
@@ -167,7 +167,7 @@ ObjectSection objectSection(const std::vector<ListedObject>& objects, std::uint6
   }
   html +=
       "<div id=\"search\" hidden><label>Search in this list: <input type=\"search\" "
-      "placeholder=\"words, or a handle\"></label> <output></output></div>\n"
+      "placeholder=\"words, or a handle\"></label> <output>all are shown</output></div>\n"
       "<p class=\"soft paper\">On paper the list ends after 200 rows.</p>\n";
   return {section("objects", "Objects", html + table.take()), shown};
 }
