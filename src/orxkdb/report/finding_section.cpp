@@ -9,9 +9,9 @@ namespace {
 
 std::string placeText(const Place& place) {
   std::string text;
-  if (place.object) {
-    text =
-        "object " + shortName(place.object->object) + " below " + shortName(place.object->parent);
+  if (place.object) text = "object " + shortName(place.object->object);
+  if (place.object && place.object->parent != nullHandle) {
+    text += " below " + shortName(place.object->parent);
   }
   if (place.recn) text += " record " + std::to_string(*place.recn);
   return text.empty() ? "the database" : text;

@@ -69,6 +69,7 @@ table { border-collapse: collapse; width: 100%; font-size: .9rem; }
 th, td { text-align: left; padding: .2rem .75rem .2rem 0; border-bottom: 1px solid var(--rule);
   vertical-align: top; overflow-wrap: anywhere; }
 th.n, td.n { text-align: right; font-variant-numeric: tabular-nums; overflow-wrap: normal; }
+.n + td:not(.n), .n + th:not(.n) { padding-left: .75rem; }
 ul { margin: .25rem 0; padding-left: 1.25rem; }
 li { overflow-wrap: anywhere; }
 #search { margin: 1rem 0; }

@@ -66,7 +66,7 @@ std::string facts(const ReportData& data) {
   return "<ul class=\"facts\">\n" + fact("records", grouped(statistics.records)) +
          fact("objects", grouped(statistics.objects)) +
          fact("models", grouped(data.counts.models)) +
-         fact("references", grouped(data.counts.references)) +
+         fact("references, in attributes too", grouped(data.counts.references)) +
          fact("chains of 2 or more records", grouped(statistics.chains)) +
          fact("records of the longest chain", grouped(statistics.longestChain)) +
          fact("bytes of attribute text", grouped(statistics.textBytes)) +
