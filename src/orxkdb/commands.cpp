@@ -9,6 +9,7 @@
 #include "orxkdb/cmd_load.h"
 #include "orxkdb/cmd_messages.h"
 #include "orxkdb/cmd_plan.h"
+#include "orxkdb/cmd_report.h"
 #include "orxkdb/cmd_sample.h"
 #include "orxkdb/cmd_stat.h"
 #include "orxkdb/cmd_undo.h"
@@ -28,6 +29,7 @@ constexpr Registration* registrations[] = {
     addExplain,   //
     addDiff,      //
     addPlan,      //
+    addReport,    //
     addMessages,  //
     addUndo,      //
     addSample,    //

@@ -38,7 +38,7 @@ TEST_F(OrxKdb, HelpNamesEverySubcommandAndExitCode) {
     EXPECT_THAT(help.output, HasSubstr(text));
   }
   for (const char* name :
-       {"create", "dump", "load", "backup", "stat", "messages", "undo", "sample"}) {
+       {"create", "dump", "load", "backup", "stat", "report", "messages", "undo", "sample"}) {
     EXPECT_THAT(help.output, HasSubstr(std::string("\n  ") + name + " "));
     const auto own = run({name, "--help"});
     EXPECT_EQ(own.exitCode, exitDone);

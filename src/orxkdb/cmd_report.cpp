@@ -1,0 +1,108 @@
+#include "orxkdb/cmd_report.h"
+
+#include <CLI/CLI.hpp>
+#include <ctime>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "orxkdb/json_document.h"
+#include "orxkdb/limit_option.h"
+#include "orxkdb/output.h"
+#include "orxkdb/report/html_text.h"
+#include "orxkdb/report/page.h"
+#include "orxkdb/report/report_data.h"
+#include "platform/run_progress.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+nlohmann::ordered_json planJson(const ReportData& data) {
+  if (!data.plan) return nullptr;
+  return {{"backup", *data.backup},
+          {"succeeds", data.plan->succeeds()},
+          {"objects", data.plan->totals().objects},
+          {"records", data.plan->totals().records}};
+}
+
+std::string summaryJson(const ReportOptions& options, const ReportData& data, const Page& page) {
+  return jsonText(jsonDocument("report", {{"database", options.database},
+                                          {"file", options.page},
+                                          {"bytes", page.html.size()},
+                                          {"records", data.statistics.records},
+                                          {"objects", data.statistics.objects},
+                                          {"objectsListed", page.objectsListed},
+                                          {"models", data.counts.models},
+                                          {"references", data.counts.references},
+                                          {"findings", data.findings.total()},
+                                          {"plan", planJson(data)}}));
+}
+
+std::string summaryText(const ReportOptions& options, const ReportData& data) {
+  return options.page + ": report of " + options.database + ", " +
+         counted(data.statistics.objects, "object") + ", " +
+         counted(data.findings.total(), "finding") + "\n";
+}
+
+Result writePage(const Page& page, Output& output) {
+  if (Result result = output.write(page.html); !result.ok()) return result;
+  return output.publish();
+}
+
+// The page is there by now; whether anybody reads the line about it does not matter.
+Result tell(const ReportOptions& options, const ReportData& data, const Page& page) {
+  if (options.json) return writeStandardOutput(summaryJson(options, data, page));
+  if (options.page != standardStream) say(summaryText(options, data));
+  return {};
+}
+
+}  // namespace
+
+Result report(const ReportOptions& options) {
+  if (options.json && options.page == standardStream) {
+    return jsonNeedsFile("report");
+  }
+  Output output;
+  if (Result result = output.open(options.page, options.database); !result.ok()) return result;
+  ReportData data(options.database, options.backup, options.limit);
+  if (Result result = gather(data); !result.ok()) return result;
+  runProgress().enter("writing");
+  const Page page = pageOf(data, std::time(nullptr));
+  if (Result result = writePage(page, output); !result.ok()) return result;
+  return tell(options, data, page);
+}
+
+void addReport(CLI::App& program, Action& action) {
+  auto options = std::make_shared<ReportOptions>();
+  CLI::App* const command =
+      program.add_subcommand("report", "Write a page about a database, to look at in a browser");
+  command->add_option("DB", options->database, "Database to read; it is not changed")
+      ->required()
+      ->type_name("");
+  command
+      ->add_option("--html", options->page,
+                   "Page to write, whole or not at all; \"-\" is standard output")
+      ->required()
+      ->type_name("FILE");
+  command
+      ->add_option("--plan", options->backup, "Show what a merge of this backup would do as well")
+      ->type_name("BACKUP");
+  addLimit(*command, options->limit, "Findings of each kind, and entries of a plan; 0 shows all");
+  addJson(*command, options->json);
+  command->footer(
+      "The page shows counts by type, findings (those of \"orxkdb check\"), which objects refer "
+      "to\n"
+      "which models, chain lengths and text sizes, the plan of a merge when there is one, and a\n"
+      "list of objects to search in. It is one file that loads nothing and needs no script; it "
+      "can\n"
+      "be mailed, read in the dark and printed. It stays below 5 MB at any size of database, "
+      "unless\n"
+      "\"--limit 0\" asks for every finding: of more than 10,000 objects it lists a part.\n\n"
+      "Findings do not change the exit code; it tells whether the page is there.\n\n"
+      "Examples:\n"
+      "  orxkdb report rorxdata --html report.html\n"
+      "  orxkdb report rorxdata --plan other.txt --html merge.html");
+  command->callback([options, &action] { action = [options] { return report(*options); }; });
+}
+
+}  // namespace orx::orxkdb

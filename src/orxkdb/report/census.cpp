@@ -1,0 +1,88 @@
+#include "orxkdb/report/census.h"
+
+#include <cstring>
+
+#include "orxkdb/check/text_scanner.h"
+#include "orxkdb/database_reader.h"
+#include "orxkdb/report/html_text.h"
+#include "restore/use_count_types.h"
+
+namespace orx::orxkdb {
+
+namespace {
+
+constexpr std::size_t longestLabel = 48;
+
+bool isSystemRecord(const DataBuffer& head) {
+  return numberOf(head.objectBytes()) == nullHandle && numberOf(head.parentBytes()) == nullHandle;
+}
+
+// As the use-count rebuild counts it.
+bool isCountedReference(const DataBuffer& head) {
+  return head.recn() == 0 && identifierOf(numberOf(head.modelBytes())) != 0 &&
+         takesPartInUseCount(head.recType());
+}
+
+}  // namespace
+
+std::string labelOf(const DataBuffer& head) {
+  if (isSystemRecord(head)) return "system record";
+  TextScanner scanner(head.text());
+  ScannedAttribute attribute;
+  std::string value;
+  if (!scanner.next(attribute) || attribute.values.empty()) return value;
+  takeValue(attribute.values, value);
+  return shortened(value, longestLabel);
+}
+
+void Census::add(const DataBuffer& record) {
+  const bool continues =
+      records_ > 0 && std::memcmp(record.data(), head_.data(), 2 * handleSize) == 0;
+  if (!continues) {
+    endObject();
+    head_ = record;
+  }
+  ++records_;
+  textBytes_ += record.text().size();
+}
+
+void Census::finish() {
+  endObject();
+}
+
+void Census::endObject() {
+  if (records_ == 0) return;
+  const bool isModel = takesPartInUseCount(head_.recType()) && orx::isModel(head_.recType());
+  ++objects_;
+  ++objectsOfType_[head_.recType()];
+  chainLengths_.add(records_);
+  textSizes_.add(textBytes_);
+  countUses(isModel);
+  if (list_.wants(isModel)) {
+    list_.add({numberOf(head_.parentBytes()), numberOf(head_.objectBytes()),
+               numberOf(head_.modelBytes()), head_.recType(), records_, textBytes_, labelOf(head_)},
+              isModel);
+  }
+  records_ = 0;
+  textBytes_ = 0;
+}
+
+void Census::countUses(bool isModel) {
+  const HandleNumber object = numberOf(head_.objectBytes());
+  if (isModel) uses_.addModel(object, head_.recType(), labelOf(head_));
+  if (!isCountedReference(head_)) return;
+  const bool isRemembered = uses_.references() < ModelUses::mostReferrers;
+  uses_.addReference(
+      {object, head_.recType(), isRemembered ? labelOf(head_) : "", numberOf(head_.modelBytes())});
+}
+
+Result takeCensus(const std::string& database, Census& census) {
+  DatabaseReader reader;
+  if (Result result = reader.open(database); !result.ok()) return result;
+  DataBuffer record;
+  while (reader.next(record)) census.add(record);
+  census.finish();
+  return reader.result();
+}
+
+}  // namespace orx::orxkdb

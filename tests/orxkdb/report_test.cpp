@@ -1,0 +1,238 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "orxkdb/cmd_report.h"
+#include "orxkdb/cmd_stat.h"
+#include "orxkdb/fleet.h"
+#include "orxkdb/report/html_text.h"
+#include "orxkdb/report/model_picture.h"
+#include "orxkdb/report/page.h"
+#include "orxkdb/report/sections.h"
+#include "tests/support/places.h"
+#include "tests/support/run_program.h"
+#include "tests/support/small_fleet.h"
+
+namespace orx::orxkdb {
+namespace {
+
+using test::handleText;
+using test::Line;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+TEST(Report, TextsAreShownAsText) {
+  const struct {
+    std::string_view text;
+    std::string_view shown;
+  } cases[] = {
+      {"", ""},
+      {"<script>\"a\" & 'b'", "&lt;script&gt;&quot;a&quot; &amp; &#39;b&#39;"},
+      {std::string_view("a\0b\x1B\x7F\n", 6), "a\\x00b\\x1B\\x7F\\x0A"},
+      {"\xC3\xA4\xE2\x82\xAC", "\xC3\xA4\xE2\x82\xAC"},
+      {"\xC3", "\\xC3"},
+      {"\xE2\x82", "\\xE2\\x82"},
+      {"\xC0\xBC\xED\xA0\x80", "\\xC0\\xBC\\xED\\xA0\\x80"},  // overlong "<", a surrogate
+      {"\xC2\x85\xEF\xBF\xBF", "\\xC2\\x85\\xEF\\xBF\\xBF"},  // control, noncharacter
+      {"\xE2\x80\xAE", "\\xE2\\x80\\xAE"},                    // turns the direction
+      {"\xE2\x82<", "\\xE2\\x82&lt;"},
+  };
+  for (const auto& [text, shown] : cases) EXPECT_EQ(escaped(text), shown);
+  EXPECT_EQ(shortened("ab\xE2\x82\xAC", 5), "ab\xE2\x82\xAC");
+  EXPECT_EQ(shortened("ab\xE2\x82\xAC"
+                      "c",
+                      4),
+            "ab...");
+  EXPECT_EQ(shortened(std::string(9, '\x80'), 6).size(), 5U);  // no text: nothing to keep whole
+}
+
+TEST(Report, SizeClassesHoldTheirEnds) {
+  SizeClasses classes;
+  for (const std::uint64_t number : {1, 2, 3, 4, 7, 8}) classes.add(number);
+  std::string shown;
+  for (const Bar& bar : classes.bars()) shown += bar.label + "=" + std::to_string(bar.count) + " ";
+  EXPECT_EQ(shown, "1=1 2-3=2 4-7=2 8-15=1 ");
+  EXPECT_TRUE(SizeClasses().bars().empty());
+}
+
+// Every element is closed in order; the texts of a page hold no bare "<".
+std::string unbalanced(const std::string& html) {
+  static const std::regex tag("<(/?)([a-z0-9]+)((?:[^>\"]|\"[^\"]*\")*)>");
+  std::vector<std::string> open;
+  std::string outside = html;
+  for (const char* raw : {"style", "script"}) {
+    const std::size_t start = outside.find('>', outside.find(std::string("<") + raw)) + 1;
+    outside.erase(start, outside.find(std::string("</") + raw) - start);
+  }
+  outside.erase(0, outside.find("<html"));
+  std::size_t tags = 0;
+  for (std::sregex_iterator at(outside.begin(), outside.end(), tag), end; at != end; ++at, ++tags) {
+    const std::string name = (*at)[2];
+    if (name == "meta" || name == "input") continue;
+    if ((*at)[1].length() == 0) {
+      open.push_back(name);
+    } else if (open.empty() || open.back() != name) {
+      return "</" + name + "> behind " + std::to_string(tags) + " tags";
+    } else {
+      open.pop_back();
+    }
+  }
+  const auto brackets = static_cast<std::size_t>(std::ranges::count(outside, '<'));
+  if (brackets != tags) return std::to_string(brackets - tags) + " bare <";
+  return open.empty() ? "" : "<" + open.back() + "> is open";
+}
+
+std::string pageAbout(const std::string& database, const std::optional<std::string>& backup = {},
+                      std::size_t limit = 20) {
+  ReportData data(database, backup, limit);
+  EXPECT_EQ(gather(data).text, "");
+  const std::string html = pageOf(data, 0).html;
+  EXPECT_EQ(unbalanced(html), "");
+  EXPECT_EQ(escaped(html).find("\\x8"), std::string::npos);  // UTF-8 throughout
+  EXPECT_THAT(html, Not(testing::ContainsRegex("(src|href)=\"[^#]")));
+  return html;
+}
+
+std::vector<Line> modelsWithReferrers(std::uint32_t models, std::uint32_t referrers) {
+  std::vector<Line> lines = {test::systemLine()};
+  for (std::uint32_t id = 1; id <= models; ++id) {
+    lines.push_back({.object = handleText(12, id), .recType = 12, .data = "<2;0;1;model;>"});
+  }
+  for (std::uint32_t id = 1; id <= referrers; ++id) {
+    lines.push_back(test::plainLine(id));
+    lines.back().model = handleText(12, 1 + id * id % models);
+  }
+  return lines;
+}
+
+struct PageCase {
+  const char* name;
+  std::vector<Line> lines;
+  std::vector<const char*> shown;
+  std::vector<const char*> notShown = {};
+};
+
+TEST(Report, ShowsWhatIsThere) {
+  Line hostile = test::plainLine(7, "<2;0;1;</title><script>alert(1)</script>\xFF\";>");
+  hostile.data = "<2;0;1;<b onload=\"x\" '\x01\xFF;>";
+  Line astray = test::plainLine(8);
+  astray.model = handleText(12, 99);
+  std::vector<Line> astrays = test::smallFleet();
+  astrays.push_back(astray);
+  std::vector<Line> hostiles = test::smallFleet();
+  hostiles.push_back(hostile);
+  const std::vector<PageCase> cases = {
+      {"empty", {}, {"The database is empty.", "There are no objects.", "no-system-record"}},
+      {"no models", {test::systemLine()}, {"No findings.", "0 models, 0 of them unused"}},
+      {"few",
+       test::smallFleet(),
+       {"No findings.", "2:5 system to 12:1 model", "1 model, 0 of them unused", ">system record<"},
+       {"The most used models", "class=\"ribbon"}},
+      {"hostile", hostiles, {"&lt;b onload=&quot;x&quot; &#39;\\x01\\xFF"}, {"<b onload", "\xFF"}},
+      {"astray",
+       astrays,
+       {"missing-object", "1 of them to handles that no model has", "12:99 (no model)"}},
+      {"named bands",
+       modelsWithReferrers(5, 100),
+       {"objects of type 2 to 12:1 model: 20", "class=\"ribbon"},
+       {"class=\"line"}},
+      {"many",
+       modelsWithReferrers(300, 100),
+       {"objects of type 2 to 300 models of type 12: 100", "The most used models",
+        "rank 3:", "a bar is the most used of 2 models", "more, which \"--limit 0\" shows</li>"}},
+  };
+  const test::TempDir scratch;
+  for (const PageCase& page : cases) {
+    SCOPED_TRACE(page.name);
+    const std::string database = scratch.file(page.name);
+    test::makeDatabase(database, page.lines);
+    const std::string html = pageAbout(database);
+    for (const char* text : page.shown) EXPECT_THAT(html, HasSubstr(text));
+    for (const char* text : page.notShown) EXPECT_THAT(html, Not(HasSubstr(text)));
+  }
+}
+
+TEST(Report, ListsAPartOfManyObjectsModelsFirst) {
+  ObjectList list;
+  for (std::uint64_t object = 1; object <= 30'000; ++object) {
+    list.add({.parent = 1, .object = object, .label = std::string(48, '"')}, object % 3 == 0);
+  }
+  const std::vector<ListedObject> objects = list.take();
+  EXPECT_EQ(objects.size(), ObjectList::most);
+  EXPECT_TRUE(std::ranges::is_sorted(objects, {}, &ListedObject::object));
+  EXPECT_EQ(std::ranges::count_if(objects, [](auto& o) { return o.object % 3 == 0; }), 5000);
+  const ObjectSection section = objectSection(objects, 30'000, "db");
+  EXPECT_LT(section.html.size(), 4'000'000U);
+  EXPECT_THAT(section.html, HasSubstr("The list holds " + grouped(section.shown) + " of 30,000"));
+}
+
+TEST(Report, AgreesWithTheOtherCommands) {
+  const test::TempDir scratch;
+  const auto run = [&](const char* program, const std::vector<std::string>& arguments) {
+    return test::runProgram(
+        {.file = test::builtProgram(program), .arguments = arguments, .directory = scratch.path()});
+  };
+  ASSERT_EQ(run("orxkdb", {"create", "db"}).exitCode, 0);
+  ASSERT_EQ(run("orxkdb", {"sample", "--objects", "2000", "fleet.txt"}).exitCode, 0);
+  ASSERT_EQ(run("orxkdb", {"sample", "--objects", "90", "other.txt"}).exitCode, 0);
+  ASSERT_EQ(run("orxrestore", {"-i", "fleet.txt", "-o", "db"}).exitCode, 0);
+  const auto written =
+      run("orxkdb", {"report", "db", "--plan", "other.txt", "--html", "page.html", "--json"});
+  ASSERT_EQ(written.exitCode, 0) << written.errors;
+  const auto json = nlohmann::json::parse(written.output);
+  const auto stat = nlohmann::json::parse(run("orxkdb", {"stat", "--json", "db"}).output);
+  const auto plan = nlohmann::json::parse(
+      run("orxkdb", {"plan", "--json", "--limit", "0", "db", "other.txt"}).output);
+  const std::string html = test::readFile(scratch.file("page.html"));
+  EXPECT_EQ(unbalanced(html), "");
+  EXPECT_EQ(json["bytes"], html.size());
+  EXPECT_EQ(json["objects"], stat["objects"]);
+  EXPECT_EQ(json["objectsListed"], stat["objects"]);
+  EXPECT_EQ(json["findings"], 0);  // so the use counts of all models are right
+  EXPECT_EQ(json["plan"]["records"], plan["records"]);
+  for (const char* name : {"records", "objects", "textBytes", "longestChain"}) {
+    EXPECT_THAT(html, HasSubstr(" <b>" + grouped(stat[name]) + "</b>"));
+  }
+  for (const auto& type : stat["recordTypes"]) {
+    EXPECT_THAT(html, testing::ContainsRegex("<tr><td>type " + to_string(type["recType"]) +
+                                             "</td><td class=\"n\">[0-9,]+</td><td class=\"n\">" +
+                                             grouped(type["records"]) + "</td>"));
+  }
+  for (const auto& type : plan["identifiers"]) {
+    const auto& range = type["ranges"]["shown"][0];
+    std::string moved = to_string(range["newFirst"]);
+    if (range["newFirst"] != range["newLast"]) moved += "-" + to_string(range["newLast"]);
+    EXPECT_THAT(html,
+                HasSubstr("<td class=\"n\">" + (type["renumbered"] ? moved : "kept") + "</td>"));
+  }
+  EXPECT_THAT(html, HasSubstr("would <span class=\"good\">succeed</span>"));
+}
+
+TEST(Report, RefusesWhatItCannotDo) {
+  const test::TempDir scratch;
+  const std::string database = scratch.file("db");
+  test::makeDatabase(database, std::vector<Line>{});
+  test::writeFile(scratch / "text", "no database");
+  const struct {
+    ReportOptions options;
+    int code;
+  } cases[] = {
+      {{scratch.file("none"), scratch.file("p.html"), {}}, exitNotOpened},
+      {{scratch.file("text"), scratch.file("p.html"), {}}, exitNotOpened},
+      {{database, database, {}}, exitNotAsExpected},
+      {{database, scratch.file("p.html"), scratch.file("none")}, exitNotOpened},
+      {{database, scratch.file("p.html"), ""}, exitNotOpened},
+      {{database, scratch.file("p.html"), scratch.file("text")}, exitNotAsExpected},  // no counters
+      {{database, "-", {}, 20, true}, exitUsage},
+  };
+  for (const auto& [options, code] : cases) EXPECT_EQ(report(options).code, code) << options.page;
+  EXPECT_THAT(scratch.names(), testing::ElementsAre("db", "text"));
+}
+
+}  // namespace
+}  // namespace orx::orxkdb
