@@ -49,13 +49,6 @@ Result writePage(const Page& page, Output& output) {
   return output.publish();
 }
 
-// The page is there by now; whether anybody reads the line about it does not matter.
-Result tell(const ReportOptions& options, const ReportData& data, const Page& page) {
-  if (options.json) return writeStandardOutput(summaryJson(options, data, page));
-  if (options.page != standardStream) say(summaryText(options, data));
-  return {};
-}
-
 }  // namespace
 
 Result report(const ReportOptions& options) {
@@ -63,13 +56,19 @@ Result report(const ReportOptions& options) {
     return jsonNeedsFile("report");
   }
   Output output;
-  if (Result result = output.open(options.page, options.database); !result.ok()) return result;
+  if (Result result = output.open(options.page, options.database, options.backup.value_or(""));
+      !result.ok()) {
+    return result;
+  }
   ReportData data(options.database, options.backup, options.limit);
   if (Result result = gather(data); !result.ok()) return result;
   runProgress().enter("writing");
   const Page page = pageOf(data, std::time(nullptr));
   if (Result result = writePage(page, output); !result.ok()) return result;
-  return tell(options, data, page);
+  if (!output.isStandard()) {
+    say(options.json ? summaryJson(options, data, page) : summaryText(options, data));
+  }
+  return {};
 }
 
 void addReport(CLI::App& program, Action& action) {

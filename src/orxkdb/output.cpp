@@ -31,12 +31,17 @@ Result refuse(std::string_view what, std::string_view name) {
               "give another name for the output; nothing is changed");
 }
 
-// AtomicFile writes beside its target first, so that name has to be free as well.
-Result refuseDatabase(const std::string& name, const std::string& database) {
+Result refuseInputs(const std::string& name, const std::string& database,
+                    const std::string& backup) {
   struct stat file {};
-  if (::stat(name.c_str(), &file) == 0 && isFile(file, database)) {
-    return refuse("the output would replace the database itself", name);
-  }
+  if (::stat(name.c_str(), &file) != 0) return {};
+  if (isFile(file, database)) return refuse("the output would replace the database itself", name);
+  if (isFile(file, backup)) return refuse("the output would replace the backup itself", name);
+  return {};
+}
+
+// AtomicFile writes beside its target first, so that name has to be free as well.
+Result refuseDatabase(const std::string& name) {
   for (const std::string_view suffix : databaseSuffixes) {
     if (name.ends_with(suffix)) return refuse("names with this ending belong to databases", name);
   }
@@ -57,11 +62,13 @@ Result refuseRedirection(const std::string& database) {
 
 }  // namespace
 
-Result Output::open(const std::string& name, const std::string& database) {
+Result Output::open(const std::string& name, const std::string& database,
+                    const std::string& backup) {
   name_ = name;
   isStandard_ = name == standardStream;
   if (isStandard_) return refuseRedirection(database);
-  if (Result refused = refuseDatabase(name, database); !refused.ok()) return refused;
+  if (Result refused = refuseInputs(name, database, backup); !refused.ok()) return refused;
+  if (Result refused = refuseDatabase(name); !refused.ok()) return refused;
   const int error = file_.open(name);
   if (error == 0) return {};
   if (error == EEXIST) {

@@ -4,9 +4,9 @@
 //   Output output;
 //   output.open(name, database); output.write(bytes); ...; output.publish();
 //
-// A file that was not published leaves nothing behind. No database is ever overwritten: open()
-// refuses the database that is being read under any of its names, every other file that is a
-// database, and the names that belong to databases.
+// A file that was not published leaves nothing behind. Nothing that is read is overwritten, nor any
+// database: open() refuses the database and the backup that are being read under any of their
+// names, every other file that is a database, and the names that belong to databases.
 #pragma once
 
 #include <string>
@@ -21,8 +21,8 @@ inline constexpr std::string_view standardStream = "-";
 
 class Output {
  public:
-  // `name` is a file or "-"; `database` the name of the database that is read, or empty.
-  Result open(const std::string& name, const std::string& database);
+  // `name` is a file or "-"; the others are the names of what is read, or empty.
+  Result open(const std::string& name, const std::string& database, const std::string& backup = "");
   Result write(std::string_view bytes);
   Result publish();
 

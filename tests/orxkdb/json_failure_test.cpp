@@ -32,6 +32,8 @@ TEST(JsonFailure, IsOneDocumentWithCodeTextAndHint) {
       {{"plan", "db", "none"}, exitNotOpened},
       {{"messages", "none"}, exitNotOpened},
       {{"undo", "db"}, exitNotOpened},
+      {{"report", "db", "--html", "-"}, exitUsage},
+      {{"stat", "none"}, exitNotOpened},
       {{"sample"}, exitUsage},
       {{"nonsense"}, exitUsage},
   };

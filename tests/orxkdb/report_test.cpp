@@ -13,8 +13,7 @@
 #include "orxkdb/report/model_picture.h"
 #include "orxkdb/report/page.h"
 #include "orxkdb/report/sections.h"
-#include "tests/support/places.h"
-#include "tests/support/run_program.h"
+#include "tests/support/program_runs.h"
 #include "tests/support/small_fleet.h"
 
 namespace orx::orxkdb {
@@ -118,8 +117,7 @@ struct PageCase {
 };
 
 TEST(Report, ShowsWhatIsThere) {
-  Line hostile = test::plainLine(7, "<2;0;1;</title><script>alert(1)</script>\xFF\";>");
-  hostile.data = "<2;0;1;<b onload=\"x\" '\x01\xFF;>";
+  const Line hostile = test::plainLine(7, "<2;0;1;<b onload=\"x\" '\x01\xFF;>");
   Line astray = test::plainLine(8);
   astray.model = handleText(12, 99);
   std::vector<Line> astrays = test::smallFleet();
@@ -174,8 +172,7 @@ TEST(Report, ListsAPartOfManyObjectsModelsFirst) {
 TEST(Report, AgreesWithTheOtherCommands) {
   const test::TempDir scratch;
   const auto run = [&](const char* program, const std::vector<std::string>& arguments) {
-    return test::runProgram(
-        {.file = test::builtProgram(program), .arguments = arguments, .directory = scratch.path()});
+    return test::runIn(scratch, program, arguments);
   };
   ASSERT_EQ(run("orxkdb", {"create", "db"}).exitCode, 0);
   ASSERT_EQ(run("orxkdb", {"sample", "--objects", "2000", "fleet.txt"}).exitCode, 0);
@@ -228,10 +225,12 @@ TEST(Report, RefusesWhatItCannotDo) {
       {{database, scratch.file("p.html"), scratch.file("none")}, exitNotOpened},
       {{database, scratch.file("p.html"), ""}, exitNotOpened},
       {{database, scratch.file("p.html"), scratch.file("text")}, exitNotAsExpected},  // no counters
+      {{database, scratch.file("text"), scratch.file("text")}, exitNotAsExpected},
       {{database, "-", {}, 20, true}, exitUsage},
   };
   for (const auto& [options, code] : cases) EXPECT_EQ(report(options).code, code) << options.page;
   EXPECT_THAT(scratch.names(), testing::ElementsAre("db", "text"));
+  EXPECT_EQ(test::readFile(scratch / "text"), "no database");
 }
 
 }  // namespace

@@ -47,8 +47,7 @@ std::string barChart(std::string_view title, const std::vector<Bar>& bars) {
     drawBar(bar, largest, y, picture);
     y += rowHeight;
   }
-  return "<figure><figcaption>" + escaped(title) + "</figcaption>\n" + picture.take() +
-         "</figure>\n";
+  return figure(title, picture.take());
 }
 
 std::vector<Bar> SizeClasses::bars() const {

@@ -95,6 +95,10 @@ std::string counted(std::uint64_t count, std::string_view noun) {
   return grouped(count).append(" ").append(noun).append(count == 1 ? "" : "s");
 }
 
+std::string typeName(std::int64_t type) {
+  return "type " + std::to_string(type);
+}
+
 std::string shortName(HandleNumber handle) {
   if (handle == nullHandle) return "-";
   if (!isPlain(handle)) return exportedForm(handle);

@@ -22,6 +22,9 @@ namespace orx::orxkdb {
 // "1 record", "1,234 records".
 [[nodiscard]] std::string counted(std::uint64_t count, std::string_view noun);
 
+// Of a handle or a record: "type 12".
+[[nodiscard]] std::string typeName(std::int64_t type);
+
 // "4:9" for a plain handle, "-" for the null handle, else its exported form; "orxkdb explain"
 // takes it.
 [[nodiscard]] std::string shortName(HandleNumber handle);

@@ -81,8 +81,7 @@ class Lane {
 void drawType(const MergePlan& plan, const TypeIdentifiers& type, double y, Svg& picture) {
   const std::uint32_t highest = highestOf(plan, type);
   const double lower = y + laneHeight + 2;
-  picture.text(tracksX - margin, y + baseline + laneHeight / 2, "name end",
-               "type " + std::to_string(type.type));
+  picture.text(tracksX - margin, y + baseline + laneHeight / 2, "name end", typeName(type.type));
   for (const double lane : {y, lower}) {
     picture.rect({tracksX, lane, trackWidth, laneHeight}, "track");
   }

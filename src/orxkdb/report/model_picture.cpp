@@ -26,11 +26,6 @@ std::string nameWith(HandleNumber handle, const std::string& label) {
   return label.empty() ? shortName(handle) : shortName(handle) + " " + label;
 }
 
-std::string figure(std::string_view caption, std::string picture) {
-  return "<figure><figcaption>" + escaped(caption) + "</figcaption>\n" + std::move(picture) +
-         "</figure>\n";
-}
-
 // The middle of a row when `rows` are spread over `height`.
 double middleOf(std::size_t row, std::size_t rows, double height) {
   return margin + (static_cast<double>(row) + 0.5) * height / static_cast<double>(rows);
@@ -89,7 +84,7 @@ ModelNodes nodesByType(const std::vector<UsedModel>& models) {
   for (const auto& [type, count] : counts) {
     numbers.emplace(type, nodes.names.size());
     nodes.names.push_back(type == 0 ? counted(count, "handle") + " without a model"
-                                    : counted(count, "model") + " of type " + std::to_string(type));
+                                    : counted(count, "model") + " of " + typeName(type));
   }
   for (const UsedModel& model : models) nodes.ofModel.push_back(numbers.at(model.recType));
   return nodes;
@@ -107,7 +102,7 @@ std::vector<Flow> flowsTo(const ModelNodes& nodes, const std::vector<UsedModel>&
   std::map<std::int32_t, std::size_t> numbers;
   for (const auto& [ends, count] : counts) {
     const auto [source, isNew] = numbers.emplace(ends.first, sources.size());
-    if (isNew) sources.push_back("objects of type " + std::to_string(ends.first));
+    if (isNew) sources.push_back("objects of " + typeName(ends.first));
     flows.push_back({source->second, ends.second, count});
   }
   return flows;

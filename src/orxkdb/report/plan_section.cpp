@@ -15,10 +15,6 @@ using enum HtmlTable::Align;
 // Parameters and warnings may be as long as a system record.
 constexpr std::size_t longestText = 400;
 
-std::string typeName(std::int64_t type) {
-  return "type " + std::to_string(type);
-}
-
 std::string moreWords(std::uint64_t all, std::uint64_t shown) {
   if (all == shown) return "";
   return paragraph("And " + grouped(all - shown) + " more, which \"--limit 0\" shows.");

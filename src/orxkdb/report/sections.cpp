@@ -16,10 +16,6 @@ constexpr std::size_t mostTypes = 40;
 constexpr std::size_t mostUsed = 20;
 constexpr std::size_t mostTableBytes = 3'500'000;
 
-std::string typeName(std::int32_t type) {
-  return "type " + std::to_string(type);
-}
-
 std::uint64_t countOf(const std::map<std::int32_t, std::uint64_t>& counts, std::int32_t type) {
   const auto found = counts.find(type);
   return found == counts.end() ? 0 : found->second;

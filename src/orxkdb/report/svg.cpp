@@ -77,6 +77,11 @@ void Svg::shape(std::string_view element, std::string_view style, std::string_vi
   html_.append("</").append(name).append(">\n");
 }
 
+std::string figure(std::string_view caption, std::string_view picture) {
+  std::string html = "<figure><figcaption>" + escaped(caption) + "</figcaption>\n";
+  return html.append(picture).append("</figure>\n");
+}
+
 std::string Svg::take() {
   return std::exchange(html_, {}) + "</svg>\n";
 }

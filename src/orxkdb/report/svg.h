@@ -38,6 +38,9 @@ class Svg {
   std::string html_;
 };
 
+// A picture with its caption, which is escaped.
+[[nodiscard]] std::string figure(std::string_view caption, std::string_view picture);
+
 // A length as the picture writes it, in any locale: "12.5".
 [[nodiscard]] std::string svgNumber(double number);
 
