@@ -217,17 +217,27 @@ class HintList {
         tool + " < {backup} > " + shellWord(decompressedName(settings_.backupFileName)));
   }
 
-  // Without the compressor's ending, but never the name of a file that is there.
+  // Without the compressor's ending.
   static std::string decompressedName(const std::string& name) {
     const std::filesystem::path path(name);
-    const std::string stem = (path.parent_path() / path.stem()).string();
     std::error_code error;
-    return stem == name || std::filesystem::exists(stem, error) ? name + ".txt" : stem;
+    const std::string stem = (path.parent_path() / path.stem()).string();
+    return std::filesystem::exists(stem, error) ? freeTextName(name) : stem;
+  }
+
+  // For a text made of the file `name`, never the name of a file that is there.
+  static std::string freeTextName(const std::string& name) {
+    std::string found = name + ".txt";
+    std::error_code error;
+    for (int number = 2; std::filesystem::exists(found, error); ++number) {
+      found = name + "." + std::to_string(number) + ".txt";
+    }
+    return found;
   }
 
   void addDatabaseAsBackup() {
     add("{BACKUP} is a database, not a backup; make a backup of it and restore that",
-        "orxkdb backup {backup} " + shellWord(settings_.backupFileName + ".txt"));
+        "orxkdb backup {backup} " + shellWord(freeTextName(settings_.backupFileName)));
   }
 
   void addSuccess() {

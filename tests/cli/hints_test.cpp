@@ -26,6 +26,7 @@ class Hints : public testing::Test {
     writeFile(directory_ / "backup", backupText(smallFleet()));
     writeFile(directory_ / "pack.ed.gz", compressed("gzip", backupText(smallFleet())));
     writeFile(directory_ / "packed", compressed("gzip", backupText({plainLine(1)})));
+    writeFile(directory_ / "packed.txt", "not to be written over");
     writeFile(directory_ / "twice", backupText({plainLine(1), plainLine(1)}));
     writeDamagedDatabase(directory_.file("damaged"));
   }
@@ -73,7 +74,7 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
        "@pack.ed[.]gz is compressed with gzip; decompress it and restore that",
        "zcat < pack.ed[.]gz > pack.ed"},
       {"-i packed -m counterless", exitFailed, "@packed is compressed .*",
-       "zcat < packed > packed[.]txt"},
+       "zcat < packed > packed[.]2[.]txt"},
       {"-i twice -m other", exitFailed,
        "@other has what .*\n  next: orxkdb undo other\norxrestore: records of @twice have keys .*",
        "orxkdb plan other twice"},
