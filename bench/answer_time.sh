@@ -8,15 +8,9 @@ cd "$(dirname "$0")/.."
 . scripts/packages.sh
 . bench/common.sh
 
-runs=20 objects=1000 limit=50
-while [ $# -gt 0 ]; do
-  case $1 in
-    --runs) runs=$2 ;;
-    --objects) objects=$2 ;;
-    *) echo "unknown option $1" >&2 && exit 1 ;;
-  esac
-  shift 2
-done
+options="runs objects" limit=50
+runs=20 objects=1000
+take_options "$@"
 
 scripts/setup.sh "${build_packages[@]}"
 build_bench
@@ -58,6 +52,7 @@ answer 0 check-gz orxkdb check fleet.txt.gz
 answer 0 explain orxkdb explain db 2:1
 answer 0 diff orxkdb diff db fleet.txt
 answer 0 plan orxkdb plan db other.txt
+answer 0 report orxkdb report db --html out.html
 answer 0 messages orxkdb messages
 answer 0 undo orxkdb undo db
 answer 0 sample orxkdb sample --objects "$objects" out

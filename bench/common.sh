@@ -16,6 +16,20 @@ median() { cut -d' ' -f1 "$1.times" | sort -n | awk '{v[NR] = $1} END {print v[i
 peak_mb() { cut -d' ' -f2 "$1.times" | sort -n | tail -n 1 | awk '{printf "%.1f", $1 / 1024}'; }
 ratio() { awk -v a="$(median "$1")" -v b="$(median "$2")" 'BEGIN {printf "%.2f", a / b}'; }
 
+# take_options ARGUMENT...: "--peers-up-to N" sets peers_up_to=N; $options names those that there are.
+take_options() {
+  local name
+  while [ $# -gt 0 ]; do
+    name=${1#--} && name=${name//-/_}
+    [[ $1 == --* && " $options " == *" $name "* && $# -ge 2 ]] || {
+      echo "unknown option or no value: $1" >&2
+      exit 1
+    }
+    printf -v "$name" %s "$2"
+    shift 2
+  done
+}
+
 build_bench() {
   cmake --preset release -DORX_BUILD_BENCH=ON -DORX_BUILD_TESTS=OFF >/dev/null
   cmake --build --preset release -- --quiet

@@ -8,15 +8,9 @@ cd "$(dirname "$0")/.."
 . scripts/packages.sh
 . bench/common.sh
 
+options="runs records"
 runs=7 records=1000000
-while [ $# -gt 0 ]; do
-  case $1 in
-    --runs) runs=$2 ;;
-    --records) records=$2 ;;
-    *) echo "unknown option $1" >&2 && exit 1 ;;
-  esac
-  shift 2
-done
+take_options "$@"
 
 scripts/setup.sh "${build_packages[@]}"
 build_bench

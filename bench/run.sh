@@ -12,17 +12,9 @@ cd "$(dirname "$0")/.."
 . scripts/packages.sh
 . bench/common.sh
 
+options="runs sizes orders peers_up_to"
 runs=5 sizes="10000 100000 1000000 4000000" peers_up_to=1000000 orders="key random"
-while [ $# -gt 0 ]; do
-  case $1 in
-    --runs) runs=$2 ;;
-    --sizes) sizes=$2 ;;
-    --orders) orders=$2 ;;
-    --peers-up-to) peers_up_to=$2 ;;
-    *) echo "unknown option $1" >&2 && exit 1 ;;
-  esac
-  shift 2
-done
+take_options "$@"
 
 scripts/setup.sh "${build_packages[@]}" db5.3-util lmdb-utils sqlite3 gawk
 build_bench
