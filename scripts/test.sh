@@ -22,25 +22,34 @@ check() {
   fi
 }
 
-# A build and its GoogleTest binary, whose tests are counted one by one.
+# The sum of "[ RESULT ] N test..." over the logs of the parts.
+count_tests() { sed -n "s/^\\[ *$1 *\\] \\([0-9]*\\) test.*/\\1/p" "${@:2}" | awk '{n += $1} END {print n + 0}'; }
+
+# A build and its GoogleTest binary, in as many parts at once as there are processors; its tests are
+# counted one by one.
 build_and_test() {
-  local preset=$1 directory=$2 log
+  local preset=$1 directory=$2 logs part parts=() bad=0 status=0
   echo "== build and test: $preset"
   if ! cmake --preset "$preset" >/dev/null || ! cmake --build --preset "$preset" -- --quiet; then
     failed=$((failed + 1))
     echo "FAILED: build $preset" >&2
     return
   fi
-  log=$(mktemp)
-  "$directory/bin/orx_tests" --gtest_brief=1 --gtest_color=no 2>&1 | tee "$log"
-  local status=${PIPESTATUS[0]}
-  local ok bad skip
-  ok=$(sed -n 's/^\[  PASSED  \] \([0-9]*\) test.*/\1/p' "$log" | tail -1)
-  bad=$(sed -n 's/^\[  FAILED  \] \([0-9]*\) test.*/\1/p' "$log" | tail -1)
-  skip=$(sed -n 's/^\[  SKIPPED \] \([0-9]*\) test.*/\1/p' "$log" | tail -1)
-  rm -f "$log"
-  passed=$((passed + ${ok:-0})) failed=$((failed + ${bad:-0})) skipped=$((skipped + ${skip:-0}))
-  if [ "$status" -ne 0 ] && [ "${bad:-0}" -eq 0 ]; then
+  logs=$(mktemp -d)
+  for part in $(seq 0 $(($(nproc) - 1))); do
+    GTEST_TOTAL_SHARDS=$(nproc) GTEST_SHARD_INDEX=$part \
+      "$directory/bin/orx_tests" --gtest_brief=1 --gtest_color=no >"$logs/$part" 2>&1 &
+    parts+=($!)
+  done
+  for part in "${parts[@]}"; do
+    wait "$part" || status=$?
+  done
+  cat "$logs"/*
+  bad=$(count_tests FAILED "$logs"/*)
+  passed=$((passed + $(count_tests PASSED "$logs"/*))) failed=$((failed + bad))
+  skipped=$((skipped + $(count_tests SKIPPED "$logs"/*)))
+  rm -rf "$logs"
+  if [ "$status" -ne 0 ] && [ "$bad" -eq 0 ]; then
     failed=$((failed + 1))
     echo "FAILED: the $preset tests ended with $status" >&2
   fi
