@@ -12,6 +12,7 @@ echo "Building the programs (build/bin) ..."
 cmake --preset release -DORX_BUILD_TESTS=OFF >/dev/null
 cmake --build --preset release -- --quiet
 PATH="$PWD/build/bin:$PATH"
+page=$PWD/build/report.html
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -71,6 +72,9 @@ run orxkdb sample --objects 20000 --seed 8 other.txt
 sed -i 's/RETENTION=/ARCHIVING=/' other.txt
 run orxkdb check other.txt
 run orxkdb plan rorxdata other.txt
+
+step "The same as a page to look at: counts, models and what refers to them, where identifiers go"
+run orxkdb report rorxdata --plan other.txt --html "$page"
 
 step "The merge: its objects are added under new identifiers, its new parameter as well"
 run orxkdb explain rorxdata 0:0 | grep -A 12 -E '^\$|attribute 1 of|attribute 9 of'
