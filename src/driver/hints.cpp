@@ -39,9 +39,9 @@ constexpr std::array openMeanings{
             "the name is too long for the file system with \".orx-previous\" behind it: {DB}",
             "mv {db} SHORTER"},
     Meaning{kdb::Reason::unique,
-            "a directory stands in the place of {DB}.orx-previous, where the database before a "
-            "change is kept; move it away",
-            "ls -ld {db}.orx-previous"},
+            "a directory stands in the place of {DB}.orx-previous or {DB}.orx-new, where the "
+            "database before a change and the next one are kept; move it away",
+            "ls -ld {db}.orx-*"},
 };
 constexpr std::array runMeanings{
     Meaning{kdb::Reason::endOfFile,
@@ -151,7 +151,10 @@ class HintList {
     const std::string& name = settings_.backupFileName;
     const std::string directory = shellWord(parentOf(name));
     const std::string unchanged = outcome_.published ? "" : "; {DB} is unchanged";
-    if (std::error_code error; std::filesystem::is_directory(name, error)) {
+    if (kdb::isGenerationOf(name.c_str(), settings_.databaseName.c_str())) {
+      add("{BACKUP} is a generation of {DB} itself, which the run would replace" + unchanged,
+          "orxkdb undo {db}");
+    } else if (std::error_code error; std::filesystem::is_directory(name, error)) {
       add("the backup {BACKUP} is a directory" + unchanged, "ls -l {backup}");
     } else if (::access(name.c_str(), F_OK) == 0) {
       add("no permission to read the backup {BACKUP}" + unchanged, "ls -l {backup}");
@@ -217,19 +220,23 @@ class HintList {
         tool + " < {backup} > " + shellWord(decompressedName(settings_.backupFileName)));
   }
 
+  // Also by a symbolic link that leads nowhere: a command would write through it.
+  static bool isTaken(const std::string& name) {
+    std::error_code error;
+    return std::filesystem::exists(std::filesystem::symlink_status(name, error));
+  }
+
   // Without the compressor's ending.
   static std::string decompressedName(const std::string& name) {
     const std::filesystem::path path(name);
-    std::error_code error;
     const std::string stem = (path.parent_path() / path.stem()).string();
-    return std::filesystem::exists(stem, error) ? freeTextName(name) : stem;
+    return isTaken(stem) ? freeTextName(name) : stem;
   }
 
   // For a text made of the file `name`, never the name of a file that is there.
   static std::string freeTextName(const std::string& name) {
     std::string found = name + ".txt";
-    std::error_code error;
-    for (int number = 2; std::filesystem::exists(found, error); ++number) {
+    for (int number = 2; isTaken(found); ++number) {
       found = name + "." + std::to_string(number) + ".txt";
     }
     return found;

@@ -8,6 +8,7 @@
 #include "driver/hints.h"
 #include "driver/process_args.h"
 #include "messages/message_print.h"
+#include "platform/kdb.h"
 #include "platform/trace.h"
 #include "restore/exit_codes.h"
 #include "restore/restore_settings.h"
@@ -21,6 +22,12 @@ namespace {
 // Both kinds: a database is named without a path on every system.
 bool hasPathSeparator(const std::string& name) {
   return name.find_first_of("\\/") != std::string::npos;
+}
+
+// The run would replace or discard what it is to restore from.
+bool backupIsGeneration(const RestoreSettings& settings) {
+  return settings.mode != modeUseCount &&
+         kdb::isGenerationOf(settings.backupFileName.c_str(), settings.databaseName.c_str());
 }
 
 int runOperation(std::int32_t mode, const Operations& operations) {
@@ -41,6 +48,10 @@ int runSteps(int argc, char* const argv[], const Operations& operations) {
   if (hasPathSeparator(settings.databaseName)) {
     printMessage("IDS_MAIN_FIRST");
     return exitNameHasPath;
+  }
+  if (backupIsGeneration(settings)) {
+    printMessage("IDS_MAIN_SECOND", settings.backupFileName);
+    return exitBackupNotOpened;
   }
   const ProgressScope progress(settings.verbose == 0 && !traceIsOpen());
   return runOperation(settings.mode, operations);

@@ -25,6 +25,10 @@ int writeFile(const std::string& path, std::string_view bytes) {
 }  // namespace
 
 Result putBundle(const std::string& directory) {
+  if (directory.empty()) {
+    return fail(exitNotOpened, "the name of the directory is empty", "the messages",
+                "name a directory");
+  }
   const std::string bundle = directory + "/" + bundleName;
   std::error_code error;
   std::filesystem::create_directory(bundle, error);

@@ -54,10 +54,9 @@ Result backup(const BackupOptions& options) {
   Output output;
   if (Result result = output.open(options.file, options.database); !result.ok()) return result;
   if (Result result = writeBackup(options, reader, output); !result.ok()) return result;
-  if (!output.isStandard()) {
-    say(options.json ? jsonText(jsonOf(options, reader.count())) : textOf(options, reader.count()));
-  }
-  return {};
+  if (output.isStandard()) return {};
+  return tellOutcome(options.json, jsonOf(options, reader.count()),
+                     textOf(options, reader.count()));
 }
 
 void addBackup(CLI::App& program, Action& action) {

@@ -39,9 +39,8 @@ Result create(const CreateOptions& options) {
     result.addHint("the database is made, \"orxkdb messages " + directory + "\" adds the rest");
     return result;
   }
-  say(options.json ? jsonText(jsonOf(options.database, directory))
-                   : options.database + ": empty database made, messages beside it\n");
-  return {};
+  return tellOutcome(options.json, jsonOf(options.database, directory),
+                     options.database + ": empty database made, messages beside it\n");
 }
 
 void addCreate(CLI::App& program, Action& action) {

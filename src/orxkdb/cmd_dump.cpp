@@ -44,10 +44,9 @@ Result dump(const DumpOptions& options) {
   Output output;
   if (Result result = output.open(options.file, options.database); !result.ok()) return result;
   if (Result result = writeDump(reader, output); !result.ok()) return result;
-  if (!output.isStandard()) {
-    say(options.json ? jsonText(jsonOf(options, reader.count())) : textOf(options, reader.count()));
-  }
-  return {};
+  if (output.isStandard()) return {};
+  return tellOutcome(options.json, jsonOf(options, reader.count()),
+                     textOf(options, reader.count()));
 }
 
 void addDump(CLI::App& program, Action& action) {

@@ -107,6 +107,10 @@ std::string textOf(const LoadOptions& options, std::uint64_t records) {
 }  // namespace
 
 Result load(const LoadOptions& options) {
+  if (kdb::isGenerationOf(options.file.c_str(), options.database.c_str())) {
+    return fail(exitNotAsExpected, "the dump has a name that belongs to the database", options.file,
+                "give it another name; nothing is changed");
+  }
   DumpReader dump;
   if (Result result = dump.open(options.file); !result.ok()) return result;
   if (Result result = dump.readHeader(); !result.ok()) return result;
@@ -116,8 +120,7 @@ Result load(const LoadOptions& options) {
   if (Result result = addAll(dump, database); !result.ok()) return result;
   if (Result result = database.publish(); !result.ok()) return result;
   if (Result result = compareCount(options.database, dump.count()); !result.ok()) return result;
-  say(options.json ? jsonText(jsonOf(options, dump.count())) : textOf(options, dump.count()));
-  return {};
+  return tellOutcome(options.json, jsonOf(options, dump.count()), textOf(options, dump.count()));
 }
 
 void addLoad(CLI::App& program, Action& action) {

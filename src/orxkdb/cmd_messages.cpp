@@ -26,8 +26,7 @@ std::string textOf(const std::string& bundle) {
 Result messages(const MessagesOptions& options) {
   if (Result result = putBundle(options.directory); !result.ok()) return result;
   const std::string bundle = options.directory + "/" + bundleName;
-  say(options.json ? jsonText(jsonOf(bundle)) : textOf(bundle));
-  return {};
+  return tellOutcome(options.json, jsonOf(bundle), textOf(bundle));
 }
 
 void addMessages(CLI::App& program, Action& action) {

@@ -25,17 +25,18 @@ nlohmann::ordered_json planJson(const ReportData& data) {
           {"records", data.plan->totals().records}};
 }
 
-std::string summaryJson(const ReportOptions& options, const ReportData& data, const Page& page) {
-  return jsonText(jsonDocument("report", {{"database", options.database},
-                                          {"file", options.page},
-                                          {"bytes", page.html.size()},
-                                          {"records", data.statistics.records},
-                                          {"objects", data.statistics.objects},
-                                          {"objectsListed", page.objectsListed},
-                                          {"models", data.counts.models},
-                                          {"references", data.counts.references},
-                                          {"findings", data.findings.total()},
-                                          {"plan", planJson(data)}}));
+nlohmann::ordered_json summaryJson(const ReportOptions& options, const ReportData& data,
+                                   const Page& page) {
+  return jsonDocument("report", {{"database", options.database},
+                                 {"file", options.page},
+                                 {"bytes", page.html.size()},
+                                 {"records", data.statistics.records},
+                                 {"objects", data.statistics.objects},
+                                 {"objectsListed", page.objectsListed},
+                                 {"models", data.counts.models},
+                                 {"references", data.counts.references},
+                                 {"findings", data.findings.total()},
+                                 {"plan", planJson(data)}});
 }
 
 std::string summaryText(const ReportOptions& options, const ReportData& data) {
@@ -65,10 +66,8 @@ Result report(const ReportOptions& options) {
   runProgress().enter("writing");
   const Page page = pageOf(data, std::time(nullptr));
   if (Result result = writePage(page, output); !result.ok()) return result;
-  if (!output.isStandard()) {
-    say(options.json ? summaryJson(options, data, page) : summaryText(options, data));
-  }
-  return {};
+  if (output.isStandard()) return {};
+  return tellOutcome(options.json, summaryJson(options, data, page), summaryText(options, data));
 }
 
 void addReport(CLI::App& program, Action& action) {
@@ -85,7 +84,7 @@ void addReport(CLI::App& program, Action& action) {
       ->type_name("FILE");
   command
       ->add_option("--plan", options->backup, "Show what a merge of this backup would do as well")
-      ->type_name("BACKUP");
+      ->type_name("FILE");
   addLimit(*command, options->limit, "Findings of each kind, and entries of a plan; 0 shows all");
   addJson(*command, options->json);
   command->footer(

@@ -38,8 +38,8 @@ Result sample(const SampleOptions& options) {
         return written.ok();
       });
   if (complete) written = output.publish();
-  if (written.ok() && options.json) say(jsonText(jsonOf(options, records)));
-  return written;
+  if (!written.ok()) return written;
+  return tellOutcome(options.json, jsonOf(options, records), "");
 }
 
 void addSample(CLI::App& program, Action& action) {

@@ -50,8 +50,7 @@ Result undo(const UndoOptions& options) {
   const std::string& name = options.database;
   kdb::kdbStatus status;
   if (kdb::exchangeWithPrevious(name.c_str(), status) != 0) return undoFailure(name, status);
-  say(options.json ? jsonText(jsonOf(name)) : textOf(name));
-  return {};
+  return tellOutcome(options.json, jsonOf(name), textOf(name));
 }
 
 void addUndo(CLI::App& program, Action& action) {

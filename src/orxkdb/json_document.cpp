@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include "orxkdb/output.h"
+
 namespace orx::orxkdb {
 
 namespace {
@@ -44,6 +46,16 @@ std::string failureJson(const Result& failure) {
   return jsonText(jsonDocument("failure", {{"code", static_cast<int>(failure.code)},
                                            {"text", failure.textWithoutHint()},
                                            {"hint", failure.hint}}));
+}
+
+Result tellOutcome(bool json, const Json& document, std::string_view words) {
+  if (!json) {
+    say(words);
+    return {};
+  }
+  Result result = writeStandardOutput(jsonText(document));
+  if (!result.ok()) result.addHint("what was asked for is done");
+  return result;
 }
 
 Result jsonNeedsFile(std::string_view command) {

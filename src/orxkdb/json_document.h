@@ -34,6 +34,10 @@ void addJson(CLI::App& command, bool& json);
 // The document of a failure: its exit code, what happened where, and what to do next.
 [[nodiscard]] std::string failureJson(const Result& failure);
 
+// Tells what was done, as JSON or in words. A script needs its document: exitFailed when it cannot
+// be written, though all is done. Whether anybody reads the words does not matter.
+Result tellOutcome(bool json, const nlohmann::ordered_json& document, std::string_view words);
+
 // The usage failure of --json where standard output is taken by what the subcommand writes.
 Result jsonNeedsFile(std::string_view command);
 

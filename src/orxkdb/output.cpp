@@ -26,6 +26,11 @@ bool isFile(const struct stat& file, const std::string& name) {
   return !name.empty() && ::stat(name.c_str(), &named) == 0 && sameFile(file, named);
 }
 
+// Where AtomicFile writes first.
+std::string successorOf(const std::string& name) {
+  return resolvePath(name).value_or(name).append(successorSuffix);
+}
+
 Result refuse(std::string_view what, std::string_view name) {
   return fail(exitNotAsExpected, what, name,
               "give another name for the output; nothing is changed");
@@ -33,20 +38,21 @@ Result refuse(std::string_view what, std::string_view name) {
 
 Result refuseInputs(const std::string& name, const std::string& database,
                     const std::string& backup) {
-  struct stat file {};
-  if (::stat(name.c_str(), &file) != 0) return {};
-  if (isFile(file, database)) return refuse("the output would replace the database itself", name);
-  if (isFile(file, backup)) return refuse("the output would replace the backup itself", name);
+  for (const std::string& path : {name, successorOf(name)}) {
+    struct stat file {};
+    if (::stat(path.c_str(), &file) != 0) continue;
+    if (isFile(file, database)) return refuse("the output would replace the database itself", path);
+    if (isFile(file, backup)) return refuse("the output would replace the backup itself", path);
+  }
   return {};
 }
 
-// AtomicFile writes beside its target first, so that name has to be free as well.
+// The name beside the target has to be free as well.
 Result refuseDatabase(const std::string& name) {
   for (const std::string_view suffix : databaseSuffixes) {
     if (name.ends_with(suffix)) return refuse("names with this ending belong to databases", name);
   }
-  const std::string target = resolvePath(name).value_or(name);
-  for (const std::string& path : {target, target + std::string(successorSuffix)}) {
+  for (const std::string& path : {resolvePath(name).value_or(name), successorOf(name)}) {
     if (kdb::looksLikeDatabase(path.c_str())) {
       return refuse("the output would replace a database", path);
     }

@@ -1,6 +1,7 @@
 #include "orxkdb/plain_backup.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -25,8 +26,13 @@ std::string scratchDirectory() {
 Result scratchFailure(const std::string& backup, int error) {
   const std::string where =
       backup + " into " + scratchDirectory() + " (" + std::generic_category().message(error) + ")";
-  return fail(exitFailed, "the backup cannot be decompressed", where,
-              "set TMPDIR to a directory with space, or decompress it yourself");
+  return fail(exitFailed, "the backup cannot be unpacked", where,
+              "set TMPDIR to a directory with space on a local disk, or unpack it yourself");
+}
+
+bool isPipe(const std::string& name) {
+  struct stat file {};
+  return ::stat(name.c_str(), &file) == 0 && S_ISFIFO(file.st_mode);
 }
 
 // Counts the characters since the last line end.
@@ -50,8 +56,7 @@ Result copyAll(ByteSource& source, const std::string& name, const UniqueFd& file
     const std::string_view bytes(buffer.data(), static_cast<std::size_t>(count));
     line.add(bytes);
     if (line.isTooLong()) {
-      return fail(exitNotAsExpected, "what is compressed is no backup, a line does not end", name,
-                  "check the name");
+      return fail(exitNotOpened, "this is no backup, a line does not end", name, "check the name");
     }
     if (const int error = writeAll(file.get(), bytes); error != 0) {
       return scratchFailure(name, error);
@@ -63,24 +68,26 @@ Result copyAll(ByteSource& source, const std::string& name, const UniqueFd& file
 
 }  // namespace
 
-Result PlainBackup::open(const std::string& name) {
+Result PlainBackup::open(const std::string& name, Pipes pipes) {
   path_ = name;
-  return compressionOfFile(name) == Compression::none ? Result() : decompress(name);
+  const bool isWanted =
+      compressionOfFile(name) != Compression::none || (pipes == Pipes::unpacked && isPipe(name));
+  return isWanted ? unpack(name) : Result();
 }
 
-Result PlainBackup::decompress(const std::string& name) {
+Result PlainBackup::unpack(const std::string& name) {
   ByteSource source;
   if (const int error = source.open(name); error != 0) {
     return fileFailure(exitNotOpened, "the file cannot be opened", name, error);
   }
   file_ = openFile(scratchDirectory(), O_TMPFILE | O_RDWR, 0600);
   if (!file_.valid()) return scratchFailure(name, errno);
-  runProgress().enterFile("decompressing", name);
+  runProgress().enterFile("unpacking", name);
   if (Result result = copyAll(source, name, file_); !result.ok()) return result;
   path_ = "/proc/self/fd/" + std::to_string(file_.get());
   if (!kdb::looksLikeDatabase(path_.c_str())) return {};
-  return fail(exitNotAsExpected, "what is compressed is a database, not a backup", name,
-              "decompress it and give the result");
+  return fail(exitNotOpened, "what comes out is a database, not a backup", name,
+              "make a backup of it with \"orxkdb backup\", and give that");
 }
 
 }  // namespace orx::orxkdb

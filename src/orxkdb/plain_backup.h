@@ -1,8 +1,8 @@
-// PlainBackup: a backup file, compressed or not, under a path that readers of plain files can open.
+// PlainBackup: a backup, compressed or not, under a path that readers of plain files can open.
 //
-// A compressed one is decompressed into a file without a name in the directory TMPDIR, /var/tmp
-// without it: readers go to and fro in it, and memory stays bounded. It is gone with the object, or
-// with the process.
+// A compressed one is unpacked into a file without a name in the directory TMPDIR, /var/tmp without
+// it: readers go to and fro in it, and memory stays bounded. It is gone with the object, or with
+// the process.
 #pragma once
 
 #include <string>
@@ -18,13 +18,16 @@ class PlainBackup {
   // compressed file could fill the disk.
   static constexpr std::size_t longestLine = std::size_t{1} << 20;
 
-  // Anything but a compressed regular file is left for its reader to open, or to refuse.
-  Result open(const std::string& name);
+  enum class Pipes : bool { left, unpacked };
+
+  // Anything but a compressed regular file is left for its reader to open, or to refuse; but what
+  // comes out of a pipe, compressed or not, is put into the file as well when `pipes` says so.
+  Result open(const std::string& name, Pipes pipes = Pipes::left);
   // Lives as long as the object.
   [[nodiscard]] const std::string& path() const { return path_; }
 
  private:
-  Result decompress(const std::string& name);
+  Result unpack(const std::string& name);
 
   std::string path_;
   UniqueFd file_;

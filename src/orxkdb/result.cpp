@@ -39,8 +39,7 @@ constexpr std::array sentences{
              "look into the system's log; the database is as it was"},
 };
 constexpr Sentence noPlaceForPrevious{
-    kdb::Reason::unique,
-    "a directory stands where the database before a change is kept, NAME.orx-previous",
+    kdb::Reason::unique, "a directory stands in the place of NAME.orx-previous or NAME.orx-new",
     "move the directory away"};
 constexpr Sentence missingDirectory{kdb::Reason::notFound, "there is no directory for the database",
                                     "make the directory, or check the name"};

@@ -122,6 +122,10 @@ std::int32_t Checkpoint(kdbHandle database);
 // generation, 8/17 when that is no database.
 [[nodiscard]] std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status);
 
+// True when `path` is the file NAME.orx-previous or NAME.orx-new of the database `name`, which a
+// change of the database replaces or discards.
+[[nodiscard]] bool isGenerationOf(const char* path, const char* name);
+
 // True when `path` is a file that begins like a database, whatever its state.
 [[nodiscard]] bool looksLikeDatabase(const char* path);
 

@@ -19,6 +19,7 @@ class Hints : public testing::Test {
     writeEchoBundle(directory_.path());
     std::filesystem::create_directory(directory_ / "folder");
     makeDatabase(directory_.file("db"), smallFleet());
+    makeDatabase(directory_.file("db.orx-previous"), {plainLine(1)});
     makeDatabase(directory_.file("other"), smallFleet());
     createDatabase(directory_.file("empty"));
     makeDatabase(directory_.file("counterless"), {plainLine(7)});
@@ -57,6 +58,12 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
        "ls -l [.]"},
       {"-i folder -o db", exitBackupNotOpened,
        "the backup @folder is a directory; @db is unchanged", "ls -l folder"},
+      {"-i db.orx-previous -o db", exitBackupNotOpened,
+       "@db.orx-previous is a generation of @db itself, which the run would replace; @db is "
+       "unchanged",
+       "orxkdb undo db"},
+      {"-i db.orx-previous -m db", exitBackupNotOpened, ".* is a generation of .*",
+       "orxkdb undo db"},
       {"-i backup -o 'no db'", exitDatabaseNotOpened, "there is no database @no db",
        "orxkdb create 'no db'"},
       {"-i backup -o notes", exitDatabaseNotOpened, "@notes is not a database", "ls -ld notes"},

@@ -119,8 +119,11 @@ TEST_F(OrxKdb, UndoTakesSoundGenerationsAlone) {
 
 TEST_F(OrxKdb, OutputThatNobodyTakesIsAFailure) {
   test::createDatabase(scratch_.file("db"), 3);
-  const std::vector<std::string> commands[] = {
-      {"dump", "db"}, {"backup", "db", "-"}, {"stat", "db"}, {"--help"}};
+  const std::vector<std::string> commands[] = {{"dump", "db"},
+                                               {"backup", "db", "-"},
+                                               {"stat", "db"},
+                                               {"--help"},
+                                               {"dump", "--json", "db", "file"}};
   for (const auto& broken : test::brokenOutputs) {
     for (const auto& arguments : commands) {
       expectFailure(run(arguments, "", broken), exitFailed,

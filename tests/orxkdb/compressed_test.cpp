@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <regex>
 
 #include "orxkdb/exit_codes.h"
 #include "tests/support/compress.h"
@@ -56,6 +57,10 @@ TEST_P(CompressedInput, IsReadLikeAPlainFile) {
   }
   const auto piped = test::runIn(scratch_, "orxkdb", {"load", "piped"}, bytesOf("dump"));
   EXPECT_THAT(piped.output, HasSubstr("3 records loaded")) << piped.errors;
+  const auto plan =
+      test::runProgram(test::shellScript(scratch_, "cat b | orxkdb plan db /dev/stdin"));
+  EXPECT_EQ(std::regex_replace(plan.output, std::regex("/dev/stdin"), "b"),
+            run({"plan", "db", "b"}).output);
 }
 
 TEST_P(CompressedInput, ThatIsNoWholeBackupOrDumpChangesNothing) {
@@ -86,8 +91,8 @@ TEST_P(CompressedInput, ThatIsNoWholeBackupOrDumpChangesNothing) {
       {{"explain", "--line", "a.cut:1"}, exitNotOpened, cut + "a.cut" + format},
       {{"load", "new", "dump.cut"}, exitNotAsExpected, cut + "dump.cut:"},
       {{"load", "--replace", "db", "dump.more"}, exitNotAsExpected, more + "dump.more:"},
-      {{"check", "database"}, exitNotAsExpected, "what is compressed is a database, not a backup"},
-      {{"plan", "db", "endless"}, exitNotAsExpected, "is no backup, a line does not end, endless"},
+      {{"check", "database"}, exitNotOpened, "what comes out is a database, not a backup"},
+      {{"plan", "db", "endless"}, exitNotOpened, "is no backup, a line does not end, endless"},
       {{"load", "new", "endless"}, exitNotAsExpected, "this is no dump"},
   };
   for (const auto& row : cases) {

@@ -16,6 +16,7 @@ TEST(JsonFailure, IsOneDocumentWithCodeTextAndHint) {
   const test::TempDir scratch;
   test::makeDatabase(scratch.file("db"), test::smallFleet());
   test::writeFile(scratch / "notes", "no dump\n");
+  std::filesystem::copy_file(scratch / "notes", scratch / "db.orx-previous");
   const struct {
     std::vector<std::string> words;
     ExitCode code;
@@ -30,7 +31,9 @@ TEST(JsonFailure, IsOneDocumentWithCodeTextAndHint) {
       {{"explain", "db", "5:5"}, exitNotAsExpected},
       {{"diff", "db"}, exitNotAsExpected},
       {{"plan", "db", "none"}, exitNotOpened},
+      {{"load", "--replace", "db", "db.orx-previous"}, exitNotAsExpected},
       {{"messages", "none"}, exitNotOpened},
+      {{"messages", ""}, exitNotOpened},
       {{"undo", "db"}, exitNotOpened},
       {{"report", "db", "--html", "-"}, exitUsage},
       {{"stat", "none"}, exitNotOpened},

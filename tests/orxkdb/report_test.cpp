@@ -215,6 +215,7 @@ TEST(Report, RefusesWhatItCannotDo) {
   const std::string database = scratch.file("db");
   test::makeDatabase(database, std::vector<Line>{});
   test::writeFile(scratch / "text", "no database");
+  test::writeFile(scratch / "p.orx-new", "a backup");
   const struct {
     ReportOptions options;
     int code;
@@ -226,10 +227,11 @@ TEST(Report, RefusesWhatItCannotDo) {
       {{database, scratch.file("p.html"), ""}, exitNotOpened},
       {{database, scratch.file("p.html"), scratch.file("text")}, exitNotAsExpected},  // no counters
       {{database, scratch.file("text"), scratch.file("text")}, exitNotAsExpected},
+      {{database, scratch.file("p"), scratch.file("p.orx-new")}, exitNotAsExpected},
       {{database, "-", {}, 20, true}, exitUsage},
   };
   for (const auto& [options, code] : cases) EXPECT_EQ(report(options).code, code) << options.page;
-  EXPECT_THAT(scratch.names(), testing::ElementsAre("db", "text"));
+  EXPECT_THAT(scratch.names(), testing::ElementsAre("db", "p.orx-new", "text"));
   EXPECT_EQ(test::readFile(scratch / "text"), "no database");
 }
 

@@ -188,16 +188,22 @@ TEST_F(KdbSurroundings, TheLastStepsOfADeadRunAreMadeUpFor) {
   EXPECT_EQ(Opened(name_).close(), "0/0");
   EXPECT_THAT(test::objects(previous), SizeIs(2));
   EXPECT_THAT(scratch_.names(), ElementsAre("db", "db.orx-previous"));
+
+  createDatabase(left, 5);  // the same in a copy of the directory, which has lost all marks
+  EXPECT_EQ(Opened(name_).close(), "0/0");
+  EXPECT_THAT(test::objects(previous), SizeIs(2));
+  EXPECT_THAT(scratch_.names(), ElementsAre("db", "db.orx-previous"));
 }
 
 TEST_F(KdbSurroundings, WhatStandsInTheWayOfAGenerationIsFoundAtTheOpenAndNotOverwritten) {
   createDatabase(name_, 1);
-  for (const auto& [directory, expected] :
-       {std::pair(".orx-previous", "4/46"), {".orx-new", "8/17"}}) {
-    std::filesystem::create_directory(name_ + directory);
-    EXPECT_EQ(openResult(name_), expected) << directory;
-    std::filesystem::remove(name_ + directory);
+  for (const char* generation : {".orx-previous", ".orx-new"}) {
+    std::filesystem::create_directory(name_ + generation);
+    EXPECT_EQ(openResult(name_), "4/46") << generation;
+    std::filesystem::remove(name_ + generation);
   }
+  std::filesystem::create_hard_link(name_, name_ + ".orx-new");
+  EXPECT_EQ(openResult(name_), "0/0");
   test::writeFile(scratch_.file("precious"), "kept");
   std::filesystem::create_symlink("precious", name_ + ".orx-new");
   addRecords(name_, {makeRecord(2)});

@@ -40,9 +40,9 @@ class PlanRun {
   }
 
  private:
-  // A pipe is opened once only: whoever writes into it would miss its first reader.
   Result openBackup() {
-    if (Result result = plain_.open(backupName_); !result.ok()) return result;
+    if (Result result = plain_.open(backupName_, PlainBackup::Pipes::unpacked); !result.ok())
+      return result;
     if (!backup_.open(plain_.path().c_str())) {
       return fileFailure(exitNotOpened, "the backup cannot be opened", backupName_,
                          backup_.errorNumber());

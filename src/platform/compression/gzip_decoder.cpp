@@ -28,12 +28,21 @@ class GzipDecoder final : public Decoder {
 
   Decoding decode(std::span<const std::uint8_t>& in, bool /*isLast*/,
                   std::span<std::uint8_t>& out) override {
-    if (in.empty() && hasEnded_) return Decoding::complete;
+    if (hasEnded_) skipPadding(in);
+    if (hasEnded_ && in.empty()) return Decoding::complete;
+    if (isPadded_) return Decoding::damaged;
     if (hasEnded_) (void)::inflateReset(&stream_);
     return inflateSome(in, out);
   }
 
  private:
+  // Zeros may fill the last block of a tape; nothing follows them.
+  void skipPadding(std::span<const std::uint8_t>& in) {
+    const auto end = std::ranges::find_if(in, [](std::uint8_t byte) { return byte != 0; });
+    isPadded_ |= end != in.begin();
+    in = in.subspan(static_cast<std::size_t>(end - in.begin()));
+  }
+
   Decoding inflateSome(std::span<const std::uint8_t>& in, std::span<std::uint8_t>& out) {
     stream_.next_in = in.data();
     stream_.avail_in = countOf(in.size());
@@ -51,6 +60,7 @@ class GzipDecoder final : public Decoder {
 
   z_stream stream_{};
   bool hasEnded_ = false;  // a member; the next one needs a reset
+  bool isPadded_ = false;
 };
 
 }  // namespace

@@ -153,8 +153,8 @@ Outcome Database::settleLastRun() {
   if (::lstat(paths_.previous.c_str(), &previous) == 0 && S_ISDIR(previous.st_mode)) {
     return duplicateKey;  // nothing could be published
   }
-  if (const int error = clearMark(base_->fd()); error != 0) return outcomeOfErrno(error);
-  return settleLeftover(paths_, base_->fd());
+  if (const Outcome outcome = settleLeftover(paths_, base_->fd()); !outcome.ok()) return outcome;
+  return outcomeOfErrno(clearMark(base_->fd()));
 }
 
 void Database::noteFailure(const Outcome& outcome) {

@@ -1,7 +1,10 @@
 #include "platform/kdb.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -9,6 +12,7 @@
 #include "platform/file.h"
 #include "platform/kdb/engine.h"
 #include "platform/kdb/handles.h"
+#include "platform/kdb/publish.h"
 #include "platform/kdb_statistics.h"
 
 namespace orx::kdb {
@@ -270,6 +274,16 @@ std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status) {
   }
   fill(status, outcome);
   return status.returnCode;
+}
+
+bool isGenerationOf(const char* path, const char* name) {
+  struct stat file {};
+  if (::stat(path, &file) != 0) return false;
+  const DatabasePaths paths = DatabasePaths::of(resolvePath(name).value_or(name));
+  return std::ranges::any_of(std::array{paths.previous, paths.successor}, [&](const auto& other) {
+    struct stat found {};
+    return ::stat(other.c_str(), &found) == 0 && sameFile(file, found);
+  });
 }
 
 bool looksLikeDatabase(const char* path) {

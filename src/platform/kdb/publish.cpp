@@ -82,22 +82,21 @@ int isMarked(int fd, bool& marked) {
   return 0;
 }
 
-// Whether the file system keeps marks, tried on the file `fd`, which has none.
-int keepsMarks(int fd, bool& keeps) {
-  struct stat file {};
-  if (::fstat(fd, &file) != 0) return errno;
-  if (::fchmod(fd, (file.st_mode & 07777) | unpublishedMark) != 0) return errno;
-  const int error = isMarked(fd, keeps);
-  return error == 0 ? clearMark(fd) : error;
+// An exchange leaves the published database marked and the replaced one without a mark. A successor
+// can lose its mark, in a copy of the directory, but then the database has none either.
+int isReplacedDatabase(int fd, int databaseFd, bool& replaced) {
+  bool published = false;
+  bool marked = false;
+  int error = databaseFd < 0 ? 0 : isMarked(databaseFd, published);
+  if (error == 0) error = isMarked(fd, marked);
+  replaced = published && !marked && TreeFile::beginsLikeTree(fd);
+  return error;
 }
 
-// Nothing is removed unless it is known to be a successor. Where marks are not kept, names are
-// never exchanged, so that nothing else is ever left.
-int isReplacedDatabase(int fd, int probe, bool& replaced) {
-  bool marked = false;
-  if (const int error = isMarked(fd, marked); error != 0) return error;
-  replaced = !marked && TreeFile::beginsLikeTree(fd);
-  return replaced ? keepsMarks(probe, replaced) : 0;
+bool isSameFile(int a, int b) {
+  struct stat fileA {};
+  struct stat fileB {};
+  return ::fstat(a, &fileA) == 0 && ::fstat(b, &fileB) == 0 && sameFile(fileA, fileB);
 }
 
 }  // namespace
@@ -141,12 +140,15 @@ Outcome settleLeftover(const DatabasePaths& paths, int databaseFd) {
   if (::lstat(paths.successor.c_str(), &found) != 0) {
     return errno == ENOENT ? succeeded : outcomeOfErrno(errno);
   }
+  if (S_ISDIR(found.st_mode)) return duplicateKey;
   if (!S_ISREG(found.st_mode)) return outcomeOfErrno(removeFile(paths.successor));
   const UniqueFd left = openFile(paths.successor, O_RDONLY | O_NOFOLLOW);
   if (!left.valid()) return outcomeOfErrno(errno);
+  const bool isSecondName = databaseFd >= 0 && isSameFile(left.get(), databaseFd);
+  if (isSecondName) return outcomeOfErrno(removeFile(paths.successor));
   if (lockFile(left.get()) != 0 || !leadsTo(paths.successor, left.get())) return inUse;
   bool replaced = false;
-  int error = isReplacedDatabase(left.get(), databaseFd < 0 ? left.get() : databaseFd, replaced);
+  int error = isReplacedDatabase(left.get(), databaseFd, replaced);
   if (error == 0) error = replaced ? makePrevious(paths) : removeFile(paths.successor);
   return outcomeOfErrno(error);
 }

@@ -22,8 +22,9 @@ struct DatabasePaths {
   [[nodiscard]] bool namesFit() const;
 };
 
-// The mode bit of a successor that is not published. Whatever a dead run left as NAME.orx-new is a
-// successor when it has the bit; without it, it is the database that the run replaced.
+// The mode bit of a successor; the last step of publishing takes it away. When a dead run left a
+// NAME.orx-new without the bit beside a NAME with it, that is the database that the run replaced;
+// any other is a successor.
 inline constexpr mode_t unpublishedMark = S_ISVTX;
 
 // Publishes the complete successor open as `successorFd` in place of the database open as
@@ -43,8 +44,8 @@ inline constexpr mode_t unpublishedMark = S_ISVTX;
 int clearMark(int fd);
 
 // Takes care of what a dead run left as NAME.orx-new: discards a successor, makes a replaced
-// database the previous generation. 3/19 when its process is alive. `databaseFd` is the database,
-// -1 for none; it has no mark.
+// database the previous generation. 3/19 when its process is alive, 4/46 for a directory.
+// `databaseFd` is the database, with the mark that it was found with; -1 for none.
 [[nodiscard]] Outcome settleLeftover(const DatabasePaths& paths, int databaseFd);
 
 // Publishes the complete successor as a new database of mode `mode`; 4/46 when the name is taken.

@@ -72,6 +72,7 @@ TEST_F(Completion, OfBashFollowsTheCommandLine) {
       {{"explain", "fl"}, {"fleet 1.txt", "fleets"}},
       {{"explain", "db", "f"}, {}},
       {{"explain", "--line", "fleet "}, {"fleet 1.txt"}},
+      {{"report", "db", "--plan", "fleet "}, {"fleet 1.txt"}},
       {{"sample", "--order", ""}, {"key", "random"}},
       {{"sample", "--order", "="}, {"key", "random"}},
       {{"sample", "--order", "=", "r"}, {"random"}},

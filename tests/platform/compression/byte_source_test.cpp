@@ -112,6 +112,22 @@ TEST_P(ByteSources, KnowTheFormatOfAStreamThatComesByteByByte) {
 INSTANTIATE_TEST_SUITE_P(Formats, ByteSources, testing::ValuesIn(test::compressors),
                          [](const auto& format) { return std::string(format.param); });
 
+TEST(GzipBytes, MayEndInTheZerosOfATape) {
+  const test::TempDir scratch;
+  const std::string zeros(600'000, '\0');
+  const std::string member = test::compressed("gzip", "text");
+  for (const auto& [bytes, fault] : {std::pair(member + zeros, ByteFault::none),
+                                     {member + zeros + member, ByteFault::damaged},
+                                     {zeros + member, ByteFault::none}}) {
+    test::writeFile(scratch / "file", bytes);
+    ByteSource source;
+    ASSERT_EQ(source.open(scratch.file("file")), 0);
+    const Outcome outcome = readAll(source, 1000);
+    EXPECT_EQ(outcome.fault, fault);
+    EXPECT_EQ(outcome.bytes, bytes.front() == '\0' ? bytes : "text");
+  }
+}
+
 TEST(PlainBytes, ComeAsTheyAre) {
   const test::TempDir scratch;
   const std::string large(700'000, 'x');
