@@ -31,7 +31,7 @@ take_options() {
 }
 
 build_bench() {
-  cmake --preset release -DORX_BUILD_BENCH=ON -DORX_BUILD_TESTS=OFF >/dev/null
+  cmake --preset release -DORX_BUILD_BENCH=ON >/dev/null
   cmake --build --preset release -- --quiet
   PATH="$PWD/build/bin:$PATH"
 }

@@ -9,7 +9,7 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh "${build_packages[@]}"
 
 echo "Building the programs (build/bin) ..."
-cmake --preset release -DORX_BUILD_TESTS=OFF >/dev/null
+cmake --preset release >/dev/null
 cmake --build --preset release -- --quiet
 PATH="$PWD/build/bin:$PATH"
 page=$PWD/build/report.html

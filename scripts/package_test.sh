@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 . scripts/packages.sh
 scripts/setup.sh "${build_packages[@]}" "${package_packages[@]}"
 
-cmake --preset release -DORX_BUILD_TESTS=OFF >/dev/null
+cmake --preset release >/dev/null
 cmake --build --preset release -- --quiet
 rm -f build/orxrestore_*.deb
 (cd build && cpack -G DEB >/dev/null)

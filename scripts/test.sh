@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds everything and passes every test: formatting, include directions, lint, the tests in an
-# optimised build and under the sanitizers. Installs the Debian packages it needs. The last line
+# Builds everything and passes every test: formatting, include directions, lint, the tests under the
+# sanitizers, and those of the programs once more with the optimised ones. Installs the Debian packages it needs. The last line
 # counts the tests.
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -25,33 +25,30 @@ check() {
 # The sum of "[ RESULT ] N test..." over the logs of the parts.
 count_tests() { sed -n "s/^\\[ *$1 *\\] \\([0-9]*\\) test.*/\\1/p" "${@:2}" | awk '{n += $1} END {print n + 0}'; }
 
-# A build and its GoogleTest binary, in as many parts at once as there are processors; its tests are
-# counted one by one.
-build_and_test() {
-  local preset=$1 directory=$2 logs part parts=() bad=0 status=0
-  echo "== build and test: $preset"
-  if ! cmake --preset "$preset" >/dev/null || ! cmake --build --preset "$preset" -- --quiet; then
-    failed=$((failed + 1))
-    echo "FAILED: build $preset" >&2
-    return
-  fi
+build() { cmake --preset "$1" >/dev/null && cmake --build --preset "$1" -- --quiet; }
+
+# run_tests NAME PROGRAM: a GoogleTest program, in as many parts at once as there are processors; its
+# tests are counted one by one.
+run_tests() {
+  local name=$1 program=$2 logs part parts=() bad=0 status=0
+  echo "== $name"
   logs=$(mktemp -d)
   for part in $(seq 0 $(($(nproc) - 1))); do
     GTEST_TOTAL_SHARDS=$(nproc) GTEST_SHARD_INDEX=$part \
-      "$directory/bin/orx_tests" --gtest_brief=1 --gtest_color=no >"$logs/$part" 2>&1 &
+      "$program" --gtest_brief=1 --gtest_color=no >"$logs/$part" 2>&1 &
     parts+=($!)
   done
   for part in "${parts[@]}"; do
     wait "$part" || status=$?
   done
   cat "$logs"/*
-  bad=$(count_tests FAILED "$logs"/*)
+  bad=$(cat "$logs"/* | grep -c '^\[  FAILED  \] .* ms)$')
   passed=$((passed + $(count_tests PASSED "$logs"/*))) failed=$((failed + bad))
   skipped=$((skipped + $(count_tests SKIPPED "$logs"/*)))
   rm -rf "$logs"
   if [ "$status" -ne 0 ] && [ "$bad" -eq 0 ]; then
     failed=$((failed + 1))
-    echo "FAILED: the $preset tests ended with $status" >&2
+    echo "FAILED: $name ended with $status" >&2
   fi
 }
 
@@ -65,8 +62,11 @@ check_lint() {
 
 check "formatting" check_format
 check "include directions" scripts/check_includes.sh
-build_and_test release build
-build_and_test asan build/asan
+check "build: release" build release
+check "build: asan" build asan
+run_tests "tests of the layers, sanitized" build/asan/bin/orx_tests
+run_tests "tests of the programs, sanitized" build/asan/bin/orx_program_tests
+ORX_PROGRAMS=build/bin run_tests "tests of the programs, optimised" build/asan/bin/orx_program_tests
 check "lint" check_lint
 
 if [ "$skipped" -gt 0 ]; then

@@ -1,6 +1,5 @@
 #include "orxkdb/cmd_backup.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -59,21 +58,16 @@ Result backup(const BackupOptions& options) {
                      textOf(options, reader.count()));
 }
 
-void addBackup(CLI::App& program, Action& action) {
+void addBackup(CommandLine& line) {
   auto options = std::make_shared<BackupOptions>();
-  CLI::App* const command =
-      program.add_subcommand("backup", "Write every record as a line that orxrestore reads");
-  command->add_option("DB", options->database, "Database to read; it is not changed")
-      ->required()
-      ->type_name("");
-  command
-      ->add_option("FILE", options->file,
-                   "File to write, whole or not at all; \"-\" is standard output")
-      ->required()
-      ->type_name("");
-  command->add_flag("--crlf", options->crlf, "End each line with CR LF");
-  addJson(*command, options->json);
-  command->footer(
+  Command command(line, "backup", "Write every record as a line that orxrestore reads",
+                  [options] { return backup(*options); });
+  command.argument("DB", options->database, "Database to read; it is not changed");
+  command.argument("FILE", options->file,
+                   "File to write, whole or not at all; \"-\" is standard output");
+  command.flag("--crlf", options->crlf, "End each line with CR LF");
+  command.json(options->json);
+  command.footer(
       "A line has 440 columns. A record that it cannot carry, because a number needs more than 8\n"
       "characters or the data holds a line feed, is named, and then no file is written.\n\n"
       "Examples:\n"
@@ -81,7 +75,6 @@ void addBackup(CLI::App& program, Action& action) {
       "  orxkdb backup --json rorxdata rorxdata.txt\n"
       "  orxkdb backup --crlf rorxdata RORXbackup.txt\n"
       "  orxkdb backup rorxdata - | gzip > rorxdata.txt.gz");
-  command->callback([options, &action] { action = [options] { return backup(*options); }; });
 }
 
 }  // namespace orx::orxkdb

@@ -2,13 +2,11 @@
 
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "orxkdb/check/check_report.h"
 #include "orxkdb/check/check_run.h"
 #include "orxkdb/json_document.h"
-#include "orxkdb/limit_option.h"
 #include "orxkdb/output.h"
 #include "terminal/color.h"
 
@@ -37,17 +35,15 @@ Result check(const CheckOptions& options) {
   return resultOf(options, findings);
 }
 
-void addCheck(CLI::App& program, Action& action) {
+void addCheck(CommandLine& line) {
   auto options = std::make_shared<CheckOptions>();
-  CLI::App* const command = program.add_subcommand(
-      "check", "Find what is wrong with a database or a backup, before or after a restore");
-  command
-      ->add_option("INPUT", options->input, "Database to read, or backup file; neither is changed")
-      ->required()
-      ->type_name("");
-  addLimit(*command, options->limit, "Findings to show of each kind; 0 shows all");
-  addJson(*command, options->json);
-  command->footer(
+  Command command(line, "check",
+                  "Find what is wrong with a database or a backup, before or after a restore",
+                  [options] { return check(*options); });
+  command.argument("INPUT", options->input, "Database to read, or backup file; neither is changed");
+  command.limit(options->limit, "Findings to show of each kind; 0 shows all");
+  command.json(options->json);
+  command.footer(
       "Looks at the lines of a backup (length, columns, zero bytes, keys that occur twice), at "
       "the\n"
       "keys and chains of records, at the attribute texts, and at what objects say of each other:\n"
@@ -64,7 +60,6 @@ void addCheck(CLI::App& program, Action& action) {
       "  orxkdb check rorxdata\n"
       "  orxkdb check --limit 0 RORXbackup.txt | less\n"
       "  orxkdb check --json rorxdata > findings.json");
-  command->callback([options, &action] { action = [options] { return check(*options); }; });
 }
 
 }  // namespace orx::orxkdb

@@ -1,6 +1,5 @@
 #include "orxkdb/cmd_create.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -43,21 +42,19 @@ Result create(const CreateOptions& options) {
                      options.database + ": empty database made, messages beside it\n");
 }
 
-void addCreate(CLI::App& program, Action& action) {
+void addCreate(CommandLine& line) {
   auto options = std::make_shared<CreateOptions>();
-  CLI::App* const command = program.add_subcommand(
-      "create", "Make an empty database, and the message files that orxrestore prints from");
-  command->add_option("DB", options->database, "Name of the new database; must not exist yet")
-      ->required()
-      ->type_name("");
-  addJson(*command, options->json);
-  command->footer(
+  Command command(line, "create",
+                  "Make an empty database, and the message files that orxrestore prints from",
+                  [options] { return create(*options); });
+  command.argument("DB", options->database, "Name of the new database; must not exist yet");
+  command.json(options->json);
+  command.footer(
       "The directory PRESTORE_restore with the messages goes beside the database.\n\n"
       "Examples:\n"
       "  orxkdb create rorxdata\n"
       "  orxkdb create /srv/tdv/rorxdata\n"
       "  orxkdb create --json rorxdata");
-  command->callback([options, &action] { action = [options] { return create(*options); }; });
 }
 
 }  // namespace orx::orxkdb

@@ -1,12 +1,10 @@
 #include "orxkdb/cmd_diff.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "orxkdb/diff/diff_run.h"
 #include "orxkdb/diff/diff_summary.h"
 #include "orxkdb/json_document.h"
-#include "orxkdb/limit_option.h"
 
 namespace orx::orxkdb {
 
@@ -19,21 +17,17 @@ Result diff(const DiffOptions& options) {
               "read the report; \"orxkdb explain\" shows an object or a line");
 }
 
-void addDiff(CLI::App& program, Action& action) {
+void addDiff(CommandLine& line) {
   auto options = std::make_shared<DiffOptions>();
-  CLI::App* const command = program.add_subcommand(
-      diffCommand, "Compare two databases or backups, object by object and attribute by attribute");
-  command->add_option("A", options->before, "The old database, or backup file; it is not changed")
-      ->required()
-      ->type_name("");
-  command->add_option("B", options->after, "The new database, or backup file; it is not changed")
-      ->required()
-      ->type_name("");
-  addLimit(*command, options->limit,
-           "Objects to show as added, as removed and as changed; 0 shows all");
-  command->add_flag("--records", options->records, "Show the records of changed objects as well");
-  addJson(*command, options->json);
-  command->footer(
+  Command command(line, diffCommand,
+                  "Compare two databases or backups, object by object and attribute by attribute",
+                  [options] { return diff(*options); });
+  command.argument("A", options->before, "The old database, or backup file; it is not changed");
+  command.argument("B", options->after, "The new database, or backup file; it is not changed");
+  command.limit(options->limit, "Objects to show as added, as removed and as changed; 0 shows all");
+  command.flag("--records", options->records, "Show the records of changed objects as well");
+  command.json(options->json);
+  command.footer(
       "What only B has is added, what only A has is removed. An object is known by its handle and\n"
       "its parent's; one that got another parent is removed and added. Records whose text does "
       "not\n"
@@ -51,7 +45,6 @@ void addDiff(CLI::App& program, Action& action) {
       "  orxkdb diff rorxdata.orx-previous rorxdata\n"
       "  orxkdb diff RORXbackup.txt rorxdata\n"
       "  orxkdb diff --json --limit 0 old.txt new.txt > changes.json");
-  command->callback([options, &action] { action = [options] { return diff(*options); }; });
 }
 
 }  // namespace orx::orxkdb

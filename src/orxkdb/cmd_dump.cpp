@@ -1,6 +1,5 @@
 #include "orxkdb/cmd_dump.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -49,19 +48,16 @@ Result dump(const DumpOptions& options) {
                      textOf(options, reader.count()));
 }
 
-void addDump(CLI::App& program, Action& action) {
+void addDump(CommandLine& line) {
   auto options = std::make_shared<DumpOptions>();
-  CLI::App* const command = program.add_subcommand(
-      "dump", "Write every record as text that load and the database tools read");
-  command->add_option("DB", options->database, "Database to read; it is not changed")
-      ->required()
-      ->type_name("");
-  command
-      ->add_option("FILE", options->file,
-                   "File to write, whole or not at all; \"-\" or nothing is standard output")
-      ->type_name("");
-  addJson(*command, options->json);
-  command->footer(
+  Command command(line, "dump", "Write every record as text that load and the database tools read",
+                  [options] { return dump(*options); });
+  command.argument("DB", options->database, "Database to read; it is not changed");
+  command.optionalArgument(
+      "FILE", options->file,
+      "File to write, whole or not at all; \"-\" or nothing is standard output");
+  command.json(options->json);
+  command.footer(
       "The text holds the key and the record in hexadecimal, in database order. db5.3_load reads\n"
       "it as it is. mdb_load needs to know the size of its database, in bytes, in a line of the\n"
       "header that has to be added for it: mapsize=1073741824.\n\n"
@@ -71,7 +67,6 @@ void addDump(CLI::App& program, Action& action) {
       "  orxkdb dump rorxdata | gzip > rorxdata.dump.gz\n"
       "  orxkdb dump rorxdata | db5.3_load copy.db\n"
       "  orxkdb dump rorxdata | sed '3a mapsize=1073741824' | mdb_load -n copy.mdb");
-  command->callback([options, &action] { action = [options] { return dump(*options); }; });
 }
 
 }  // namespace orx::orxkdb

@@ -1,6 +1,5 @@
 #include "orxkdb/cmd_explain.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -44,7 +43,7 @@ Result explainObject(const ExplainOptions& options) {
 
 Result explainLine(const ExplainOptions& options) {
   LinePlace place;
-  if (Result result = readLinePlace(options.line, place); !result.ok()) return result;
+  if (Result result = readLinePlace(*options.line, place); !result.ok()) return result;
   std::string line;
   if (Result result = findLine(place, line); !result.ok()) return result;
   if (!options.json) return writeStandardOutput(lineText(place, line));
@@ -55,7 +54,7 @@ Result explainLine(const ExplainOptions& options) {
 
 Result explain(const ExplainOptions& options) {
   const bool hasObject = !options.database.empty() && !options.handle.empty();
-  const bool hasLine = !options.line.empty();
+  const bool hasLine = options.line.has_value();
   if (hasLine ? !options.database.empty() : !hasObject) {
     return fail(exitUsage, "either a database and a handle, or a line", "command line",
                 "see \"orxkdb explain --help\"");
@@ -63,20 +62,17 @@ Result explain(const ExplainOptions& options) {
   return hasLine ? explainLine(options) : explainObject(options);
 }
 
-void addExplain(CLI::App& program, Action& action) {
+void addExplain(CommandLine& line) {
   auto options = std::make_shared<ExplainOptions>();
-  CLI::App* const command =
-      program.add_subcommand("explain", "Show an object of a database, or a backup line, in words");
-  command->add_option("DB", options->database, "Database to read; it is not changed")
-      ->type_name("");
-  command
-      ->add_option("HANDLE", options->handle,
-                   "Handle of the object, in exported form, as 16 hexadecimal digits or TYPE:ID")
-      ->type_name("");
-  command->add_option("--line", options->line, "Line of a backup instead")
-      ->type_name("FILE:NUMBER");
-  addJson(*command, options->json);
-  command->footer(
+  Command command(line, "explain", "Show an object of a database, or a backup line, in words",
+                  [options] { return explain(*options); });
+  command.optionalArgument("DB", options->database, "Database to read; it is not changed");
+  command.optionalArgument(
+      "HANDLE", options->handle,
+      "Handle of the object, in exported form, as 16 hexadecimal digits or TYPE:ID");
+  command.option("--line", options->line, "FILE:NUMBER", "Line of a backup instead");
+  command.json(options->json);
+  command.footer(
       "Shows the records of the object, what its handles say, and every attribute with its "
       "values.\n"
       "An object that occurs below several parents is shown for each. The handle of the system\n"
@@ -87,7 +83,6 @@ void addExplain(CLI::App& program, Action& action) {
       "  orxkdb explain rorxdata '<1;1;2;0;0;0;17;>'\n"
       "  orxkdb explain --json rorxdata 1100000000000201\n"
       "  orxkdb explain --line RORXbackup.txt:120");
-  command->callback([options, &action] { action = [options] { return explain(*options); }; });
 }
 
 }  // namespace orx::orxkdb

@@ -1,6 +1,7 @@
 // orxkdb explain: an object of a database, or a line of a backup, in words.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "orxkdb/command.h"
@@ -10,7 +11,7 @@ namespace orx::orxkdb {
 struct ExplainOptions {
   std::string database = {};
   std::string handle = {};
-  std::string line = {};  // "FILE:N", instead of a database and a handle
+  std::optional<std::string> line = {};  // "FILE:N", instead of a database and a handle
   bool json = false;
 };
 

@@ -1,6 +1,5 @@
 #include "orxkdb/cmd_load.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -123,19 +122,17 @@ Result load(const LoadOptions& options) {
   return tellOutcome(options.json, jsonOf(options, dump.count()), textOf(options, dump.count()));
 }
 
-void addLoad(CLI::App& program, Action& action) {
+void addLoad(CommandLine& line) {
   auto options = std::make_shared<LoadOptions>();
-  CLI::App* const command =
-      program.add_subcommand("load", "Make a database from a dump, or replace the records of one");
-  command->add_option("DB", options->database, "Database to make, or to replace with --replace")
-      ->required()
-      ->type_name("");
-  command->add_option("FILE", options->file, "Dump to read; \"-\" or nothing is standard input")
-      ->type_name("");
-  command->add_flag("--replace", options->replace,
-                    "Replace all records of DB, which must exist; \"orxkdb undo\" takes it back");
-  addJson(*command, options->json);
-  command->footer(
+  Command command(line, "load", "Make a database from a dump, or replace the records of one",
+                  [options] { return load(*options); });
+  command.argument("DB", options->database, "Database to make, or to replace with --replace");
+  command.optionalArgument("FILE", options->file,
+                           "Dump to read; \"-\" or nothing is standard input");
+  command.flag("--replace", options->replace,
+               "Replace all records of DB, which must exist; \"orxkdb undo\" takes it back");
+  command.json(options->json);
+  command.footer(
       "Reads what \"orxkdb dump\", db5.3_dump and mdb_dump write, without their option -p, also\n"
       "compressed with gzip, zstd or xz: the first bytes tell, not the name. Every key and record\n"
       "is checked; a fault is named as FILE:LINE, and then nothing is loaded.\n\n"
@@ -144,7 +141,6 @@ void addLoad(CLI::App& program, Action& action) {
       "  orxkdb load --replace rorxdata rorxdata.dump\n"
       "  orxkdb load rorxdata rorxdata.dump.gz\n"
       "  orxkdb load --json rorxdata < rorxdata.dump");
-  command->callback([options, &action] { action = [options] { return load(*options); }; });
 }
 
 }  // namespace orx::orxkdb

@@ -1,6 +1,5 @@
 #include "orxkdb/cmd_messages.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -29,22 +28,19 @@ Result messages(const MessagesOptions& options) {
   return tellOutcome(options.json, jsonOf(bundle), textOf(bundle));
 }
 
-void addMessages(CLI::App& program, Action& action) {
+void addMessages(CommandLine& line) {
   auto options = std::make_shared<MessagesOptions>();
-  CLI::App* const command =
-      program.add_subcommand("messages", "Write the message files that orxrestore prints from");
-  command
-      ->add_option("DIR", options->directory,
-                   "Directory of the database; without it the current directory")
-      ->type_name("");
-  addJson(*command, options->json);
-  command->footer(
+  Command command(line, "messages", "Write the message files that orxrestore prints from",
+                  [options] { return messages(*options); });
+  command.optionalArgument("DIR", options->directory,
+                           "Directory of the database; without it the current directory");
+  command.json(options->json);
+  command.footer(
       "The files go into DIR/PRESTORE_restore, one for each language; those that are there are\n"
       "replaced. orxrestore finds them when it runs in DIR.\n\n"
       "Examples:\n"
       "  orxkdb messages\n"
       "  orxkdb messages --json /srv/tdv");
-  command->callback([options, &action] { action = [options] { return messages(*options); }; });
 }
 
 }  // namespace orx::orxkdb

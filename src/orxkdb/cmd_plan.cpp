@@ -1,10 +1,8 @@
 #include "orxkdb/cmd_plan.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "orxkdb/json_document.h"
-#include "orxkdb/limit_option.h"
 #include "orxkdb/output.h"
 #include "orxkdb/plan/plan_report.h"
 #include "orxkdb/plan/plan_run.h"
@@ -37,19 +35,15 @@ Result plan(const PlanOptions& options) {
   return resultOf(options, planned);
 }
 
-void addPlan(CLI::App& program, Action& action) {
+void addPlan(CommandLine& line) {
   auto options = std::make_shared<PlanOptions>();
-  CLI::App* const command =
-      program.add_subcommand("plan", "Show what a merge would do, without doing it");
-  command->add_option("DB", options->database, "Database to merge into; it is not changed")
-      ->required()
-      ->type_name("");
-  command->add_option("BACKUP", options->backup, "Backup of the other database")
-      ->required()
-      ->type_name("");
-  addLimit(*command, options->limit, "Entries to show of each list; 0 shows all");
-  addJson(*command, options->json);
-  command->footer(
+  Command command(line, "plan", "Show what a merge would do, without doing it",
+                  [options] { return plan(*options); });
+  command.argument("DB", options->database, "Database to merge into; it is not changed");
+  command.argument("BACKUP", options->backup, "Backup of the other database");
+  command.limit(options->limit, "Entries to show of each list; 0 shows all");
+  command.json(options->json);
+  command.footer(
       "Does all that \"orxrestore -i BACKUP -m DB\" does but for writing: reads both, renumbers,\n"
       "joins, and looks for every key in the database. Shows first whether the merge would\n"
       "succeed, then the keys that are taken, the records to add, the parameters, the counters\n"
@@ -61,7 +55,6 @@ void addPlan(CLI::App& program, Action& action) {
       "  orxkdb plan rorxdata other.txt\n"
       "  orxkdb plan --limit 0 rorxdata other.txt | less\n"
       "  orxkdb plan --json rorxdata other.txt > plan.json");
-  command->callback([options, &action] { action = [options] { return plan(*options); }; });
 }
 
 }  // namespace orx::orxkdb

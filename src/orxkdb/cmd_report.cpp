@@ -1,12 +1,10 @@
 #include "orxkdb/cmd_report.h"
 
-#include <CLI/CLI.hpp>
 #include <ctime>
 #include <memory>
 #include <nlohmann/json.hpp>
 
 #include "orxkdb/json_document.h"
-#include "orxkdb/limit_option.h"
 #include "orxkdb/output.h"
 #include "orxkdb/report/html_text.h"
 #include "orxkdb/report/page.h"
@@ -70,24 +68,18 @@ Result report(const ReportOptions& options) {
   return tellOutcome(options.json, summaryJson(options, data, page), summaryText(options, data));
 }
 
-void addReport(CLI::App& program, Action& action) {
+void addReport(CommandLine& line) {
   auto options = std::make_shared<ReportOptions>();
-  CLI::App* const command =
-      program.add_subcommand("report", "Write a page about a database, to look at in a browser");
-  command->add_option("DB", options->database, "Database to read; it is not changed")
-      ->required()
-      ->type_name("");
-  command
-      ->add_option("--html", options->page,
-                   "Page to write, whole or not at all; \"-\" is standard output")
-      ->required()
-      ->type_name("FILE");
-  command
-      ->add_option("--plan", options->backup, "Show what a merge of this backup would do as well")
-      ->type_name("FILE");
-  addLimit(*command, options->limit, "Findings of each kind, and entries of a plan; 0 shows all");
-  addJson(*command, options->json);
-  command->footer(
+  Command command(line, "report", "Write a page about a database, to look at in a browser",
+                  [options] { return report(*options); });
+  command.argument("DB", options->database, "Database to read; it is not changed");
+  command.requiredOption("--html", options->page, "FILE",
+                         "Page to write, whole or not at all; \"-\" is standard output");
+  command.option("--plan", options->backup, "FILE",
+                 "Show what a merge of this backup would do as well");
+  command.limit(options->limit, "Findings of each kind, and entries of a plan; 0 shows all");
+  command.json(options->json);
+  command.footer(
       "The page shows counts by type, findings (those of \"orxkdb check\"), which objects refer "
       "to\n"
       "which models, chain lengths and text sizes, the plan of a merge when there is one, and a\n"
@@ -100,7 +92,6 @@ void addReport(CLI::App& program, Action& action) {
       "Examples:\n"
       "  orxkdb report rorxdata --html report.html\n"
       "  orxkdb report rorxdata --plan other.txt --html merge.html");
-  command->callback([options, &action] { action = [options] { return report(*options); }; });
 }
 
 }  // namespace orx::orxkdb

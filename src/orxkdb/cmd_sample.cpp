@@ -1,6 +1,5 @@
 #include "orxkdb/cmd_sample.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -42,32 +41,25 @@ Result sample(const SampleOptions& options) {
   return tellOutcome(options.json, jsonOf(options, records), "");
 }
 
-void addSample(CLI::App& program, Action& action) {
+void addSample(CommandLine& line) {
   auto options = std::make_shared<SampleOptions>();
-  CLI::App* const command =
-      program.add_subcommand("sample", "Write a backup of a made-up fleet, to try things with");
-  command
-      ->add_option("FILE", options->file,
-                   "File to write, whole or not at all; \"-\" or nothing is standard output")
-      ->type_name("");
-  command->add_option("--objects", options->objects, "How many objects")
-      ->check(CLI::Range(fewestObjects, mostObjects))
-      ->capture_default_str();
-  command->add_option("--seed", options->seed, "Another number gives another fleet")
-      ->capture_default_str();
-  command
-      ->add_option("--order", options->order, "Order of the lines: key (as a database) or random")
-      ->check(CLI::IsMember({"key", "random"}))
-      ->capture_default_str();
-  addJson(*command, options->json);
-  command->footer(
+  Command command(line, "sample", "Write a backup of a made-up fleet, to try things with",
+                  [options] { return sample(*options); });
+  command.optionalArgument(
+      "FILE", options->file,
+      "File to write, whole or not at all; \"-\" or nothing is standard output");
+  command.number("--objects", options->objects, "How many objects", fewestObjects, mostObjects);
+  command.number("--seed", options->seed, "Another number gives another fleet");
+  command.choice("--order", options->order, {"key", "random"},
+                 "Order of the lines: key (as a database) or random");
+  command.json(options->json);
+  command.footer(
       "The same options give the same text everywhere: systems, groups, resources, models with\n"
       "their use counts, references, parameters and a system record with counters.\n\n"
       "Examples:\n"
       "  orxkdb sample fleet.txt\n"
       "  orxkdb sample --objects 100000 --seed 7 --order random fleet.txt\n"
       "  orxkdb sample --json --objects 1000 fleet.txt");
-  command->callback([options, &action] { action = [options] { return sample(*options); }; });
 }
 
 }  // namespace orx::orxkdb

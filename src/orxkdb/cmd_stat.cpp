@@ -2,7 +2,6 @@
 
 #include <sys/stat.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -114,20 +113,17 @@ Result stat(const StatOptions& options) {
                                           : textOf(statistics));
 }
 
-void addStat(CLI::App& program, Action& action) {
+void addStat(CommandLine& line) {
   auto options = std::make_shared<StatOptions>();
-  CLI::App* const command =
-      program.add_subcommand("stat", "Count the records and objects of a database");
-  command->add_option("DB", options->database, "Database to read; it is not changed")
-      ->required()
-      ->type_name("");
-  addJson(*command, options->json);
-  command->footer(
+  Command command(line, "stat", "Count the records and objects of a database",
+                  [options] { return stat(*options); });
+  command.argument("DB", options->database, "Database to read; it is not changed");
+  command.json(options->json);
+  command.footer(
       "Reads every record, so it also shows whether the database can be read to its end.\n\n"
       "Examples:\n"
       "  orxkdb stat rorxdata\n"
       "  orxkdb stat --json rorxdata");
-  command->callback([options, &action] { action = [options] { return stat(*options); }; });
 }
 
 }  // namespace orx::orxkdb

@@ -2,7 +2,6 @@
 
 #include <sys/stat.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -53,19 +52,19 @@ Result undo(const UndoOptions& options) {
   return tellOutcome(options.json, jsonOf(name), textOf(name));
 }
 
-void addUndo(CLI::App& program, Action& action) {
+void addUndo(CommandLine& line) {
   auto options = std::make_shared<UndoOptions>();
-  CLI::App* const command = program.add_subcommand(
-      "undo", "Take the last change of a database back, whichever program made it");
-  command->add_option("DB", options->database, "Database to change")->required()->type_name("");
-  addJson(*command, options->json);
-  command->footer(
+  Command command(line, "undo",
+                  "Take the last change of a database back, whichever program made it",
+                  [options] { return undo(*options); });
+  command.argument("DB", options->database, "Database to change");
+  command.json(options->json);
+  command.footer(
       "Every run that changes a database keeps what it was as DB.orx-previous. undo exchanges the\n"
       "two; a second undo exchanges them again. Only one generation is kept.\n\n"
       "Examples:\n"
       "  orxkdb undo rorxdata\n"
       "  orxkdb undo --json rorxdata");
-  command->callback([options, &action] { action = [options] { return undo(*options); }; });
 }
 
 }  // namespace orx::orxkdb

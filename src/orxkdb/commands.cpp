@@ -37,8 +37,8 @@ constexpr Registration* registrations[] = {
 
 }  // namespace
 
-void addCommands(CLI::App& program, Action& action) {
-  for (Registration* const add : registrations) add(program, action);
+void addCommands(CommandLine& line) {
+  for (Registration* const add : registrations) add(line);
 }
 
 }  // namespace orx::orxkdb

@@ -5,6 +5,6 @@
 
 namespace orx::orxkdb {
 
-void addCommands(CLI::App& program, Action& action);
+void addCommands(CommandLine& line);
 
 }  // namespace orx::orxkdb

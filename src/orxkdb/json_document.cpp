@@ -1,6 +1,5 @@
 #include "orxkdb/json_document.h"
 
-#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include "orxkdb/output.h"
@@ -19,10 +18,6 @@ std::string written(const Json& value, int indent) {
 }
 
 }  // namespace
-
-void addJson(CLI::App& command, bool& json) {
-  command.add_flag("--json", json, "Print JSON, for scripts; its \"version\" is 1");
-}
 
 Json jsonDocument(std::string_view name) {
   return {{"format", "orxkdb-" + std::string(name)}, {"version", version}};

@@ -12,14 +12,7 @@
 
 #include "orxkdb/result.h"
 
-namespace CLI {
-class App;
-}
-
 namespace orx::orxkdb {
-
-// The option --json.
-void addJson(CLI::App& command, bool& json);
 
 // Its first members; the subcommand adds the others.
 [[nodiscard]] nlohmann::ordered_json jsonDocument(std::string_view name);

@@ -60,13 +60,14 @@ void addColor(CLI::App& program) {
       ->type_name("WHEN");
 }
 
-void describeProgram(CLI::App& program, Action& action) {
+void describeProgram(CommandLine& line) {
+  CLI::App& program = line.program;
   program.set_version_flag("--version", versionText, "Print the versions of orxkdb and its parts");
   addColor(program);
   program.require_subcommand(1);
   program.footer(footer);
-  addCommands(program, action);
-  addManualOptions(program, action);
+  addCommands(line);
+  addManualOptions(line);
 }
 
 // A failure of diff must not look like a difference.
@@ -105,7 +106,8 @@ Result readCommandLine(CLI::App& program, int argc, const char* const argv[]) {
 Result runSteps(int argc, const char* const argv[]) {
   Action action;
   CLI::App program(description, "orxkdb");
-  describeProgram(program, action);
+  CommandLine line{program, action};
+  describeProgram(line);
   Result read = readCommandLine(program, argc, argv);
   if (!read.ok() || !action) return read;
   const ProgressScope progress(true);

@@ -83,7 +83,8 @@ TEST_F(Progress, MessagesAndHintsStandAlone) {
   const auto interrupt = [&](int process, const std::string& drawn) {
     if (!sent && drawn.find("adding") != std::string::npos) sent = kill(process, SIGINT) == 0;
   };
-  const auto interrupted = shell(slowRestore(), {.outputIsFile = true, .onDrawn = interrupt});
+  const auto interrupted = shell(slowRestore("orxrestore -i pipe -o db", "sleep 30"),
+                                 {.outputIsFile = true, .onDrawn = interrupt});
   EXPECT_EQ(interrupted.exitCode, 130);
   EXPECT_EQ(interrupted.screen, "orxrestore: interrupted: the database is unchanged\n");
 }

@@ -376,13 +376,12 @@ findings by kind
   EXPECT_EQ(result.code, exitNotAsExpected);
   EXPECT_THAT(result.text, testing::StartsWith("5 findings, "));
 
-  const auto json = test::expectJson(
+  test::expectJson(
       test::printed(
           [&] { result = check({.input = scratch_.file("db"), .limit = 0, .json = true}); }),
       R"({"/version": 1, "/form": "database", "/findings": 5, "/kinds/0/kind": "text-left-over",
-          "/kinds/0/count": 5, "/kinds/0/shown/4/objectHandle": "<1;1;2;0;0;0;14;>"})");
+          "/kinds/0/count": 5, "/kinds/0/shown#": 5, "/kinds/0/shown/4/objectHandle": "<1;1;2;0;0;0;14;>"})");
   EXPECT_EQ(result.code, exitNotAsExpected);
-  EXPECT_EQ(json["kinds"][0]["shown"].size(), 5u);
 }
 
 TEST_F(Check, RefusesWhatItCannotRead) {

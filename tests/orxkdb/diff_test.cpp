@@ -171,9 +171,7 @@ TEST_F(Diff, LimitsWhatIsShownAndCountsAll) {
                         "    attributes with other values: 3\n"
                         "  unchanged: 3\n"));
   options.json = true;
-  const auto json = nlohmann::json::parse(run(options, exitDifferent));
-  EXPECT_EQ(json["objects"].size(), 6u);
-  EXPECT_EQ(json["summary"]["removed"], 3);
+  test::expectJson(run(options, exitDifferent), R"({"/objects#": 6, "/summary/removed": 3})");
 }
 
 TEST_F(Diff, PrintsJson) {
@@ -185,15 +183,15 @@ TEST_F(Diff, PrintsJson) {
   now[1].data = attribute(84, {handleValue(2, 6)});
   now[2].data = "\xFF<";
   const std::string after = backup("b", test::backupText(now) + "\n");
-  const auto json =
-      test::expectJson(run({.before = same, .after = after, .json = true}, exitDifferent),
-                       R"({"/inputs/0/form": "database", "/inputs/1/unreadableShown/0/line": 4,
+  const std::string json = run({.before = same, .after = after, .json = true}, exitDifferent);
+  test::expectJson(json, R"({"/inputs/0/form": "database",
+      "/inputs/1/unreadableShown/0/line": 4, "/objects#": 2,
       "/objects/0/head/0": {"field": "auxValue1", "old": 0, "new": 4},
       "/objects/0/attributes/0/change": "removed",
       "/objects/0/attributes/2/new/0/handle/identifier": 6,
       "/objects/1/object/identifier": 5, "/objects/1/textsParse": false})");
-  EXPECT_EQ(json["objects"].size(), 2u);
-  EXPECT_EQ(json["objects"][1]["records"][0]["fields"]["text"]["old"], chain);
+  const std::string path = R"({"/objects/1/records/0/fields/text/old": ")";
+  test::expectJson(json, (path + chain + R"("})").c_str());
 }
 
 TEST_F(Diff, TakesTheLinesOfABackupInAnyOrder) {

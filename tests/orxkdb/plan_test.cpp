@@ -226,8 +226,9 @@ TEST_F(Plan, ReportsTheWorstFirst) {
                       "the merge would fail, taken keys: 2, backup into db, "),
             reportOfTheWorst);
   options.json = true;
-  const auto json = test::expectJson(printedBy(options, exitNotAsExpected, ""), R"({"/version": 1,
+  test::expectJson(printedBy(options, exitNotAsExpected, ""), R"({"/version": 1,
       "/succeeds": false, "/exitCode": 6, "/recordsAdded": 3, "/refused/count": 2,
+      "/refused/shown#": 1, "/warnings#": 2,
       "/refused/shown/0/objectHandle": "<1;1;7;0;0;0;8;>",
       "/types/1": {"recType": 7, "objects": 2, "records": 2, "refused": 2},
       "/parameters/differing/shown/0": {"name": "A", "database": "9", "backup": "1"},
@@ -236,8 +237,6 @@ TEST_F(Plan, ReportsTheWorstFirst) {
       "/identifiers/0/ranges/count": 2,
       "/identifiers/0/ranges/shown/0": {"first": 1, "last": 2, "newFirst": 10, "newLast": 11},
       "/read/backup/notMerged/0/recType": 26})");
-  EXPECT_EQ(json["refused"]["shown"].size(), 1U);
-  EXPECT_EQ(json["warnings"].size(), 2U);
 }
 
 TEST_F(Plan, WarnsOfWhatTheMergeDoesNotMind) {

@@ -1,9 +1,12 @@
 #include "tests/support/places.h"
 
+#include <cstdlib>
+
 namespace orx::test {
 
 std::filesystem::path programsDirectory() {
-  return ORX_BIN_DIR;
+  const char* const chosen = std::getenv("ORX_PROGRAMS");
+  return chosen == nullptr ? std::filesystem::path(ORX_BIN_DIR) : std::filesystem::absolute(chosen);
 }
 
 std::filesystem::path builtProgram(const char* name) {

@@ -5,6 +5,7 @@
 
 namespace orx::test {
 
+// Of this build, or the directory that the environment variable ORX_PROGRAMS names.
 [[nodiscard]] std::filesystem::path programsDirectory();
 [[nodiscard]] std::filesystem::path builtProgram(const char* name);
 [[nodiscard]] std::filesystem::path sourceDirectory();

@@ -63,22 +63,26 @@ Result writeRestoreCompletion(const CommandTree& /*own*/, const std::string& she
 
 using Writer = Result(const CommandTree& tree, const std::string& choice);
 
-void addHidden(CLI::App& program, Action& action, const std::string& name, Writer* write,
+void addHidden(CommandLine& line, const std::string& name, Writer* write,
                const std::vector<std::string>& choices) {
-  const auto take = [&program, &action, write](const std::string& choice) {
-    program.require_subcommand(0);
-    action = [write, tree = readCommandTree(program), choice] { return write(tree, choice); };
+  const auto take = [line, write](const std::string& choice) {
+    line.program.require_subcommand(0);
+    line.action = [write, tree = readCommandTree(line.program), choice] {
+      return write(tree, choice);
+    };
   };
-  program.add_option_function<std::string>(name, take)->check(CLI::IsMember(choices))->group("");
+  line.program.add_option_function<std::string>(name, take)
+      ->check(CLI::IsMember(choices))
+      ->group("");
 }
 
 }  // namespace
 
-void addManualOptions(CLI::App& program, Action& action) {
+void addManualOptions(CommandLine& line) {
   const std::vector<std::string> shells{"bash", "zsh", "fish"};
-  addHidden(program, action, "--man", writePage, {ownPage, restorePage, formatsPageName});
-  addHidden(program, action, "--completion", writeCompletion, shells);
-  addHidden(program, action, "--restore-completion", writeRestoreCompletion, shells);
+  addHidden(line, "--man", writePage, {ownPage, restorePage, formatsPageName});
+  addHidden(line, "--completion", writeCompletion, shells);
+  addHidden(line, "--restore-completion", writeRestoreCompletion, shells);
 }
 
 }  // namespace orx::orxkdb

@@ -9,7 +9,7 @@ namespace orx::orxkdb {
 
 // PAGE is orxkdb, orxrestore (needs the message bundle in the current directory) or orxkdb-formats
 // (reads docs/formats.md from standard input); SHELL is bash, zsh or fish. Added after the
-// subcommands; both objects outlive the parsing.
-void addManualOptions(CLI::App& program, Action& action);
+// subcommands.
+void addManualOptions(CommandLine& line);
 
 }  // namespace orx::orxkdb

@@ -16,7 +16,10 @@ struct CommandLine {
   orxkdb::Action action;
   CLI::App program{"", "orxkdb"};
 
-  CommandLine() { orxkdb::addCommands(program, action); }
+  CommandLine() {
+    orxkdb::CommandLine line{program, action};
+    orxkdb::addCommands(line);
+  }
   [[nodiscard]] std::vector<CLI::App*> commands() {
     return program.get_subcommands([](CLI::App*) { return true; });
   }
