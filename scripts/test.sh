@@ -66,7 +66,7 @@ check "build: release" build release
 check "build: asan" build asan
 run_tests "tests of the layers, sanitized" build/asan/bin/orx_tests
 run_tests "tests of the programs, sanitized" build/asan/bin/orx_program_tests
-ORX_PROGRAMS=build/bin run_tests "tests of the programs, optimised" build/asan/bin/orx_program_tests
+ORX_PROGRAMS=$PWD/build/bin run_tests "tests of the programs, optimised" build/asan/bin/orx_program_tests
 check "lint" check_lint
 
 if [ "$skipped" -gt 0 ]; then

@@ -1,6 +1,6 @@
 #include "driver/hints.h"
 
-#include <unistd.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
@@ -8,14 +8,15 @@
 #include <cstdio>
 #include <filesystem>
 #include <string_view>
+#include <system_error>
 
-#include "driver/file_words.h"
 #include "messages/message_print.h"
 #include "platform/compression/compression.h"
 #include "platform/interruption.h"
 #include "platform/kdb.h"
 #include "restore/exit_codes.h"
 #include "terminal/color.h"
+#include "terminal/file_words.h"
 
 namespace orx {
 
@@ -27,7 +28,7 @@ struct Meaning {
   const char* next;
 };
 
-// What the reasons mean, of a database and in the commands as expand() takes them.
+// What the reasons mean, and the command to type next, as expand() takes them.
 constexpr std::array openMeanings{
     Meaning{kdb::Reason::notFound, "there is no database {DB}", "orxkdb create {db}"},
     Meaning{kdb::Reason::inUse, "{DB} is being changed by another program; wait for its end",
@@ -37,11 +38,12 @@ constexpr std::array openMeanings{
             "ls -ld . {db}"},
     Meaning{kdb::Reason::length,
             "the name is too long for the file system with \".orx-previous\" behind it: {DB}",
-            "mv {db} SHORTER"},
-    Meaning{kdb::Reason::unique,
-            "a directory stands in the place of {DB}.orx-previous or {DB}.orx-new, where the "
-            "database before a change and the next one are kept; move it away",
-            "ls -ld {db}.orx-*"},
+            "ls -l ."},
+    Meaning{
+        kdb::Reason::unique,
+        "a directory or another file stands in the place of {PREVIOUS} or of the next database, "
+        "{DB}.orx-new; move it away",
+        "ls -ld {db}.orx-*"},
 };
 constexpr std::array runMeanings{
     Meaning{kdb::Reason::endOfFile,
@@ -61,6 +63,11 @@ constexpr Meaning damaged{kdb::Reason::format,
                           "{DB} is damaged; see what can be read, then move it away and make a new "
                           "one",
                           "orxkdb stat {db}"};
+constexpr Meaning onlyPrevious{kdb::Reason::notFound,
+                               "there is no database {DB}, but its previous generation {PREVIOUS}",
+                               "mv {previous} {db}"};
+constexpr Meaning leadsNowhere{kdb::Reason::notFound,
+                               "{DB} is a symbolic link that leads to no database", "ls -l {db}"};
 constexpr Meaning noDatabase{kdb::Reason::format, "{DB} is not a database", "ls -ld {db}"};
 constexpr Meaning unknown{kdb::Reason::noError, "the call on {DB} was refused",
                           "orxkdb check {db}"};
@@ -73,11 +80,14 @@ constexpr Meaning unreadBackup{kdb::Reason::ioError,
                                "{BACKUP} could not be read to its end; see the system's log",
                                "journalctl -k"};
 
-// The names in a text: {DB} and {BACKUP} as absolute paths, {db} and {backup} as words of a
-// command.
+// The names in a text: {DB}, {PREVIOUS} (its previous generation) and {BACKUP} as absolute paths,
+// {db}, {previous} and {backup} as words of a command.
 std::string expand(std::string_view text, const RestoreSettings& settings) {
-  const std::array<std::pair<std::string_view, std::string>, 4> names{
-      {{"{DB}", absolutePath(settings.databaseName)},
+  const std::string previous = kdb::previousName(settings.databaseName);
+  const std::array<std::pair<std::string_view, std::string>, 6> names{
+      {{"{PREVIOUS}", absolutePath(previous)},
+       {"{previous}", shellWord(previous)},
+       {"{DB}", absolutePath(settings.databaseName)},
        {"{BACKUP}", absolutePath(settings.backupFileName)},
        {"{db}", shellWord(settings.databaseName)},
        {"{backup}", shellWord(settings.backupFileName)}}};
@@ -141,27 +151,81 @@ class HintList {
   }
 
   void addPathInName() {
-    const std::size_t slash = settings_.databaseName.find_last_of("\\/");
-    const std::string directory = settings_.databaseName.substr(0, slash + 1);
-    add("the database is named without a path and opened in the current directory, not as {DB}",
-        "cd " + shellWord(directory));
+    const std::filesystem::path path(settings_.databaseName);
+    const std::string why =
+        "the database is named without a path and opened in the current directory";
+    std::error_code error;
+    if (path.has_filename() && path.has_parent_path() &&
+        std::filesystem::is_directory(path.parent_path(), error)) {
+      add(why + ", not as {DB}",
+          "cd " + shellWord(path.parent_path()) + " && " + commandThere(path));
+    } else {
+      add(why + "; there is no directory for {DB}", "ls -l .");
+    }
+  }
+
+  // The same run with the directory of `database` as the current one.
+  [[nodiscard]] std::string commandThere(const std::filesystem::path& database) const {
+    std::string command = "orxrestore";
+    if (settings_.mode != modeUseCount) {
+      std::error_code error;
+      const auto backup = std::filesystem::absolute(settings_.backupFileName, error);
+      command += " -i " + shellWord(backup.lexically_normal());
+    }
+    command += settings_.mode == modeUseCount ? " -u "
+               : settings_.mode == modeMerge  ? " -m "
+                                              : " -o ";
+    return command + shellWord(database.filename());
   }
 
   void addUnopenedBackup() {
     const std::string& name = settings_.backupFileName;
-    const std::string directory = shellWord(parentOf(name));
+    if (addOwnGeneration()) return;
     const std::string unchanged = outcome_.published ? "" : "; {DB} is unchanged";
-    if (kdb::isGenerationOf(name.c_str(), settings_.databaseName.c_str())) {
-      add("{BACKUP} is a generation of {DB} itself, which the run would replace" + unchanged,
-          "orxkdb undo {db}");
-    } else if (std::error_code error; std::filesystem::is_directory(name, error)) {
-      add("the backup {BACKUP} is a directory" + unchanged, "ls -l {backup}");
-    } else if (::access(name.c_str(), F_OK) == 0) {
-      add("no permission to read the backup {BACKUP}" + unchanged, "ls -l {backup}");
+    struct stat file {};
+    if (::stat(name.c_str(), &file) == 0) {
+      add(std::string(S_ISDIR(file.st_mode) ? "the backup {BACKUP} is a directory"
+                                            : "no permission to read the backup {BACKUP}") +
+              unchanged,
+          "ls -ld {backup}");
+    } else if (errno == ENOENT) {
+      add("there is no backup {BACKUP}" + unchanged, "ls -l " + shellWord(parentOf(name)));
     } else {
-      add("there is no backup {BACKUP}" + unchanged, "ls -l " + directory);
+      add("the backup {BACKUP} cannot be reached (" + std::generic_category().message(errno) + ")" +
+              unchanged,
+          "ls -l .");
     }
     if (outcome_.published) addUndo("only the system record of {DB} was written again");
+  }
+
+  // The backup would have been replaced by the run.
+  [[nodiscard]] bool addOwnGeneration() {
+    const std::string& name = settings_.backupFileName;
+    const std::string free = shellWord(freeTextName(name));
+    switch (kdb::generationOf(name, settings_.databaseName)) {
+      case kdb::Generation::none:
+        return false;
+      case kdb::Generation::current:
+        add("{BACKUP} is the database itself, not a backup of it; nothing was done",
+            "orxkdb backup {db} " + free);
+        return true;
+      case kdb::Generation::successor:
+        add("{BACKUP} has the name under which the next {DB} is written; nothing was done",
+            "mv {backup} " + free);
+        return true;
+      case kdb::Generation::previous:
+        add("{BACKUP} is the previous generation of {DB}, which the run would replace; nothing was "
+            "done",
+            previousCommand(free));
+    }
+    return true;
+  }
+
+  [[nodiscard]] std::string previousCommand(const std::string& free) const {
+    if (settings_.mode == modeMerge) return "orxkdb backup {backup} " + free;
+    std::error_code error;
+    return std::filesystem::exists(settings_.databaseName, error) ? "orxkdb undo {db}"
+                                                                  : "mv {backup} {db}";
   }
 
   [[nodiscard]] const Meaning& meaningOfFailure() const {
@@ -171,6 +235,11 @@ class HintList {
       return kdb::looksLikeDatabase(settings_.databaseName.c_str()) ? damaged : noDatabase;
     }
     if (outcome_.exitCode == exitDatabaseNotOpened) {
+      if (reason == kdb::Reason::notFound && isTaken(settings_.databaseName)) return leadsNowhere;
+      if (reason == kdb::Reason::notFound &&
+          isDatabase(kdb::previousName(settings_.databaseName))) {
+        return onlyPrevious;
+      }
       if (const Meaning* found = find(openMeanings, reason)) return *found;
     }
     if (reason == kdb::Reason::unique) {
@@ -194,11 +263,7 @@ class HintList {
     addMeaning(meaningOfFailure(), outcome_.published ? "" : "; the database is unchanged");
   }
 
-  // Looks into nothing but a regular file: a pipe would be opened a second time.
-  static bool isDatabase(const std::string& name) {
-    std::error_code error;
-    return std::filesystem::is_regular_file(name, error) && kdb::looksLikeDatabase(name.c_str());
-  }
+  static bool isDatabase(const std::string& name) { return kdb::looksLikeDatabase(name.c_str()); }
 
   // A file that is another thing than a backup explains whatever came of it.
   [[nodiscard]] bool addWrongBackup() {

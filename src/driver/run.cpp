@@ -27,7 +27,7 @@ bool hasPathSeparator(const std::string& name) {
 // The run would replace or discard what it is to restore from.
 bool backupIsGeneration(const RestoreSettings& settings) {
   return settings.mode != modeUseCount &&
-         kdb::isGenerationOf(settings.backupFileName.c_str(), settings.databaseName.c_str());
+         kdb::generationOf(settings.backupFileName, settings.databaseName) != kdb::Generation::none;
 }
 
 int runOperation(std::int32_t mode, const Operations& operations) {

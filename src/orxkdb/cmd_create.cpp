@@ -6,6 +6,7 @@
 #include "messages/bundle_files.h"
 #include "orxkdb/bundle_writer.h"
 #include "orxkdb/json_document.h"
+#include "orxkdb/new_database.h"
 #include "orxkdb/output.h"
 #include "platform/file.h"
 
@@ -15,11 +16,8 @@ namespace {
 
 Result createDatabase(const std::string& name) {
   kdb::kdbHandle database;
+  if (Result result = openNew(name, database); !result.ok()) return result;
   kdb::kdbStatus status;
-  if (kdb::kdbOpen(name.c_str(), static_cast<std::int32_t>(name.size()), kdb::openAsNew, database,
-                   status) != 0) {
-    return createFailure(name, status);
-  }
   return kdb::CloseDatabase(database, status) == 0 ? Result() : databaseFailure(name, status);
 }
 

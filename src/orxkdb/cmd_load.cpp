@@ -6,6 +6,7 @@
 #include "orxkdb/database_reader.h"
 #include "orxkdb/dump_reader.h"
 #include "orxkdb/json_document.h"
+#include "orxkdb/new_database.h"
 #include "orxkdb/output.h"
 #include "platform/kdb_statistics.h"
 #include "platform/run_progress.h"
@@ -28,18 +29,17 @@ class LoadedDatabase {
 
   Result open(const LoadOptions& options) {
     name_ = options.database;
-    const std::int32_t mode = options.replace ? kdb::openForUpdate : kdb::openAsNew;
+    if (!options.replace) return openNew(name_, handle_);
     kdb::kdbStatus status;
-    const std::int32_t code =
-        kdb::kdbOpen(name_.c_str(), static_cast<std::int32_t>(name_.size()), mode, handle_, status);
-    if (options.replace) return code == 0 ? deleteAll() : openFailure(name_, status);
-    return code == 0 ? Result() : createFailure(name_, status);
+    const std::int32_t code = kdb::kdbOpen(name_.c_str(), static_cast<std::int32_t>(name_.size()),
+                                           kdb::openForUpdate, handle_, status);
+    return code == 0 ? deleteAll() : openFailure(name_, status);
   }
 
   Result add(const DataBuffer& record, const DumpReader& dump) {
     const std::int32_t code =
         kdb::AddRecord(handle_, record.data(), keyLength, record.data(), recordLength);
-    return code == 0 ? Result() : lastFailure(name_ + " at " + dump.place(), handle_);
+    return code == 0 ? Result() : lastFailure(name_, handle_, " at " + dump.place());
   }
 
   Result publish() {
@@ -106,7 +106,7 @@ std::string textOf(const LoadOptions& options, std::uint64_t records) {
 }  // namespace
 
 Result load(const LoadOptions& options) {
-  if (kdb::isGenerationOf(options.file.c_str(), options.database.c_str())) {
+  if (kdb::generationOf(options.file, options.database) != kdb::Generation::none) {
     return fail(exitNotAsExpected, "the dump has a name that belongs to the database", options.file,
                 "give it another name; nothing is changed");
   }

@@ -7,6 +7,7 @@
 
 #include "orxkdb/json_document.h"
 #include "orxkdb/output.h"
+#include "terminal/file_words.h"
 
 namespace orx::orxkdb {
 
@@ -15,17 +16,13 @@ namespace {
 constexpr auto notFound = static_cast<std::int32_t>(kdb::Reason::notFound);
 constexpr auto wrongFormat = static_cast<std::int32_t>(kdb::Reason::format);
 
-std::string previousOf(const std::string& name) {
-  return name + ".orx-previous";
-}
-
 // The database itself or its previous generation may be what is missing or damaged.
 Result undoFailure(const std::string& name, const kdb::kdbStatus& status) {
   struct stat file {};
   const bool exists = ::stat(name.c_str(), &file) == 0;
-  const std::string previous = previousOf(name);
+  const std::string previous = kdb::previousName(name);
   if (status.reason == notFound && exists) {
-    return fail(exitNotOpened, "the database has no previous generation", previous,
+    return fail(exitNotOpened, "the database has no previous generation", absolutePath(previous),
                 "nothing can be undone; the database is as it was");
   }
   if (status.reason == wrongFormat && kdb::looksLikeDatabase(name.c_str())) {
@@ -35,12 +32,12 @@ Result undoFailure(const std::string& name, const kdb::kdbStatus& status) {
 }
 
 nlohmann::ordered_json jsonOf(const std::string& name) {
-  return jsonDocument("undo", {{"database", name}, {"previous", previousOf(name)}});
+  return jsonDocument("undo", {{"database", name}, {"previous", kdb::previousName(name)}});
 }
 
 std::string textOf(const std::string& name) {
   return name + ": back to its previous generation; what it was until now is kept as " +
-         previousOf(name) + ", and another \"orxkdb undo " + name + "\" takes this back\n";
+         kdb::previousName(name) + ", and another \"orxkdb undo " + name + "\" takes this back\n";
 }
 
 }  // namespace

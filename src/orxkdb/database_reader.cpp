@@ -48,7 +48,7 @@ bool DatabaseReader::next(DataBuffer& record) {
     return true;
   }
   if (code != endOfRecords) {
-    result_ = lastFailure(name_ + " behind its record " + std::to_string(count_), database_);
+    result_ = lastFailure(name_, database_, " behind its record " + std::to_string(count_));
   }
   return false;
 }

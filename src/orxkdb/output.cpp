@@ -26,6 +26,11 @@ bool isFile(const struct stat& file, const std::string& name) {
   return !name.empty() && ::stat(name.c_str(), &named) == 0 && sameFile(file, named);
 }
 
+bool isRegularOrNew(const std::string& name) {
+  struct stat file {};
+  return ::stat(name.c_str(), &file) != 0 || S_ISREG(file.st_mode);
+}
+
 // Where AtomicFile writes first.
 std::string successorOf(const std::string& name) {
   return resolvePath(name).value_or(name).append(successorSuffix);
@@ -77,6 +82,9 @@ Result Output::open(const std::string& name, const std::string& database,
   if (Result refused = refuseDatabase(name); !refused.ok()) return refused;
   const int error = file_.open(name);
   if (error == 0) return {};
+  if (error == EEXIST && isRegularOrNew(name)) {
+    return refuse("a file stands where the output is written first", successorOf(name));
+  }
   if (error == EEXIST) {
     return fail(exitNotOpened, "the output is no regular file", name,
                 "give the name of a file, or \"-\" for standard output");
@@ -111,8 +119,9 @@ int Output::flush() {
 }
 
 Result Output::writeFailure(int error) const {
-  const std::string_view where = isStandard_ ? "standard output" : std::string_view(name_);
-  return fileFailure(exitFailed, "the output cannot be written", where, error);
+  constexpr std::string_view what = "the output cannot be written";
+  return isStandard_ ? systemFailure(exitFailed, what, "standard output", error)
+                     : fileFailure(exitFailed, what, name_, error);
 }
 
 Result writeStandardOutput(std::string_view text) {

@@ -56,23 +56,22 @@ Result copyAll(ByteSource& source, const std::string& name, const UniqueFd& file
     const std::string_view bytes(buffer.data(), static_cast<std::size_t>(count));
     line.add(bytes);
     if (line.isTooLong()) {
-      return fail(exitNotOpened, "this is no backup, a line does not end", name, "check the name");
+      return fail(exitNotAsExpected, "this is no backup, a line does not end", name,
+                  "check the name");
     }
     if (const int error = writeAll(file.get(), bytes); error != 0) {
       return scratchFailure(name, error);
     }
   }
   if (count == 0) return {};
-  return readFailure(source, "the backup cannot be read", name, exitNotOpened);
+  return readFailure(source, "the backup cannot be read", name, exitNotAsExpected);
 }
 
 }  // namespace
 
-Result PlainBackup::open(const std::string& name, Pipes pipes) {
+Result PlainBackup::open(const std::string& name) {
   path_ = name;
-  const bool isWanted =
-      compressionOfFile(name) != Compression::none || (pipes == Pipes::unpacked && isPipe(name));
-  return isWanted ? unpack(name) : Result();
+  return isPipe(name) || compressionOfFile(name) != Compression::none ? unpack(name) : Result();
 }
 
 Result PlainBackup::unpack(const std::string& name) {
@@ -86,7 +85,7 @@ Result PlainBackup::unpack(const std::string& name) {
   if (Result result = copyAll(source, name, file_); !result.ok()) return result;
   path_ = "/proc/self/fd/" + std::to_string(file_.get());
   if (!kdb::looksLikeDatabase(path_.c_str())) return {};
-  return fail(exitNotOpened, "what comes out is a database, not a backup", name,
+  return fail(exitNotAsExpected, "what comes out is a database, not a backup", name,
               "make a backup of it with \"orxkdb backup\", and give that");
 }
 

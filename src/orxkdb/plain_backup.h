@@ -1,4 +1,5 @@
-// PlainBackup: a backup, compressed or not, under a path that readers of plain files can open.
+// PlainBackup: a backup, compressed or not, a file or a pipe, under a path that readers of plain
+// files can open.
 //
 // A compressed one is unpacked into a file without a name in the directory TMPDIR, /var/tmp without
 // it: readers go to and fro in it, and memory stays bounded. It is gone with the object, or with
@@ -18,11 +19,9 @@ class PlainBackup {
   // compressed file could fill the disk.
   static constexpr std::size_t longestLine = std::size_t{1} << 20;
 
-  enum class Pipes : bool { left, unpacked };
-
-  // Anything but a compressed regular file is left for its reader to open, or to refuse; but what
-  // comes out of a pipe, compressed or not, is put into the file as well when `pipes` says so.
-  Result open(const std::string& name, Pipes pipes = Pipes::left);
+  // What comes out of a pipe, compressed or not, is put into the file as well. Anything else is
+  // left for its reader to open, or to refuse. exitNotAsExpected for what is no backup.
+  Result open(const std::string& name);
   // Lives as long as the object.
   [[nodiscard]] const std::string& path() const { return path_; }
 

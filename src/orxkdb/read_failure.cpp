@@ -18,7 +18,7 @@ Result readFailure(const ByteSource& source, std::string_view what, const std::s
       return fail(badData, "decompressing it takes more memory than is allowed here", place,
                   "decompress it with " + format + " and give the result");
     default:
-      return fileFailure(exitFailed, what, where, source.errorNumber());
+      return systemFailure(exitFailed, what, where, source.errorNumber());
   }
 }
 

@@ -6,11 +6,13 @@
 #include <system_error>
 
 #include "messages/error_msg.h"
+#include "terminal/file_words.h"
 
 namespace orx::orxkdb {
 
 namespace {
 
+// In `next`, {db} stands for the database as a word of a command, {dir} for its directory.
 struct Sentence {
   kdb::Reason reason;
   const char* what;
@@ -19,28 +21,29 @@ struct Sentence {
 
 constexpr std::array sentences{
     Sentence{kdb::Reason::notFound, "there is no such database",
-             "check the name, or make the database with \"orxkdb create\""},
+             "check the name, \"ls {dir}\"; \"orxkdb create {db}\" makes a database"},
     Sentence{kdb::Reason::format, "this is no database, or it is damaged",
              "check the name; move a damaged database away and restore its backup into a new one"},
     Sentence{kdb::Reason::inUse, "the database is open in another program",
-             "wait until that program has ended"},
+             "wait until that program has ended; \"fuser -v {db}\" tells which it is"},
     Sentence{kdb::Reason::authority, "no permission for the database or its directory",
-             "run this as the owner of the database"},
+             "run this as their owner; \"ls -ld {dir} {db}\" tells who that is"},
     Sentence{kdb::Reason::unique, "there is already a file of that name",
              "choose another name; \"orxkdb load --replace\" replaces the records of a database"},
     Sentence{kdb::Reason::length, "the name is too long for the file system",
              "choose a shorter name"},
     Sentence{kdb::Reason::arguments, "the name of the database is empty", "give its name"},
     Sentence{kdb::Reason::space, "there is no space left",
-             "free space where the database is and run this again; it is as it was"},
+             "free space, see \"df -h {dir}\", and run this again; the database is as it was"},
     Sentence{kdb::Reason::storage, "memory ran out",
              "free memory and run this again; the database is as it was"},
     Sentence{kdb::Reason::ioError, "the disk could not be read or written",
              "look into the system's log; the database is as it was"},
 };
 constexpr Sentence noPlaceForPrevious{
-    kdb::Reason::unique, "a directory stands in the place of NAME.orx-previous or NAME.orx-new",
-    "move the directory away"};
+    kdb::Reason::unique,
+    "a directory or another file stands in the place of NAME.orx-previous or NAME.orx-new",
+    "move it away, \"ls -ld {db}.orx-*\" shows it"};
 constexpr Sentence missingDirectory{kdb::Reason::notFound, "there is no directory for the database",
                                     "make the directory, or check the name"};
 constexpr Sentence otherwise{kdb::Reason::noError, "the database refused the call",
@@ -61,9 +64,28 @@ std::string codesOf(const kdb::kdbStatus& status) {
          numberAndName(status.reason, reasonName(status.reason)) + ")";
 }
 
-Result statusFailure(ExitCode code, const std::string& where, const kdb::kdbStatus& status,
-                     const Sentence& sentence) {
-  return fail(code, sentence.what, where + codesOf(status), sentence.next);
+std::string expanded(std::string text, const std::string& database) {
+  const std::array<std::pair<std::string_view, std::string>, 2> names{
+      {{"{db}", shellWord(database)}, {"{dir}", shellWord(parentOf(database))}}};
+  for (const auto& [name, word] : names) {
+    for (auto at = text.find(name); at != std::string::npos; at = text.find(name, at)) {
+      text.replace(at, name.size(), word);
+      at += word.size();
+    }
+  }
+  return text;
+}
+
+Result statusFailure(ExitCode code, const std::string& database, const kdb::kdbStatus& status,
+                     const Sentence& sentence, const std::string& record = "") {
+  return fail(code, sentence.what, absolutePath(database) + record + codesOf(status),
+              expanded(sentence.next, database));
+}
+
+// The database was moved or removed, what it was before the last change is there.
+bool onlyPreviousIsLeft(const std::string& database, const kdb::kdbStatus& status) {
+  return status.reason == static_cast<std::int32_t>(kdb::Reason::notFound) &&
+         kdb::looksLikeDatabase(kdb::previousName(database).c_str());
 }
 
 // Disk and memory can fail an opening that was in order.
@@ -123,6 +145,12 @@ std::string_view Result::textWithoutHint() const {
 }
 
 Result openFailure(const std::string& database, const kdb::kdbStatus& status) {
+  if (onlyPreviousIsLeft(database, status)) {
+    return fail(exitNotOpened, "there is no such database, but its previous generation",
+                absolutePath(database) + codesOf(status),
+                "check the name; \"mv " + shellWord(kdb::previousName(database)) + " " +
+                    shellWord(database) + "\" makes it the database");
+  }
   const bool hasNoPlace = status.reason == static_cast<std::int32_t>(kdb::Reason::unique);
   return statusFailure(openCode(status), database, status,
                        hasNoPlace ? noPlaceForPrevious : sentenceOf(status.reason));
@@ -134,22 +162,26 @@ Result createFailure(const std::string& database, const kdb::kdbStatus& status) 
                        isMissing ? missingDirectory : sentenceOf(status.reason));
 }
 
-Result databaseFailure(const std::string& where, const kdb::kdbStatus& status) {
+Result databaseFailure(const std::string& database, const kdb::kdbStatus& status,
+                       const std::string& record) {
   const bool damaged = status.reason == static_cast<std::int32_t>(kdb::Reason::format);
-  return statusFailure(damaged ? exitNotAsExpected : exitFailed, where, status,
-                       sentenceOf(status.reason));
+  return statusFailure(damaged ? exitNotAsExpected : exitFailed, database, status,
+                       sentenceOf(status.reason), record);
 }
 
-Result lastFailure(const std::string& where, kdb::kdbHandle database) {
+Result lastFailure(const std::string& database, kdb::kdbHandle handle, const std::string& record) {
   kdb::kdbStatus status;
-  (void)kdb::GetLastStatus(database, status);
-  return databaseFailure(where, status);
+  (void)kdb::GetLastStatus(handle, status);
+  return databaseFailure(database, status, record);
 }
 
-Result fileFailure(ExitCode code, std::string_view what, std::string_view file, int error) {
-  std::string where(file);
+Result systemFailure(ExitCode code, std::string_view what, std::string where, int error) {
   where.append(" (").append(std::generic_category().message(error)).append(")");
   return fail(code, what, where, adviceFor(error));
+}
+
+Result fileFailure(ExitCode code, std::string_view what, const std::string& file, int error) {
+  return systemFailure(code, what, absolutePath(file), error);
 }
 
 }  // namespace orx::orxkdb

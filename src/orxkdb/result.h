@@ -31,12 +31,15 @@ Result fail(ExitCode code, std::string_view what, std::string_view where, std::s
 Result openFailure(const std::string& database, const kdb::kdbStatus& status);
 // The same for one that was to be made.
 Result createFailure(const std::string& database, const kdb::kdbStatus& status);
-// Any other call that failed; `where` names the database and, where there is one, the record.
-Result databaseFailure(const std::string& where, const kdb::kdbStatus& status);
-// The same with the status of the last failed call on `database`.
-Result lastFailure(const std::string& where, kdb::kdbHandle database);
+// Any other call that failed; `record` says where in the database, " behind its record 7".
+Result databaseFailure(const std::string& database, const kdb::kdbStatus& status,
+                       const std::string& record = "");
+// The same with the status of the last failed call on `handle`.
+Result lastFailure(const std::string& database, kdb::kdbHandle handle,
+                   const std::string& record = "");
 
-// A file call that failed with the system's error number.
-Result fileFailure(ExitCode code, std::string_view what, std::string_view file, int error);
+// A call that failed with the system's error number, at a place or with a file.
+Result systemFailure(ExitCode code, std::string_view what, std::string where, int error);
+Result fileFailure(ExitCode code, std::string_view what, const std::string& file, int error);
 
 }  // namespace orx::orxkdb

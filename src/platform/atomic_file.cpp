@@ -12,13 +12,15 @@ namespace orx {
 namespace {
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 
-// Removes what a process that died left behind; EBUSY when its writer is alive.
+// Removes what a process that died left behind. EBUSY when its writer is alive, EEXIST when it is
+// somebody else's.
 int removeStale(const std::string& path) {
   const UniqueFd stale = openFile(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  const bool alive = stale.valid() && (lockFile(stale.get()) != 0 || !leadsTo(path, stale.get()));
-  if (alive) return EBUSY;
-  const int error = removeFile(path);
-  return error == ENOENT ? 0 : error;
+  if (!stale.valid()) return errno == ENOENT ? 0 : EEXIST;
+  if (lockFile(stale.get()) != 0 || !leadsTo(path, stale.get())) return EBUSY;
+  bool marked = false;
+  if (const int error = isMarked(stale.get(), marked); error != 0) return error;
+  return marked ? removeFile(path) : EEXIST;
 }
 
 }  // namespace
@@ -38,13 +40,14 @@ int AtomicFile::open(const std::string& target) {
   if (const int error = removeStale(temporary); error != 0) return error;
   if (const int error = create(temporary); error != 0) return error == EEXIST ? EBUSY : error;
   if (lockFile(fd_.get()) != 0 || !leadsTo(temporary, fd_.get())) return EBUSY;
-  if (replaces) return setModeAndOwner(fd_.get(), existing);
-  return 0;
+  if (!replaces) return 0;
+  existing.st_mode |= unpublishedMark;
+  return setModeAndOwner(fd_.get(), existing);
 }
 
 int AtomicFile::create(const std::string& path) {
   CriticalStep step;
-  fd_ = openFile(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0640);
+  fd_ = openFile(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0640 | unpublishedMark);
   if (!fd_.valid()) return errno;
   temporary_ = path;
   step.removeWhenInterrupted(path, fd_.get());
@@ -72,6 +75,7 @@ int AtomicFile::publish() {
   step.notePublished();
   step.leaveAlone(temporary_);
   temporary_.clear();
+  (void)clearMark(fd_.get());
   return syncDirectory(directoryOf(target_));
 }
 

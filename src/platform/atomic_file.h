@@ -3,7 +3,7 @@
 // The text goes into NAME.orx-new beside the resolved target (so a symbolic link stays one);
 // publish() syncs it, renames it over the target in one step and syncs the directory. Until then
 // the target is untouched. An unpublished file is removed when the object goes; a process that
-// dies leaves NAME.orx-new behind, which the next one replaces.
+// dies leaves NAME.orx-new behind, with the mark of an unpublished file; the next one replaces it.
 #pragma once
 
 #include <cstddef>
@@ -22,8 +22,10 @@ class AtomicFile {
   AtomicFile& operator=(const AtomicFile&) = delete;
   ~AtomicFile();
 
-  // Each returns 0 or an errno value. After a failed write() the next calls fail the same way.
-  // A new file is 0640 less the umask; a replaced one keeps its mode.
+  // Each returns 0 or an errno value; open() EEXIST when the target is no regular file or
+  // NAME.orx-new is somebody else's, EBUSY when another process writes it. After a failed write()
+  // the next calls fail the same way. A new file is 0640 less the umask; a replaced one keeps its
+  // mode.
   [[nodiscard]] int open(const std::string& target);
   [[nodiscard]] int write(std::string_view bytes);
   [[nodiscard]] int publish();

@@ -115,6 +115,20 @@ int setModeAndOwner(int fd, const struct stat& like) {
   return errnoOf([&] { return ::fchmod(fd, like.st_mode & 07777); });
 }
 
+int isMarked(int fd, bool& marked) {
+  struct stat file {};
+  if (::fstat(fd, &file) != 0) return errno;
+  marked = (file.st_mode & unpublishedMark) != 0;
+  return 0;
+}
+
+int clearMark(int fd) {
+  struct stat file {};
+  if (::fstat(fd, &file) != 0) return errno;
+  if ((file.st_mode & unpublishedMark) == 0) return 0;
+  return errnoOf([&] { return ::fchmod(fd, file.st_mode & 07777 & ~unpublishedMark); });
+}
+
 int lockFile(int fd) {
   return errnoOf([&] { return ::flock(fd, LOCK_EX | LOCK_NB); });
 }

@@ -56,6 +56,12 @@ void writeIfTaken(int fd, std::string_view bytes);
 // Another name for the same file.
 [[nodiscard]] int linkFile(const std::string& existing, const std::string& name);
 [[nodiscard]] int setModeAndOwner(int fd, const struct stat& like);
+// The mode bit of a file that is written under another name than its own, until it is published:
+// nothing else is removed under such a name.
+inline constexpr mode_t unpublishedMark = S_ISVTX;
+[[nodiscard]] int isMarked(int fd, bool& marked);
+// Takes the mark away, if the file has it.
+int clearMark(int fd);
 // Takes an exclusive flock without waiting; EWOULDBLOCK when somebody holds one.
 [[nodiscard]] int lockFile(int fd);
 

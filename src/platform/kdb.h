@@ -27,6 +27,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "platform/kdb_codes.h"
@@ -122,11 +123,16 @@ std::int32_t Checkpoint(kdbHandle database);
 // generation, 8/17 when that is no database.
 [[nodiscard]] std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status);
 
-// True when `path` is the file NAME.orx-previous or NAME.orx-new of the database `name`, which a
-// change of the database replaces or discards.
-[[nodiscard]] bool isGenerationOf(const char* path, const char* name);
+// Which file of the database `name` the file `path` is, by whatever name: the database itself,
+// NAME.orx-previous or NAME.orx-new. A change of the database replaces or discards each of them.
+enum class Generation : std::int32_t { none, current, previous, successor };
+[[nodiscard]] Generation generationOf(const std::string& path, const std::string& name);
 
-// True when `path` is a file that begins like a database, whatever its state.
+// Where the previous generation of the database `name` lies, or would: beside the file that a
+// symbolic link leads to, otherwise `name` with ".orx-previous" behind it.
+[[nodiscard]] std::string previousName(const std::string& name);
+
+// True when `path` is a regular file that begins like a database, whatever its state.
 [[nodiscard]] bool looksLikeDatabase(const char* path);
 
 // "LMDB 0.9.24: (July 24, 2019)"

@@ -76,11 +76,12 @@ class UseCountRebuild {
     const auto model = static_cast<std::uint32_t>(identifierOf(record.modelHandle()));
     if (model != 0 && record.recn() == 0) references_.append(model, record);
     if (!isModel(record.recType())) return;
+    if (record.recn() == 0) ++modelCount_;
     models_.append(static_cast<std::uint32_t>(identifierOf(record.objectHandle())), record);
   }
 
   [[nodiscard]] bool rebuildModels() {
-    runProgress().enter("rebuilding");
+    runProgress().enter("rebuilding", modelCount_);
     for (std::size_t number = 0; number < RecordLists::count; ++number) {
       ReferenceIndex references(references_[number]);
       while (takeModel(models_[number])) {
@@ -127,6 +128,7 @@ class UseCountRebuild {
   kdb::kdbHandle cursor_;
   RecordLists references_;
   RecordLists models_;
+  std::uint64_t modelCount_ = 0;  // how many will be rebuilt
   BigDataRecord model_;
   CMAttributeSet attributes_;
 };

@@ -15,6 +15,7 @@ namespace {
 constexpr auto firstAppearance = std::chrono::milliseconds(500);
 constexpr auto redrawInterval = std::chrono::milliseconds(100);
 constexpr auto longestWait = std::chrono::milliseconds(200);
+constexpr std::size_t echoed = 2;       // "^C" that the terminal puts behind the line
 constexpr double leastSeconds = 0.3;    // a rate over less says nothing
 constexpr double leastProgress = 0.01;  // and so does a time left
 
@@ -57,7 +58,10 @@ void ProgressLine::resume() {
 // The lock is never given back.
 void ProgressLine::eraseForGood() {
   if (!drawing_.try_lock_for(longestWait)) return;
-  if (drawn_ != 0) writeIfTaken(fd_, "\r" + std::string(drawn_, ' ') + "\r");
+  if (drawn_ == 0) return;
+  const std::size_t columns =
+      std::min(drawn_ + echoed, std::max(terminalWidth(fd_), drawn_ + 1) - 1);
+  writeIfTaken(fd_, "\r" + std::string(columns, ' ') + "\r");
 }
 
 void ProgressLine::run() {

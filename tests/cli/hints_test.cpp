@@ -3,8 +3,8 @@
 
 #include <regex>
 
-#include "driver/file_words.h"
 #include "restore/exit_codes.h"
+#include "terminal/file_words.h"
 #include "tests/support/compress.h"
 #include "tests/support/program_runs.h"
 #include "tests/support/small_fleet.h"
@@ -20,6 +20,8 @@ class Hints : public testing::Test {
     std::filesystem::create_directory(directory_ / "folder");
     makeDatabase(directory_.file("db"), smallFleet());
     makeDatabase(directory_.file("db.orx-previous"), {plainLine(1)});
+    makeDatabase(directory_.file("gone.orx-previous"), {plainLine(1)});
+    std::filesystem::create_symlink("nowhere", directory_ / "dangling");
     makeDatabase(directory_.file("other"), smallFleet());
     createDatabase(directory_.file("empty"));
     makeDatabase(directory_.file("counterless"), {plainLine(7)});
@@ -47,23 +49,39 @@ void expectMatch(const std::string& text, const std::string& pattern, const Temp
 
 TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
   const std::string longName(250, 'n');
+  writeFile(directory_ / "third.orx-new", backupText(smallFleet()));
   const struct {
     std::string command;
     int exitCode;
     std::string means, next;
   } cases[] = {
       {"-x", exitUsage, "the command line .*", "orxrestore -i BACKUP -o DATABASE"},
-      {"-i backup -o folder/db", exitNameHasPath, ".* not as @folder/db", "cd folder/"},
+      {"-i backup -m 'folder/a db'", exitNameHasPath, ".* not as @folder/a db",
+       "cd folder && orxrestore -i @backup -m 'a db'"},
+      {"-u nofolder/db", exitNameHasPath, ".* no directory for @nofolder/db", "ls -l [.]"},
       {"-i missing -o db", exitBackupNotOpened, "there is no backup @missing; @db is unchanged",
        "ls -l [.]"},
       {"-i folder -o db", exitBackupNotOpened,
-       "the backup @folder is a directory; @db is unchanged", "ls -l folder"},
+       "the backup @folder is a directory; @db is unchanged", "ls -ld folder"},
+      {"-i backup/x -o db", exitBackupNotOpened,
+       "the backup @backup/x cannot be reached [(]Not a directory[)]; @db is unchanged",
+       "ls -l [.]"},
       {"-i db.orx-previous -o db", exitBackupNotOpened,
-       "@db.orx-previous is a generation of @db itself, which the run would replace; @db is "
-       "unchanged",
+       "@db.orx-previous is the previous generation of @db, .*; nothing was done",
        "orxkdb undo db"},
-      {"-i db.orx-previous -m db", exitBackupNotOpened, ".* is a generation of .*",
-       "orxkdb undo db"},
+      {"-i db.orx-previous -m db", exitBackupNotOpened, ".* is the previous generation of .*",
+       "orxkdb backup db.orx-previous db.orx-previous.txt"},
+      {"-i gone.orx-previous -o gone", exitBackupNotOpened, ".* is the previous generation of .*",
+       "mv gone.orx-previous gone"},
+      {"-i ./db -o db", exitBackupNotOpened, "@db is the database itself, .*",
+       "orxkdb backup db [.]/db.txt"},
+      {"-i third.orx-new -o third", exitBackupNotOpened, "@third.orx-new has the name .*",
+       "mv third.orx-new third.orx-new.txt"},
+      {"-i backup -o gone", exitDatabaseNotOpened,
+       "there is no database @gone, but its previous generation @gone.orx-previous",
+       "mv gone.orx-previous gone"},
+      {"-i backup -o dangling", exitDatabaseNotOpened, "@dangling is a symbolic link .*",
+       "ls -l dangling"},
       {"-i backup -o 'no db'", exitDatabaseNotOpened, "there is no database @no db",
        "orxkdb create 'no db'"},
       {"-i backup -o notes", exitDatabaseNotOpened, "@notes is not a database", "ls -ld notes"},
@@ -127,7 +145,7 @@ TEST(FileWords, AreReadyForAShell) {
                {"", "''"},
                {"-o", "./-o"},
                {"$(reboot)", "'$(reboot)'"},
-               {"dat\033[2J", "'dat?[2J'"},
+               {"dat\033[2J'\\", "$'dat\\033[2J\\'\\\\'"},
                {"d\xC3\xA9j", "d\xC3\xA9j"}};
   for (const auto& row : cases) EXPECT_EQ(shellWord(row.name), row.word);
 }

@@ -160,10 +160,10 @@ TEST_F(Plan, RefusesWhatNoMergeCanWorkWith) {
     ExitCode code;
     const char* text;
   } cases[] = {
-      {{"db", "none"}, exitNotOpened, "the backup cannot be opened, none (No such file"},
-      {{"db", "directory"}, exitNotOpened, "the backup cannot be opened, directory (Is a direct"},
+      {{"db", "none"}, exitNotOpened, "/none (No such file"},
+      {{"db", "directory"}, exitNotOpened, "/directory (Is a direct"},
       {{"db", "db"}, exitNotAsExpected, "this is a database, not a backup, db, "},
-      {{"none", "backup"}, exitNotOpened, "there is no such database, none "},
+      {{"none", "backup"}, exitNotOpened, "/none (5 NotThere"},
       {{"backup", "backup"}, exitNotOpened, "this is no database"},
       {{"empty", "backup"}, exitNotAsExpected, "the database is empty"},
       {{"plain", "backup"}, exitNotAsExpected, "a merge would fail: there are no identifier count"},

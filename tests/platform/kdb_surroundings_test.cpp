@@ -202,6 +202,10 @@ TEST_F(KdbSurroundings, WhatStandsInTheWayOfAGenerationIsFoundAtTheOpenAndNotOve
     EXPECT_EQ(openResult(name_), "4/46") << generation;
     std::filesystem::remove(name_ + generation);
   }
+  test::writeFile(name_ + ".orx-new", "somebody else's");
+  EXPECT_EQ(openResult(name_), "4/46");
+  EXPECT_EQ(test::readFile(name_ + ".orx-new"), "somebody else's");
+  std::filesystem::remove(name_ + ".orx-new");
   std::filesystem::create_hard_link(name_, name_ + ".orx-new");
   EXPECT_EQ(openResult(name_), "0/0");
   test::writeFile(scratch_.file("precious"), "kept");

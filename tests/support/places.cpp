@@ -6,7 +6,7 @@ namespace orx::test {
 
 std::filesystem::path programsDirectory() {
   const char* const chosen = std::getenv("ORX_PROGRAMS");
-  return chosen == nullptr ? std::filesystem::path(ORX_BIN_DIR) : std::filesystem::absolute(chosen);
+  return chosen == nullptr ? ORX_BIN_DIR : chosen;
 }
 
 std::filesystem::path builtProgram(const char* name) {

@@ -5,7 +5,8 @@
 
 namespace orx::test {
 
-// Of this build, or the directory that the environment variable ORX_PROGRAMS names.
+// Of this build, or the directory that the environment variable ORX_PROGRAMS names by its
+// absolute path.
 [[nodiscard]] std::filesystem::path programsDirectory();
 [[nodiscard]] std::filesystem::path builtProgram(const char* name);
 [[nodiscard]] std::filesystem::path sourceDirectory();

@@ -34,8 +34,8 @@ struct BackupPiece {
 
 class BackupFile {
  public:
-  // Only a regular file can be read twice; anything else is refused. A compressed one is
-  // decompressed first; lines, offsets and size are those of what comes out.
+  // A regular file, compressed or not, or a pipe (plain_backup.h); anything else is refused. Lines,
+  // offsets and size are those of what comes out.
   Result open(const std::string& name);
 
   // The next piece; false at the end and after a failure, which result() tells.

@@ -5,6 +5,7 @@
 #include "orxkdb/line_reader.h"
 #include "orxkdb/manual/completion.h"
 #include "orxkdb/manual/formats_page.h"
+#include "orxkdb/manual/program_notes.h"
 #include "orxkdb/manual/program_page.h"
 #include "orxkdb/manual/restore_help.h"
 #include "orxkdb/output.h"
@@ -35,7 +36,7 @@ Result readDocument(std::vector<std::string>& lines) {
 Result writeRestorePage() {
   CommandTree tree;
   if (Result result = readRestoreHelp(tree); !result.ok()) return result;
-  return writeStandardOutput(programPage(tree, "orxkdb(1), orxkdb-formats(5)"));
+  return writeStandardOutput(programPage(tree, restoreNotes()));
 }
 
 Result writeFormatsPage() {
@@ -47,7 +48,7 @@ Result writeFormatsPage() {
 Result writePage(const CommandTree& tree, const std::string& page) {
   if (page == restorePage) return writeRestorePage();
   if (page == formatsPageName) return writeFormatsPage();
-  return writeStandardOutput(programPage(tree, "orxrestore(1), orxkdb-formats(5)"));
+  return writeStandardOutput(programPage(tree, ownNotes()));
 }
 
 Result writeCompletion(const CommandTree& tree, const std::string& shell) {

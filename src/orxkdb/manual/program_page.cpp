@@ -70,6 +70,16 @@ void writeTitled(RoffWriter& roff, const HelpParagraph& paragraph) {
     const auto [term, words] = termAndWords(line);
     roff.item(RoffWriter::bold(term), RoffWriter::plain(words));
   }
+  roff.item(RoffWriter::bold("129, 130, 143"),
+            RoffWriter::plain("ended by a hangup, Ctrl-C or kill; one line on standard error says "
+                              "whether anything was changed"));
+}
+
+void writeTerms(RoffWriter& roff, const char* section, const std::vector<ManualTerm>& terms) {
+  roff.section(section);
+  for (const ManualTerm& entry : terms) {
+    roff.item(RoffWriter::bold(entry.term), RoffWriter::plain(entry.words));
+  }
 }
 
 void writeFooter(RoffWriter& roff, const std::vector<HelpParagraph>& paragraphs) {
@@ -84,7 +94,7 @@ void writeFooter(RoffWriter& roff, const std::vector<HelpParagraph>& paragraphs)
 
 }  // namespace
 
-std::string programPage(const CommandTree& tree, const std::string& seeAlso) {
+std::string programPage(const CommandTree& tree, const ProgramNotes& notes) {
   RoffWriter roff(tree.name, 1, "User Commands");
   roff.section("NAME");
   roff.line(RoffWriter::plain(tree.name) + " \\- " + RoffWriter::plain(purposeOf(tree)));
@@ -99,8 +109,10 @@ std::string programPage(const CommandTree& tree, const std::string& seeAlso) {
   if (!tree.commands.empty()) roff.section("SUBCOMMANDS");
   for (const CommandTree& command : tree.commands) writeCommand(roff, tree.name, command);
   writeFooter(roff, helpParagraphs(tree.footer));
+  writeTerms(roff, "FILES", notes.files);
+  writeTerms(roff, "ENVIRONMENT", notes.environment);
   roff.section("SEE ALSO");
-  roff.paragraph(RoffWriter::plain(seeAlso));
+  roff.paragraph(RoffWriter::plain(notes.seeAlso));
   return roff.page();
 }
 

@@ -2,12 +2,25 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "orxkdb/manual/command_tree.h"
 
 namespace orx::orxkdb {
 
-// Section 1. `seeAlso` holds the pages to name at its end: "orxkdb(1), orxkdb-formats(5)".
-[[nodiscard]] std::string programPage(const CommandTree& tree, const std::string& seeAlso);
+struct ManualTerm {
+  std::string term;
+  std::string words;
+};
+
+// What a manual page tells and the help does not.
+struct ProgramNotes {
+  std::vector<ManualTerm> files;
+  std::vector<ManualTerm> environment;
+  std::string seeAlso;  // pages: "orxkdb(1), orxkdb-formats(5)"
+};
+
+// Section 1.
+[[nodiscard]] std::string programPage(const CommandTree& tree, const ProgramNotes& notes);
 
 }  // namespace orx::orxkdb

@@ -41,13 +41,12 @@ class PlanRun {
 
  private:
   Result openBackup() {
-    if (Result result = plain_.open(backupName_, PlainBackup::Pipes::unpacked); !result.ok())
-      return result;
+    if (Result result = plain_.open(backupName_); !result.ok()) return result;
     if (!backup_.open(plain_.path().c_str())) {
       return fileFailure(exitNotOpened, "the backup cannot be opened", backupName_,
                          backup_.errorNumber());
     }
-    if (backup_.isRegularFile() && kdb::looksLikeDatabase(backupName_.c_str())) {
+    if (kdb::looksLikeDatabase(backupName_.c_str())) {
       return fail(exitNotAsExpected, "this is a database, not a backup", backupName_,
                   "make a backup of it with \"orxkdb backup\", and give that");
     }

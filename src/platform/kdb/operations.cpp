@@ -3,8 +3,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <array>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -18,6 +16,12 @@
 namespace orx::kdb {
 
 namespace {
+
+bool isSameFile(const std::string& a, const std::string& b) {
+  struct stat fileA {};
+  struct stat fileB {};
+  return ::stat(a.c_str(), &fileA) == 0 && ::stat(b.c_str(), &fileB) == 0 && sameFile(fileA, fileB);
+}
 
 constexpr std::int32_t numberOf(Code code) {
   return static_cast<std::int32_t>(code);
@@ -276,17 +280,23 @@ std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status) {
   return status.returnCode;
 }
 
-bool isGenerationOf(const char* path, const char* name) {
-  struct stat file {};
-  if (::stat(path, &file) != 0) return false;
+Generation generationOf(const std::string& path, const std::string& name) {
   const DatabasePaths paths = DatabasePaths::of(resolvePath(name).value_or(name));
-  return std::ranges::any_of(std::array{paths.previous, paths.successor}, [&](const auto& other) {
-    struct stat found {};
-    return ::stat(other.c_str(), &found) == 0 && sameFile(file, found);
-  });
+  if (isSameFile(path, paths.database)) return Generation::current;
+  if (isSameFile(path, paths.previous)) return Generation::previous;
+  return isSameFile(path, paths.successor) ? Generation::successor : Generation::none;
 }
 
+std::string previousName(const std::string& name) {
+  struct stat named {};
+  const bool isLink = ::lstat(name.c_str(), &named) == 0 && S_ISLNK(named.st_mode);
+  return DatabasePaths::of(isLink ? resolvePath(name).value_or(name) : name).previous;
+}
+
+// Other files are not even opened: a pipe would lose its writer.
 bool looksLikeDatabase(const char* path) {
+  struct stat file {};
+  if (::stat(path, &file) != 0 || !S_ISREG(file.st_mode)) return false;
   const UniqueFd fd = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
   return fd.valid() && TreeFile::beginsLikeTree(fd.get());
 }

@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 
 #include "platform/file.h"
@@ -75,13 +77,6 @@ int replace(const DatabasePaths& paths, bool marked) {
   return marked ? replaceByLink(paths) : replaceByExchange(paths);
 }
 
-int isMarked(int fd, bool& marked) {
-  struct stat file {};
-  if (::fstat(fd, &file) != 0) return errno;
-  marked = (file.st_mode & unpublishedMark) != 0;
-  return 0;
-}
-
 // An exchange leaves the published database marked and the replaced one without a mark. A successor
 // can lose its mark, in a copy of the directory, but then the database has none either.
 int isReplacedDatabase(int fd, int databaseFd, bool& replaced) {
@@ -91,6 +86,18 @@ int isReplacedDatabase(int fd, int databaseFd, bool& replaced) {
   if (error == 0) error = isMarked(fd, marked);
   replaced = published && !marked && TreeFile::beginsLikeTree(fd);
   return error;
+}
+
+// A file of somebody else's, which happens to have the name. A young successor that lost its mark
+// is empty or begins with zeros.
+int isForeign(int fd, bool& foreign) {
+  bool marked = false;
+  if (const int error = isMarked(fd, marked); error != 0) return error;
+  std::array<std::uint8_t, 16> first{};
+  if (readAt(fd, first.data(), first.size(), 0) < 0) return errno;
+  const bool isZero = std::ranges::all_of(first, [](std::uint8_t byte) { return byte == 0; });
+  foreign = !marked && !isZero && !TreeFile::beginsLikeTree(fd);
+  return 0;
 }
 
 bool isSameFile(int a, int b) {
@@ -110,13 +117,6 @@ bool DatabasePaths::namesFit() const {
   const std::size_t length =
       slash == std::string::npos ? previous.size() : previous.size() - slash - 1;
   return length <= NAME_MAX;
-}
-
-int clearMark(int fd) {
-  struct stat file {};
-  if (::fstat(fd, &file) != 0) return errno;
-  if ((file.st_mode & unpublishedMark) == 0) return 0;
-  return ::fchmod(fd, file.st_mode & 07777 & ~unpublishedMark) == 0 ? 0 : errno;
 }
 
 Outcome publishReplacement(const DatabasePaths& paths, int successorFd, int databaseFd) {
@@ -147,6 +147,9 @@ Outcome settleLeftover(const DatabasePaths& paths, int databaseFd) {
   const bool isSecondName = databaseFd >= 0 && isSameFile(left.get(), databaseFd);
   if (isSecondName) return outcomeOfErrno(removeFile(paths.successor));
   if (lockFile(left.get()) != 0 || !leadsTo(paths.successor, left.get())) return inUse;
+  bool foreign = false;
+  if (const int error = isForeign(left.get(), foreign); error != 0) return outcomeOfErrno(error);
+  if (foreign) return duplicateKey;
   bool replaced = false;
   int error = isReplacedDatabase(left.get(), databaseFd, replaced);
   if (error == 0) error = replaced ? makePrevious(paths) : removeFile(paths.successor);

@@ -22,10 +22,9 @@ struct DatabasePaths {
   [[nodiscard]] bool namesFit() const;
 };
 
-// The mode bit of a successor; the last step of publishing takes it away. When a dead run left a
-// NAME.orx-new without the bit beside a NAME with it, that is the database that the run replaced;
-// any other is a successor.
-inline constexpr mode_t unpublishedMark = S_ISVTX;
+// A successor has the mark of an unpublished file; the last step of publishing takes it away. When
+// a dead run left a NAME.orx-new without the mark beside a NAME with it, that is the database that
+// the run replaced; any other is a successor.
 
 // Publishes the complete successor open as `successorFd` in place of the database open as
 // `databaseFd`:
@@ -40,11 +39,9 @@ inline constexpr mode_t unpublishedMark = S_ISVTX;
 [[nodiscard]] Outcome publishReplacement(const DatabasePaths& paths, int successorFd,
                                          int databaseFd);
 
-// Takes the mark of a file away, if it has it; an errno value.
-int clearMark(int fd);
-
 // Takes care of what a dead run left as NAME.orx-new: discards a successor, makes a replaced
-// database the previous generation. 3/19 when its process is alive, 4/46 for a directory.
+// database the previous generation. 3/19 when its process is alive, 4/46 for a directory
+// or somebody else's file.
 // `databaseFd` is the database, with the mark that it was found with; -1 for none.
 [[nodiscard]] Outcome settleLeftover(const DatabasePaths& paths, int databaseFd);
 

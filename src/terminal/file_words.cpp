@@ -1,6 +1,8 @@
-#include "driver/file_words.h"
+#include "terminal/file_words.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <filesystem>
 #include <string_view>
 
@@ -22,6 +24,22 @@ bool isPlain(char character) {
   return (code >= '0' && code <= '9') || (code >= 'A' && code <= 'Z') ||
          (code >= 'a' && code <= 'z') || code >= 0x80 ||
          punctuation.find(character) != std::string_view::npos;
+}
+
+// With the codes of control characters: $'a\nb'.
+std::string inCodes(std::string_view text) {
+  std::string word = "$'";
+  for (const char character : text) {
+    if (character == '\'' || character == '\\') word += '\\';
+    if (!isControl(character)) {
+      word += character;
+      continue;
+    }
+    std::array<char, 5> code{};
+    (void)std::snprintf(code.data(), code.size(), "\\%03o", static_cast<unsigned>(character));
+    word += code.data();
+  }
+  return word + "'";
 }
 
 std::string inQuotes(std::string_view text) {
@@ -50,7 +68,8 @@ std::string parentOf(const std::string& name) {
 }
 
 std::string shellWord(const std::string& name) {
-  const std::string word = printable(name.starts_with('-') ? "./" + name : name);
+  const std::string word = name.starts_with('-') ? "./" + name : name;
+  if (std::ranges::any_of(word, isControl)) return inCodes(word);
   return !word.empty() && std::ranges::all_of(word, isPlain) ? word : inQuotes(word);
 }
 
