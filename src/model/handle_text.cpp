@@ -93,14 +93,41 @@ struct Numbers {
   static constexpr std::size_t limit = 10;  // one more than any form has
 
   std::array<std::uint32_t, limit> values;
-  std::size_t count = 0;
+  std::size_t count;
 };
+
+// Reads what nearly every handle is: digits, each number with one ";" behind it, up to the ">".
+// False for any other text.
+bool readPlainNumbers(std::string_view text, Numbers& numbers) {
+  std::uint32_t value = 0;
+  bool inNumber = false;
+  std::size_t count = 0;
+  if (!text.starts_with('<')) return false;
+  for (const char c : text.substr(1)) {
+    const auto digit = static_cast<std::uint32_t>(c - '0');
+    if (digit <= 9) {
+      value = value * 10 + digit;
+      inNumber = true;
+    } else if (!inNumber) {
+      numbers.count = count;
+      return c == '>';
+    } else if (c == ';' && count < Numbers::limit) {
+      numbers.values[count++] = value;
+      value = 0;
+      inNumber = false;
+    } else {
+      return false;
+    }
+  }
+  return false;
+}
 
 // Reads the fields between "<" and ">"; empty ones are skipped, more than the limit are not read.
 // False when the text has no "<" at its start or ends before a ">".
 bool readNumbers(std::string_view text, Numbers& numbers) {
   const char* p = text.data();
   const char* const end = p + text.size();
+  numbers.count = 0;
   if (p == end || *p++ != '<') return false;
   while (p != end && *p != '\0' && numbers.count < Numbers::limit) {
     if (*p == '>') return true;
@@ -189,7 +216,8 @@ int CMConfigHandle::importHndl(std::string_view text) {
   ORX_TRACE_VALUE("importHndl");
   bytes_ = {};
   Numbers numbers;
-  if (!readNumbers(text, numbers) || !isHeader(numbers)) return trace.exit(0);
+  const bool isRead = readPlainNumbers(text, numbers) || readNumbers(text, numbers);
+  if (!isRead || !isHeader(numbers)) return trace.exit(0);
   setHeader(bytes_, numbers);
   return trace.exit(setIdentifiers(bytes_, numbers) ? 1 : 0);
 }

@@ -83,8 +83,8 @@ class DataBuffer {
   void setAttrText(std::string_view text) {
     const std::size_t count = std::min(text.size(), data_layout::attrTextSize);
     std::uint8_t* const start = at(data_layout::attrText);
-    std::fill(std::copy_n(text.data(), count, start), start + data_layout::attrTextSize,
-              std::uint8_t{0});
+    if (count != 0) std::memcpy(start, text.data(), count);  // a copy by characters takes 600 steps
+    std::memset(start + count, 0, data_layout::attrTextSize - count);
   }
 
   friend bool operator==(const DataBuffer&, const DataBuffer&) = default;
