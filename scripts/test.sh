@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds everything and passes every test: formatting, include directions, lint, the tests under the
-# sanitizers, and those of the programs once more with the optimised ones. Installs the Debian packages it needs. The last line
+# sanitizers, and those of the programs once more with the optimised ones, and
+# no more instructions a record than bench/expected.json says. Installs the Debian packages it needs. The last line
 # counts the tests.
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -67,6 +68,7 @@ check "build: asan" build asan
 run_tests "tests of the layers, sanitized" build/asan/bin/orx_tests
 run_tests "tests of the programs, sanitized" build/asan/bin/orx_program_tests
 ORX_PROGRAMS=$PWD/build/bin run_tests "tests of the programs, optimised" build/asan/bin/orx_program_tests
+check "instruction counts" bench/instructions.sh
 check "lint" check_lint
 
 if [ "$skipped" -gt 0 ]; then
