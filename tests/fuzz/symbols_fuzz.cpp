@@ -1,0 +1,59 @@
+// Symbolic parameters in a text, resolved against a set whose values may refer to each other.
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "model/symbol_resolution.h"
+#include "tests/fuzz/fuzz_target.h"
+
+namespace {
+
+using namespace orx;
+
+// "NAME=VALUE" lines up to an empty one.
+void readParameters(fuzz::Input& input, CMSymParmSet& set) {
+  for (auto line = input.upTo('\n'); !line.empty(); line = input.upTo('\n')) {
+    const std::size_t sign = std::min(line.find('='), line.size());
+    const std::string name(line.substr(0, sign));
+    const std::string value(line.substr(std::min(sign + 1, line.size())));
+    auto parameter = std::make_unique<CMSymParm>(name.c_str(), value.c_str(),
+                                                 sym_parm_kind::fromText, 0, nullptr);
+    (void)set.insertUniqueParm(parameter);
+  }
+}
+
+void checkRange(const std::string& text) {
+  SubstrRange range;
+  const int length = static_cast<int>(text.size());
+  const std::size_t textLength =
+      text.find('\0') == std::string::npos ? text.size() : text.find('\0');
+  if (getSubstrRange(text.c_str(), length, range, 0) == 1) {
+    fuzz::require(textLength < 100 || length < 100, "a range is shorter than 100 bytes");
+  }
+  std::string part;
+  AddCharToString(part, text.c_str(), length, &range);
+  fuzz::require(text.find(part) != std::string::npos, "a part of a text is found in it");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::Input input(data, size);
+  const int utf8Mode = input.byte() % 2;
+  CMSymParmSet set;
+  readParameters(input, set);
+  const std::string text(input.rest());
+  const std::size_t entries = set.entries();
+  std::vector<CMSymParm*> changed;
+  const std::string result = ResolveSymbolsInString(text.c_str(), &set, utf8Mode, &changed);
+  fuzz::require(set.entries() == entries, "no parameter gets lost");
+  fuzz::require(result.size() <= std::max(symbol_limits::resultBytes + text.size(), text.size()),
+                "the result keeps within its limit");
+  if (text.find('&') == std::string::npos) {
+    fuzz::require(result == text.c_str(), "a text without references stays");
+  }
+  const auto without = ResolveSymbolsInString(text.c_str(), nullptr, utf8Mode);
+  fuzz::require(without.size() <= text.size(), "without a set nothing grows");
+  checkRange(text);
+  return 0;
+}
