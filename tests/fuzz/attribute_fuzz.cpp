@@ -75,7 +75,7 @@ void change(CMAttribute& attribute, Values& values, fuzz::Input& input) {
       break;
     case 1: {
       CMAttributeIterator iterator(attribute);
-      const bool found = iterator.set(static_cast<int>(index));
+      const bool found = iterator.set(static_cast<int>(index)) && !iterator.done();
       iterator.remove();
       if (found) values.erase(values.begin() + static_cast<std::ptrdiff_t>(index));
       break;

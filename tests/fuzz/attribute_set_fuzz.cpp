@@ -30,7 +30,6 @@ std::vector<DataBuffer> chainOf(const CMAttributeSet& attributes) {
 // Whether `check` would call the text one that reading keeps as it is.
 struct Scanned {
   bool isKept = true;
-  bool isCanonical = true;
   std::size_t attributes = 0;
 };
 
@@ -70,18 +69,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::require(countOf(attributes) == scanned.attributes, "the scanner sees every attribute");
   const std::string written = joined(chainOf(attributes));
   fuzz::require(written == attributes.text(), "a chain holds the whole text");
-  if (scanned.isKept) fuzz::require(written == text, "a text without a finding comes back");
   const CMAttributeSet again(written.c_str(), 1);
+  if (scanned.isKept) fuzz::require(again == attributes, "a text without a finding comes back");
   if (scan(written).isKept) {
-    fuzz::require(joined(chainOf(again)) == written, "what was written reads back");
-    fuzz::require(again == attributes, "and gives equal attributes");
+    const CMAttributeSet third(joined(chainOf(again)).c_str(), 1);
+    fuzz::require(third == again, "neither does one that was written get lost");
   }
   CMAttributeSet copy;
   copy = attributes;
   copy.copyInto(again);
-  fuzz::require(copy.findAttrKey(9, 0) == nullptr ||
-                    attributes.findAttrKey(CMAttributeKey(9)) != nullptr ||
-                    again.findAttrKey(CMAttributeKey(9)) != nullptr,
-                "copies come from somewhere");
+  fuzz::require(countOf(copy) <= countOf(attributes) + countOf(again), "a copy adds nothing");
+  again.forEach([&copy](const CMAttribute& attribute) {
+    fuzz::require(copy.findAttrKey(attribute.key()) != nullptr, "a copy has every key");
+  });
   return 0;
 }

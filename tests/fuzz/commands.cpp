@@ -5,6 +5,7 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 
+#include "orxkdb/check/check_run.h"
 #include "orxkdb/cmd_backup.h"
 #include "orxkdb/cmd_check.h"
 #include "orxkdb/cmd_diff.h"
@@ -15,6 +16,7 @@
 #include "orxkdb/cmd_report.h"
 #include "orxkdb/cmd_stat.h"
 #include "orxkdb/cmd_undo.h"
+#include "orxkdb/diff/diff_run.h"
 #include "orxkdb/fleet.h"
 #include "orxkdb/json_document.h"
 #include "orxkdb/sample_writer.h"
@@ -206,7 +208,20 @@ bool planSaysYes(const Workplace& place) {
 
 bool areSame(const std::string& a, const std::string& b) {
   const CapturedOutput output;
-  return codeOf(diff({.before = a, .after = b})) == exitDone;
+  DiffCounts counts;
+  require(runDiff({.before = a, .after = b}, counts).ok(), "two sound inputs can be compared");
+  return counts.isSame() || counts.unreadableLines > 0;
+}
+
+bool hasSoundTexts(const std::string& database) {
+  Findings findings(1);
+  CheckCounts counts;
+  if (!runCheck(database, findings, counts).ok()) return false;
+  using enum FindingKind;
+  constexpr std::array kinds{storedKey,       chainGap,         chainDisagrees, recordType,
+                             textLeftOver,    valueCount,       notReadBack,    ambiguousValue,
+                             attributeHeader, repeatedAttribute};
+  return std::ranges::all_of(kinds, [&](FindingKind kind) { return findings.count(kind) == 0; });
 }
 
 std::string soundDatabase(const Scratch& scratch, std::uint64_t seed) {

@@ -47,8 +47,11 @@ int merge(const Workplace& place);
 int rebuild(const Workplace& place);
 // Whether a merge of the backup would succeed, as `orxkdb plan` has it.
 bool planSaysYes(const Workplace& place);
-// Whether `orxkdb diff` finds the two the same.
+// Whether a comparison finds the two the same, as far as it can read them.
 bool areSame(const std::string& a, const std::string& b);
+// Whether the chains and the texts of all objects are in order, so that nothing is lost when they
+// are written again.
+bool hasSoundTexts(const std::string& database);
 
 // The bytes of a database of about 30 records, and those of an object chain among them; the same
 // for the same seed.
