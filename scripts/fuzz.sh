@@ -9,7 +9,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
-scripts/setup.sh "${build_packages[@]}" clang
+scripts/setup.sh "${build_packages[@]}" "${fuzz_packages[@]}"
 
 seconds=${1:-600}
 shift $(($# > 0))

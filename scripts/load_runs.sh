@@ -68,11 +68,12 @@ read_beside_runs() {
   orxkdb dump db before >/dev/null
   mkfifo slow
   orxkdb dump db >slow &
+  local reader=$!
   exec 3<slow
   head -c 1000 <&3 >dumped
   for _ in 1 2 3; do orxrestore -i new.txt -o db >/dev/null || fail "a run beside a reader"; done
   cat <&3 >>dumped
-  wait %1 || fail "the reader"
+  wait $reader || fail "the reader"
   cmp -s before dumped || fail "the reader did not see one state"
   orxkdb diff db new.txt >/dev/null || fail "the database is not the new one"
   echo "a reader beside 3 runs: it read the $(wc -l <old.txt) records of the old database, each run succeeded"

@@ -81,9 +81,9 @@ TEST_F(Load, AReaderKeepsTheDatabaseThatItHasOpened) {
   createDatabase(directory_.file("big"), 3000);
   writeFile(directory_ / "backup", resourceLines(5));
   const std::string before = runIn(directory_, "orxkdb", {"dump", "big"}).output;
-  const auto result = run(R"(mkfifo slow; orxkdb dump big > slow & exec 3< slow
+  const auto result = run(R"(mkfifo slow; orxkdb dump big > slow & reader=$!; exec 3< slow
 head -c 1000 <&3 > dumped; orxrestore -i backup -o big > restored; echo $?
-cat <&3 >> dumped; wait %1; echo $?)");
+cat <&3 >> dumped; wait $reader; echo $?)");
   EXPECT_EQ(result.output, "0\n0\n") << result.errors;
   EXPECT_TRUE(readFile(directory_ / "dumped") == before);
   EXPECT_THAT(objects(directory_.file("big")), SizeIs(5));
