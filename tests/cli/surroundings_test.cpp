@@ -51,7 +51,8 @@ class Scene {
     std::filesystem::permissions(directory_.path(), std::filesystem::perms(0755));
     writeEchoBundle(directory_.path());
     std::filesystem::remove(directory_ / "root.txt");
-    makeDatabase(directory_.file("db"), smallFleet());
+    const Line miscounted = modelLine(attribute(17, {"7"}));
+    makeDatabase(directory_.file("db"), {systemLine(), miscounted, referringLine()});
     makeDatabase(directory_.file("db.orx-previous"), {plainLine(1)});
     std::vector<Line> lines = smallFleet();
     for (std::uint32_t id = 10; id < 40; ++id) lines.push_back(referringLine(id));
@@ -120,7 +121,8 @@ class Surroundings : public testing::Test {
   static void expectOldOrNew(const Scene& after, const Operation& operation,
                              const ProgramResult& result) {
     EXPECT_FALSE(after.hasLeftovers()) << operation.name;
-    if (result.exitCode == 0) {
+    const bool isMadeAlone = result.errors.find("the database is made") != std::string::npos;
+    if (result.exitCode == 0 || isMadeAlone) {  // without its messages
       EXPECT_EQ(after.content(operation), newContent(operation)) << operation.name;
     } else {
       EXPECT_EQ(after.target(operation), scene_->target(operation)) << operation.name;
@@ -133,6 +135,22 @@ class Surroundings : public testing::Test {
 Scene* Surroundings::scene_ = nullptr;
 
 constexpr int cannotBeMade = 77;
+constexpr rlim_t megabyte = rlim_t{1} << 20;
+
+std::function<void()> limitedMemory(rlim_t bytes) {
+  return [bytes] {
+    const rlimit limit{bytes, bytes};
+    (void)setrlimit(RLIMIT_AS, &limit);
+  };
+}
+
+// Sanitizers need more memory and files than their programs do.
+bool areSanitized() {
+  return runProgram({.file = builtProgram("orxkdb"),
+                     .arguments = {"--version"},
+                     .inChild = limitedMemory(4096 * megabyte)})
+             .exitCode != 0;
+}
 
 TEST_F(Surroundings, OutputThatNobodyTakesDoesNotStopAChange) {
   for (const Operation& operation : operations) {
@@ -196,8 +214,8 @@ TEST_F(Surroundings, ADirectoryThatWasDeletedHoldsNothing) {
   };
   for (const Operation& operation : operations) {
     const auto result = scene.run(operation, inDeleted);
-    const bool readsBackup = restores(operation) && operation.arguments[0] == "-i";
-    EXPECT_EQ(result.exitCode, readsBackup ? exitBackupNotOpened : exitDatabaseNotOpened)
+    const bool opensBackupFirst = std::string(operation.name) == "restore";
+    EXPECT_EQ(result.exitCode, opensBackupFirst ? exitBackupNotOpened : exitDatabaseNotOpened)
         << operation.name << result.errors;
     expectOldOrNew(scene, operation, result);
   }
@@ -211,20 +229,17 @@ TEST_F(Surroundings, ADirectoryThatWasDeletedHoldsNothing) {
 
 TEST_F(Surroundings, AFileThatMayNotGrowIsAFullDisk) {
   for (const Operation& operation : operations) {
-    for (const rlim_t limit : {rlim_t{0}, rlim_t{100}, rlim_t{4096}, rlim_t{12288}}) {
+    for (const rlim_t limit : {rlim_t{100}, rlim_t{12288}}) {
       const Scene scene(*scene_);
       const auto result = scene.run(operation, fileLimit(limit));
       EXPECT_THAT(result.exitCode, testing::AnyOf(0, exitFailed)) << operation.name << limit;
-      if (operation.target == "new" && std::filesystem::exists(scene.directory() / "new")) {
-        EXPECT_THAT(result.errors, HasSubstr("database is made")) << limit;  // but not its messages
-        continue;
-      }
       expectOldOrNew(scene, operation, result);
     }
   }
 }
 
 TEST_F(Surroundings, FewOpenFilesAreEnoughOrAFailure) {
+  if (areSanitized()) GTEST_SKIP() << "sanitizers open files of their own";
   for (const Operation& operation : operations) {
     int failures = 0;
     for (rlim_t most = 4; most < 16; ++most) {
@@ -233,11 +248,6 @@ TEST_F(Surroundings, FewOpenFilesAreEnoughOrAFailure) {
         const rlimit limit{most, most};
         (void)setrlimit(RLIMIT_NOFILE, &limit);
       });
-      if (operation.target == "new" && result.exitCode != 0 &&
-          std::filesystem::exists(scene.directory() / "new")) {
-        EXPECT_THAT(result.errors, HasSubstr("database is made")) << most;
-        continue;
-      }
       failures += result.exitCode == 0 ? 0 : 1;
       expectOldOrNew(scene, operation, result);
     }
@@ -247,22 +257,12 @@ TEST_F(Surroundings, FewOpenFilesAreEnoughOrAFailure) {
 
 // From too little for the start of the program up to enough for the run.
 TEST_F(Surroundings, LittleMemoryIsEnoughOrAFailure) {
-  const auto limited = [](rlim_t bytes) {
-    return [bytes] {
-      const rlimit limit{bytes, bytes};
-      (void)setrlimit(RLIMIT_AS, &limit);
-    };
-  };
-  constexpr rlim_t megabyte = rlim_t{1} << 20;
-  const Operation version{"version", "orxkdb", {"--version"}, "db"};
-  if (scene_->run(version, limited(4096 * megabyte)).exitCode != 0) {
-    GTEST_SKIP() << "sanitized programs need terabytes of addresses";
-  }
+  if (areSanitized()) GTEST_SKIP() << "sanitized programs need terabytes of addresses";
   for (const Operation& operation : operations) {
     bool enough = false;
     for (rlim_t bytes = 32 * megabyte; bytes <= 512 * megabyte; bytes += bytes / 8) {
       const Scene scene(*scene_);
-      const auto result = scene.run(operation, limited(bytes));
+      const auto result = scene.run(operation, limitedMemory(bytes));
       const bool started = result.exitCode != 127;
       EXPECT_TRUE(started || result.errors.find("shared libraries") != std::string::npos);
       expectOldOrNew(scene, operation, result);

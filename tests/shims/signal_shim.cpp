@@ -4,12 +4,13 @@
 //   ORX_SIGNAL    the number of the signal
 //   ORX_SIGNAL_AT the call: pread, read, pwrite, fsync, exchange or rename
 //
-// Counts are calls on files in the current directory or on files without a name. The call is held
-// until the process ends; an exchange and a rename are steps that the program finishes first, so
-// those are made and go on.
+// Only calls on files in the current directory count. The call is held until the process ends; but
+// an exchange, a rename and the sync of a directory are parts of a step that the program finishes
+// first, so those are made and go on.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <limits.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -47,7 +48,8 @@ void send() {
 void sendAndWait(const char* call, int fd) {
   if (!isChosen(call) || !isInDirectory(fd)) return;
   send();
-  while (true) (void)::pause();
+  struct stat file {};
+  while (::fstat(fd, &file) == 0 && !S_ISDIR(file.st_mode)) (void)::pause();
 }
 
 template <typename Function>

@@ -6,6 +6,7 @@
 
 #include "model/decimal.h"
 #include "orxkdb/check/line_check.h"
+#include "orxkdb/diff/carried_source.h"
 #include "orxkdb/printable.h"
 #include "platform/huge_pages.h"
 #include "records/backup_layout.h"
@@ -17,7 +18,7 @@ namespace {
 bool readHandle(std::string_view column, HandleNumber& number) {
   CMConfigHandle handle;
   const bool isComplete = handle.importHndl(column) == 1;
-  number = numberOf(handle.bytes());
+  number = normalForm(numberOf(handle.bytes()));
   return isComplete;
 }
 
@@ -106,7 +107,10 @@ bool BackupSource::read(KeyedRecord& record, Result& result) {
   const bool isRead = isSorted_ ? nextSortedLine() : nextLine();
   result = file_.result();
   if (!isRead) return false;
-  line_.buildDataBuffer(record.record);
+  DataBuffer restored;
+  line_.buildDataBuffer(restored);
+  record.record = carriedForm(restored);
+  if (record.record != restored) ++counting().reduced;
   record.key = keyOf(record.record);
   return true;
 }

@@ -1,4 +1,5 @@
-// The records that a restore makes of the lines of a backup.
+// The records that a restore makes of the lines of a backup, in the form that the next backup would
+// carry (diff/carried_source.h), as those of a database beside them are.
 //
 // A first pass looks at the keys alone. Where they ascend, as in every backup of a database, a
 // second one reads the records. Behind the first key that does not, the pass starts again and
