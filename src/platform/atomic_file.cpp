@@ -12,11 +12,18 @@ namespace orx {
 namespace {
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 
+// A lock that somebody else holds.
+int busyOr(int lockError) {
+  return lockError == EWOULDBLOCK ? EBUSY : lockError;
+}
+
 // Removes what a process that died left behind; EBUSY when its writer is alive.
 int removeStale(const std::string& path) {
   const UniqueFd stale = openFile(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  const bool alive = stale.valid() && (lockFile(stale.get()) != 0 || !leadsTo(path, stale.get()));
-  if (alive) return EBUSY;
+  if (stale.valid()) {
+    if (const int error = lockFile(stale.get()); error != 0) return busyOr(error);
+    if (!leadsTo(path, stale.get())) return EBUSY;
+  }
   const int error = removeFile(path);
   return error == ENOENT ? 0 : error;
 }
@@ -37,7 +44,8 @@ int AtomicFile::open(const std::string& target) {
   const std::string temporary = target_ + ".orx-new";
   if (const int error = removeStale(temporary); error != 0) return error;
   if (const int error = create(temporary); error != 0) return error == EEXIST ? EBUSY : error;
-  if (lockFile(fd_.get()) != 0 || !leadsTo(temporary, fd_.get())) return EBUSY;
+  if (const int error = lockFile(fd_.get()); error != 0) return busyOr(error);
+  if (!leadsTo(temporary, fd_.get())) return EBUSY;
   if (replaces) return setModeAndOwner(fd_.get(), existing);
   return 0;
 }

@@ -84,6 +84,7 @@ class Database {
   Outcome prepareChange(const Key& key);
   Outcome readNextChanged(const Key& key, std::uint8_t* record);
   Outcome startSuccessor();
+  Outcome makeSuccessor();
   Outcome startCopy();
   Outcome copyThrough(const Key& last);
   Outcome copyRest();

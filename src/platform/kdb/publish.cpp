@@ -146,9 +146,11 @@ Outcome settleLeftover(const DatabasePaths& paths, int databaseFd) {
   if (!left.valid()) return outcomeOfErrno(errno);
   const bool isSecondName = databaseFd >= 0 && isSameFile(left.get(), databaseFd);
   if (isSecondName) return outcomeOfErrno(removeFile(paths.successor));
-  if (lockFile(left.get()) != 0 || !leadsTo(paths.successor, left.get())) return inUse;
+  int error = lockFile(left.get());
+  if (error != 0) return outcomeOfErrno(error);
+  if (!leadsTo(paths.successor, left.get())) return inUse;
   bool replaced = false;
-  int error = isReplacedDatabase(left.get(), databaseFd, replaced);
+  error = isReplacedDatabase(left.get(), databaseFd, replaced);
   if (error == 0) error = replaced ? makePrevious(paths) : removeFile(paths.successor);
   return outcomeOfErrno(error);
 }

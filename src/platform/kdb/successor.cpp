@@ -33,7 +33,8 @@ Outcome Successor::create(const DatabasePaths& paths, std::unique_ptr<Successor>
   if (const int error = made->createFile(path); error != 0) {
     return error == EEXIST ? inUse : outcomeOfErrno(error);
   }
-  if (lockFile(made->fd()) != 0 || !leadsTo(path, made->fd())) return inUse;
+  if (const int error = lockFile(made->fd()); error != 0) return outcomeOfErrno(error);
+  if (!leadsTo(path, made->fd())) return inUse;
   if (const Outcome outcome = made->openEngine(); !outcome.ok()) return outcome;
   successor = std::move(made);
   return succeeded;
