@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <string_view>
+#include <system_error>
 
 #include "driver/file_words.h"
 #include "messages/message_print.h"
@@ -26,6 +27,8 @@ struct Meaning {
   const char* what;
   const char* next;
 };
+
+constexpr const char* moreFiles = "ulimit -n 1024";
 
 // What the reasons mean, of a database and in the commands as expand() takes them.
 constexpr std::array openMeanings{
@@ -53,6 +56,8 @@ constexpr std::array runMeanings{
     Meaning{kdb::Reason::space,
             "no space, quota or file-size limit is left for a second {DB} beside the first",
             "df -h ."},
+    Meaning{kdb::Reason::open,
+            "too many files are open for {DB} to be read and written; raise the limit", moreFiles},
     Meaning{kdb::Reason::storage, "memory ran out while {DB} was written", "free -m"},
     Meaning{kdb::Reason::ioError, "the disk of {DB} could not be read or written; see its log",
             "journalctl -k"},
@@ -89,6 +94,10 @@ std::string expand(std::string_view text, const RestoreSettings& settings) {
     text.remove_prefix(name == names.end() ? 1 : name->first.size());
   }
   return expanded;
+}
+
+std::string errorText(int error) {
+  return error == 0 ? "it is no file to read" : std::generic_category().message(error);
 }
 
 class HintList {
@@ -156,6 +165,12 @@ class HintList {
           "orxkdb undo {db}");
     } else if (std::error_code error; std::filesystem::is_directory(name, error)) {
       add("the backup {BACKUP} is a directory" + unchanged, "ls -l {backup}");
+    } else if (report_.backupError == EMFILE || report_.backupError == ENFILE) {
+      add("too many files are open for the backup {BACKUP} to be read; raise the limit" + unchanged,
+          moreFiles);
+    } else if (::access(name.c_str(), R_OK) == 0) {
+      add("the backup {BACKUP} cannot be opened: " + errorText(report_.backupError) + unchanged,
+          "journalctl -k");
     } else if (::access(name.c_str(), F_OK) == 0) {
       add("no permission to read the backup {BACKUP}" + unchanged, "ls -l {backup}");
     } else {

@@ -112,7 +112,11 @@ int Output::flush() {
 
 Result Output::writeFailure(int error) const {
   const std::string_view where = isStandard_ ? "standard output" : std::string_view(name_);
-  return fileFailure(exitFailed, "the output cannot be written", where, error);
+  Result failure = fileFailure(exitFailed, "the output cannot be written", where, error);
+  if (file_.isPublished()) {
+    failure.addHint("the file has its new contents, which a power failure may still take back");
+  }
+  return failure;
 }
 
 Result writeStandardOutput(std::string_view text) {

@@ -80,6 +80,7 @@ int AtomicFile::publish() {
   step.notePublished();
   step.leaveAlone(temporary_);
   temporary_.clear();
+  published_ = true;
   return syncDirectory(directoryOf(target_));
 }
 

@@ -29,16 +29,17 @@ int syncWithMode(int successorFd, int databaseFd) {
   return syncFile(successorFd);
 }
 
-// The directory keeps the exchange, or it is taken back.
-int exchangeForGood(const DatabasePaths& paths, const std::string& other) {
+// The directory keeps the exchange, or it is taken back. A failure that leaves the exchange made
+// all the same is noted as published.
+int exchangeForGood(const DatabasePaths& paths, const std::string& other, CriticalStep& step) {
   if (const int error = exchangeNames(paths.database, other); error != 0) return error;
   const int error = syncDirectory(paths.directory);
-  if (error != 0) (void)exchangeNames(paths.database, other);
+  if (error != 0 && exchangeNames(paths.database, other) != 0) step.notePublished();
   return error;
 }
 
-// The old database is on disk under its second name before it loses the first.
-int replaceByLink(const DatabasePaths& paths) {
+// The old database is on disk under its second name before it loses the first. A failure as above.
+int replaceByLink(const DatabasePaths& paths, CriticalStep& step) {
   int error = removeFile(paths.previous);
   if (error == ENOENT) error = 0;
   if (error == 0) error = linkFile(paths.database, paths.previous);
@@ -46,7 +47,7 @@ int replaceByLink(const DatabasePaths& paths) {
   if (error == 0) error = renameFile(paths.successor, paths.database, false);
   if (error != 0) return error;
   error = syncDirectory(paths.directory);
-  if (error != 0) (void)renameFile(paths.previous, paths.database, false);
+  if (error != 0 && renameFile(paths.previous, paths.database, false) != 0) step.notePublished();
   return error;
 }
 
@@ -60,19 +61,19 @@ int makePrevious(const DatabasePaths& paths) {
 }
 
 // The change itself is made then: without the last name the next run makes up for it.
-int replaceByExchange(const DatabasePaths& paths) {
-  const int error = exchangeForGood(paths, paths.successor);
+int replaceByExchange(const DatabasePaths& paths, CriticalStep& step) {
+  const int error = exchangeForGood(paths, paths.successor, step);
   if (error == 0) (void)makePrevious(paths);
   return error;
 }
 
 // Without a mark, what an exchange leaves could not be told from a successor.
-int replace(const DatabasePaths& paths, bool marked) {
-  const int error = marked ? replaceByExchange(paths) : replaceByLink(paths);
+int replace(const DatabasePaths& paths, bool marked, CriticalStep& step) {
+  const int error = marked ? replaceByExchange(paths, step) : replaceByLink(paths, step);
   const bool unsupported =
       error == EINVAL || error == ENOSYS || error == EOPNOTSUPP || (!marked && error == EPERM);
   if (!unsupported) return error;
-  return marked ? replaceByLink(paths) : replaceByExchange(paths);
+  return marked ? replaceByLink(paths, step) : replaceByExchange(paths, step);
 }
 
 int isMarked(int fd, bool& marked) {
@@ -127,7 +128,7 @@ Outcome publishReplacement(const DatabasePaths& paths, int successorFd, int data
   runProgress().enter("publishing");
   CriticalStep step;
   if (error == 0 && !leadsTo(paths.successor, successorFd)) error = EIO;
-  if (error == 0) error = replace(paths, marked);
+  if (error == 0) error = replace(paths, marked, step);
   if (error != 0) return outcomeOfErrno(error);
   step.notePublished();
   (void)clearMark(successorFd);
@@ -166,14 +167,14 @@ Outcome publishNew(const DatabasePaths& paths, int successorFd, unsigned mode) {
   if (error != 0) return outcomeOfErrno(error);
   (void)clearMark(successorFd);
   error = syncDirectory(paths.directory);
-  if (error != 0) (void)renameFile(paths.database, paths.successor, true);
-  if (error == 0) step.notePublished();
+  const bool takenBack = error != 0 && renameFile(paths.database, paths.successor, true) == 0;
+  if (!takenBack) step.notePublished();
   return outcomeOfErrno(error);
 }
 
 Outcome exchangeGenerations(const DatabasePaths& paths) {
   CriticalStep step;
-  const int error = exchangeForGood(paths, paths.previous);
+  const int error = exchangeForGood(paths, paths.previous, step);
   if (error == 0) step.notePublished();
   return outcomeOfErrno(error);
 }
