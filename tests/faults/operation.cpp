@@ -86,7 +86,10 @@ const std::vector<Operation>& operations() {
        .program = "orxrestore",
        .arguments = {"-i", "backup.txt", "-o", "db"},
        .exchangeFails = true},
-      {.name = "merge", .program = "orxrestore", .arguments = {"-i", "backup.txt", "-m", "db"}},
+      {.name = "merge",
+       .program = "orxrestore",
+       .arguments = {"-i", "backup.txt", "-m", "db"},
+       .mayRewrite = true},
       {.name = "use-count", .program = "orxrestore", .arguments = {"-u", "db"}},
       {.name = "load",
        .program = "orxkdb",
@@ -196,8 +199,9 @@ std::string Scene::faultInGenerations(const fs::path& directory, bool isNew) con
     const bool kept = previous == before_ || (previous == previous_ && successor == before_);
     return kept ? "" : "the database is new and the old one is not kept; ";
   }
-  const bool gone = operation_.exchangeFails && (previous == absent || previous == before_);
-  return previous == previous_ || gone
+  const bool gone = operation_.exchangeFails && previous == absent;
+  const bool again = (operation_.exchangeFails || operation_.mayRewrite) && previous == before_;
+  return previous == previous_ || gone || again
              ? ""
              : "the database is old and its previous generation changed; ";
 }

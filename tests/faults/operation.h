@@ -20,6 +20,7 @@ struct Operation {
   std::string target = "db";            // the file that it makes or changes
   bool isDatabase = true;               // or a text
   bool exchangeFails = false;           // on a file system that cannot exchange names
+  bool mayRewrite = false;              // without its backup it publishes the same records again
   std::vector<std::string> again = {};  // orxkdb's or its own arguments once the target is new;
                                         // empty: as before
   const char* againProgram = nullptr;

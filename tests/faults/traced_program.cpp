@@ -203,7 +203,9 @@ class Tracer {
     if (*program_.fault == Fault::ioErrorOn && number > program_.faultAt && !isStream(call)) {
       return Fault::ioErrorOn;
     }
-    return number == program_.faultAt ? program_.fault : std::nullopt;
+    // Threads may have come to another call by now than the run that the cases were made from.
+    const bool hits = number == program_.faultAt && applies(*program_.fault, call);
+    return hits ? program_.fault : std::nullopt;
   }
 
   void inject(pid_t thread, Fault fault, user_regs_struct& registers, Pending& pending) const {
