@@ -5,6 +5,7 @@
 #include <map>
 #include <stdexcept>
 
+#include "tests/faults/power_loss.h"
 #include "tests/faults/single_fault.h"
 
 namespace {
@@ -20,7 +21,7 @@ struct Options {
 };
 
 Options readOptions(int argc, char* argv[]) {
-  if (argc < 2) throw std::runtime_error("name a part: calls, list");
+  if (argc < 2) throw std::runtime_error("name a part: calls, power, list");
   Options options{.part = argv[1]};
   for (int i = 2; i + 1 < argc; i += 2) {
     const std::string name = argv[i];
@@ -71,6 +72,25 @@ std::size_t runCalls(const Options& options, const Operation& operation) {
   return faults;
 }
 
+constexpr std::uint64_t powerSeeds = 2400;
+
+std::size_t runPower(const Options& options, const Operation& operation) {
+  const Scene scene(operation);
+  const PowerLoss power(scene);
+  Count count;
+  for (std::uint64_t seed = 0; seed < powerSeeds; ++seed) {
+    if (!isChosen(options, seed)) continue;
+    const CaseOutcome outcome = power.fail(seed);
+    ++count.cases;
+    count.changed += outcome.isNew ? 1 : 0;
+    if (outcome.faults.empty()) continue;
+    ++count.faults;
+    std::printf("FAULT %s %s\n", operation.name, outcome.faults.c_str());
+  }
+  print(options, operation.name, "power-loss", count);
+  return count.faults;
+}
+
 std::size_t listCalls(const Operation& operation) {
   const Scene scene(operation);
   std::size_t number = 0;
@@ -90,6 +110,9 @@ int main(int argc, char* argv[]) {
       if (!options.operation.empty() && options.operation != operation.name) continue;
       if (options.part == "list") faults += listCalls(operation);
       if (options.part == "calls") faults += runCalls(options, operation);
+      if (options.part == "power" && operation.survivesPowerLoss) {
+        faults += runPower(options, operation);
+      }
     }
     return faults == 0 ? 0 : 1;
   } catch (const std::exception& failure) {

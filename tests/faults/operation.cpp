@@ -109,6 +109,7 @@ const std::vector<Operation>& operations() {
        .program = "orxkdb",
        .arguments = {"create", "made"},
        .target = "made",
+       .survivesPowerLoss = false,
        .again = {"-i", "backup.txt", "-o", "made"},
        .againProgram = "orxrestore"},
   };

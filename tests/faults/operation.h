@@ -21,6 +21,7 @@ struct Operation {
   bool isDatabase = true;               // or a text
   bool exchangeFails = false;           // on a file system that cannot exchange names
   bool mayRewrite = false;              // without its backup it publishes the same records again
+  bool survivesPowerLoss = true;        // as a whole: the messages of create come behind it
   std::vector<std::string> again = {};  // orxkdb's or its own arguments once the target is new;
                                         // empty: as before
   const char* againProgram = nullptr;
