@@ -51,29 +51,30 @@ int replaceByLink(const DatabasePaths& paths, CriticalStep& step) {
   return error;
 }
 
-// Makes the replaced database, now NAME.orx-new, the previous generation. Where that is the same
-// file already, renaming does nothing and the second name has to be removed.
+// Makes the replaced database, now NAME.orx-new, the previous generation, for good. Where that is
+// the same file already, renaming does nothing and the second name has to be removed.
 int makePrevious(const DatabasePaths& paths) {
   if (const int error = renameFile(paths.successor, paths.previous, false); error != 0)
     return error;
   const int error = removeFile(paths.successor);
-  return error == ENOENT ? 0 : error;
-}
-
-// The change itself is made then: without the last name the next run makes up for it.
-int replaceByExchange(const DatabasePaths& paths, CriticalStep& step) {
-  const int error = exchangeForGood(paths, paths.successor, step);
-  if (error == 0) (void)makePrevious(paths);
-  return error;
+  return error == 0 || error == ENOENT ? syncDirectory(paths.directory) : error;
 }
 
 // Without a mark, what an exchange leaves could not be told from a successor.
 int replace(const DatabasePaths& paths, bool marked, CriticalStep& step) {
-  const int error = marked ? replaceByExchange(paths, step) : replaceByLink(paths, step);
+  const int error =
+      marked ? exchangeForGood(paths, paths.successor, step) : replaceByLink(paths, step);
   const bool unsupported =
       error == EINVAL || error == ENOSYS || error == EOPNOTSUPP || (!marked && error == EPERM);
   if (!unsupported) return error;
-  return marked ? replaceByLink(paths, step) : replaceByExchange(paths, step);
+  return marked ? replaceByLink(paths, step) : exchangeForGood(paths, paths.successor, step);
+}
+
+// The change itself is made: what fails here, the next run makes up for. Until the directory keeps
+// the last name, the mark tells that run what NAME.orx-new is. After a link there is none.
+void settlePublished(const DatabasePaths& paths, int successorFd) {
+  const int error = makePrevious(paths);
+  if (error == 0 || error == ENOENT) (void)clearMark(successorFd);
 }
 
 int isMarked(int fd, bool& marked) {
@@ -131,8 +132,7 @@ Outcome publishReplacement(const DatabasePaths& paths, int successorFd, int data
   if (error == 0) error = replace(paths, marked, step);
   if (error != 0) return outcomeOfErrno(error);
   step.notePublished();
-  (void)clearMark(successorFd);
-  (void)syncDirectory(paths.directory);
+  settlePublished(paths, successorFd);
   return succeeded;
 }
 

@@ -34,7 +34,9 @@ inline constexpr mode_t unpublishedMark = S_ISVTX;
 //   3. sync the directory; a failure takes step 2 back, or is noted as published where not even
 //   that
 //      can be done;
-//   4. rename the old database, now NAME.orx-new, to NAME.orx-previous; take the mark away.
+//   4. rename the old database, now NAME.orx-new, to NAME.orx-previous; sync the directory; take
+//   the
+//      mark away.
 // A process that dies leaves the old database before step 2 and the new one after it. What is
 // missing of step 4 is made up for by the next run.
 // Where names cannot be exchanged or the mark is not kept, the database gets NAME.orx-previous as a
