@@ -254,7 +254,14 @@ Scene::Run Scene::runUndisturbed(const fs::path& directory, bool again) const {
   return {result.exitCode, result.errors};
 }
 
-std::string Scene::faultInNextRun(const fs::path& directory, bool isNew) const {
+std::string Scene::faultInUndo(const fs::path& directory) const {
+  const test::ProgramResult result = runIn(directory, "orxkdb", {"undo", operation_.target});
+  if (result.exitCode != 0) return "undo fails: " + result.errors;
+  return content(directory) == before_ ? "" : "undo makes another database; ";
+}
+
+std::string Scene::faultInNextRun(const fs::path& directory, bool isNew, bool undone) const {
+  if (undone && isNew && operation_.isDatabase && before_ != absent) return faultInUndo(directory);
   const Run run = runUndisturbed(directory, isNew);
   if (run.exitCode != 0) {
     return "the next run ends with " + std::to_string(run.exitCode) + ": " + run.errors;

@@ -52,12 +52,14 @@ class Scene {
                                          bool mayLeaveSuccessor) const;
   // What is wrong with exit code and messages.
   [[nodiscard]] std::string faultInWords(const TracedResult& result, bool isNew) const;
-  // Runs the operation again, undisturbed, from what `directory` holds.
-  [[nodiscard]] std::string faultInNextRun(const std::filesystem::path& directory,
-                                           bool isNew) const;
+  // Runs the operation again, undisturbed, from what `directory` holds; or, with `undone` and where
+  // the database is new, takes the run back.
+  [[nodiscard]] std::string faultInNextRun(const std::filesystem::path& directory, bool isNew,
+                                           bool undone) const;
 
  private:
   [[nodiscard]] std::string content(const std::filesystem::path& directory) const;
+  [[nodiscard]] std::string faultInUndo(const std::filesystem::path& directory) const;
   [[nodiscard]] std::string faultInGenerations(const std::filesystem::path& directory,
                                                bool isNew) const;
   // Exit code and errors; the operation itself, or what follows it once its target is new.

@@ -42,7 +42,7 @@ CaseOutcome PowerLoss::fail(std::uint64_t seed) const {
   if (!isNew.has_value()) return {.faults = head + "neither old nor new"};
   std::string faults = scene_.faultInFiles(directory.path(), *isNew, true);
   if (!*isNew && hasSaidSo(events_, count)) faults += "old after the run had told its success; ";
-  faults += scene_.faultInNextRun(directory.path(), *isNew);
+  faults += scene_.faultInNextRun(directory.path(), *isNew, seed % 2 == 0);
   if (!faults.empty()) faults.insert(0, head);
   return {.isNew = *isNew, .faults = std::move(faults)};
 }

@@ -52,7 +52,7 @@ CaseOutcome runFaultCase(const Scene& scene, const FaultCase& fault) {
       scene.faultInFiles(directory.path(), *isNew, mayLeaveSuccessor(fault, result));
   const bool wasKilled = kills(fault.fault) && result.signal == SIGKILL;
   if (!wasKilled) faults += scene.faultInWords(result, *isNew);
-  faults += scene.faultInNextRun(directory.path(), *isNew);
+  faults += scene.faultInNextRun(directory.path(), *isNew, fault.call % 2 == 0);
   if (!faults.empty()) faults = describe(fault, result) + faults + "\n" + result.errors;
   return {.isNew = *isNew, .faults = std::move(faults)};
 }
