@@ -8,6 +8,7 @@
 #include "driver/hints.h"
 #include "driver/process_args.h"
 #include "messages/message_print.h"
+#include "platform/interruption.h"
 #include "platform/kdb.h"
 #include "platform/trace.h"
 #include "restore/exit_codes.h"
@@ -70,7 +71,11 @@ int run(int argc, char* const argv[], const Operations& operations) {
   try {
     return trace.exit(runWithHints(argc, argv, operations));
   } catch (const std::bad_alloc&) {
-    (void)std::fputs("orxrestore: out of memory, the run has ended; free memory and run it again\n",
+    (void)std::fputs(hasPublished()
+                         ? "orxrestore: out of memory behind the change; the database has "
+                           "what the run did, \"orxkdb undo\" takes it back\n"
+                         : "orxrestore: out of memory, the run has ended; free memory "
+                           "and run it again\n",
                      stderr);
     return trace.exit(exitFailed);
   }
