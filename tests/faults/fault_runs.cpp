@@ -5,6 +5,7 @@
 #include <map>
 #include <stdexcept>
 
+#include "tests/faults/allocations.h"
 #include "tests/faults/power_loss.h"
 #include "tests/faults/single_fault.h"
 
@@ -21,7 +22,7 @@ struct Options {
 };
 
 Options readOptions(int argc, char* argv[]) {
-  if (argc < 2) throw std::runtime_error("name a part: calls, power, list");
+  if (argc < 2) throw std::runtime_error("name a part: calls, power, allocations, list");
   Options options{.part = argv[1]};
   for (int i = 2; i + 1 < argc; i += 2) {
     const std::string name = argv[i];
@@ -72,6 +73,23 @@ std::size_t runCalls(const Options& options, const Operation& operation) {
   return faults;
 }
 
+std::size_t runAllocations(const Options& options, const Operation& operation) {
+  const Scene scene(operation);
+  const AllocationFaults allocations(scene);
+  Count count;
+  for (std::size_t number = 1; number <= allocations.count(); ++number) {
+    if (!isChosen(options, number)) continue;
+    const CaseOutcome outcome = allocations.fail(number);
+    ++count.cases;
+    count.changed += outcome.isNew ? 1 : 0;
+    if (outcome.faults.empty()) continue;
+    ++count.faults;
+    std::printf("FAULT %s %s\n", operation.name, outcome.faults.c_str());
+  }
+  print(options, operation.name, "allocation", count);
+  return count.faults;
+}
+
 constexpr std::uint64_t powerSeeds = 2400;
 
 std::size_t runPower(const Options& options, const Operation& operation) {
@@ -110,6 +128,7 @@ int main(int argc, char* argv[]) {
       if (!options.operation.empty() && options.operation != operation.name) continue;
       if (options.part == "list") faults += listCalls(operation);
       if (options.part == "calls") faults += runCalls(options, operation);
+      if (options.part == "allocations") faults += runAllocations(options, operation);
       if (options.part == "power" && operation.survivesPowerLoss) {
         faults += runPower(options, operation);
       }
