@@ -51,10 +51,10 @@ int AtomicFile::open(const std::string& target) {
 }
 
 int AtomicFile::create(const std::string& path) {
+  temporary_ = path;  // first: nothing may want memory between the making of the file and this
   CriticalStep step;
   fd_ = openFile(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0640);
   if (!fd_.valid()) return errno;
-  temporary_ = path;
   step.removeWhenInterrupted(path, fd_.get());
   return 0;
 }

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <new>
 
 namespace orx {
 
@@ -140,6 +141,7 @@ bool leadsTo(const std::string& path, int fd) {
 
 std::optional<std::string> resolvePath(const std::string& path) {
   const std::unique_ptr<char, FreeText> resolved(::realpath(path.c_str(), nullptr));
+  if (resolved == nullptr && errno == ENOMEM) throw std::bad_alloc();
   if (resolved == nullptr) return std::nullopt;
   return std::string(resolved.get());
 }

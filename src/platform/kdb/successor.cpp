@@ -41,10 +41,10 @@ Outcome Successor::create(const DatabasePaths& paths, std::unique_ptr<Successor>
 }
 
 int Successor::createFile(const std::string& path) {
+  path_ = path;  // first: nothing may want memory between the making of the file and this
   CriticalStep step;
   fd_ = openFile(path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600 | unpublishedMark);
   if (!fd_.valid()) return errno;
-  path_ = path;
   step.removeWhenInterrupted(path, fd());
   return 0;
 }
