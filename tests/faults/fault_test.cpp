@@ -36,7 +36,7 @@ TEST_P(FaultSample, LeavesTheOldOrTheNewAndSaysWhich) {
 
 // A sanitizer looks for what is not released, in the build that has one.
 TEST_P(FaultSample, EndsInOrderWithoutMemory) {
-  if (std::string_view(GetParam().program) != "orxrestore") return;
+  if (std::string_view(GetParam().program) != "orxrestore") GTEST_SKIP();
   const Scene scene(GetParam());
   const AllocationFaults allocations(scene);
   ASSERT_GT(allocations.count(), everyAllocation);
