@@ -1,4 +1,6 @@
-// Every disturbed run: orx_fault_runs PART [--operation NAME] [--shard I/N] [--every K]
+// Every disturbed run: orx_fault_runs PART, where PART is calls, power, allocations or, for what
+// counts as a call, list.
+//   orx_fault_runs PART [--operation NAME] [--shard I/N] [--every K]
 // Prints a line for each operation and kind with the number of its cases, and one for each fault.
 #include <cstdio>
 #include <cstring>
@@ -128,7 +130,8 @@ int main(int argc, char* argv[]) {
       if (!options.operation.empty() && options.operation != operation.name) continue;
       if (options.part == "list") faults += listCalls(operation);
       if (options.part == "calls") faults += runCalls(options, operation);
-      if (options.part == "allocations") faults += runAllocations(options, operation);
+      if (options.part == "allocations" && operation.isRestore())
+        faults += runAllocations(options, operation);
       if (options.part == "power" && operation.survivesPowerLoss) {
         faults += runPower(options, operation);
       }

@@ -9,13 +9,22 @@ namespace orx::faults {
 namespace {
 
 class FaultSample : public testing::TestWithParam<Operation> {};
+class AllocationSample : public testing::TestWithParam<Operation> {};
 
-INSTANTIATE_TEST_SUITE_P(Operations, FaultSample, testing::ValuesIn(operations()),
-                         [](const auto& operation) {
-                           std::string name = operation.param.name;
-                           std::erase(name, '-');
-                           return name;
-                         });
+std::string nameOfTest(const testing::TestParamInfo<Operation>& operation) {
+  std::string name = operation.param.name;
+  std::erase(name, '-');
+  return name;
+}
+
+std::vector<Operation> restores() {
+  std::vector<Operation> chosen = operations();
+  std::erase_if(chosen, [](const Operation& operation) { return !operation.isRestore(); });
+  return chosen;
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, FaultSample, testing::ValuesIn(operations()), nameOfTest);
+INSTANTIATE_TEST_SUITE_P(Operations, AllocationSample, testing::ValuesIn(restores()), nameOfTest);
 
 // Primes, so that the samples do not fall on the same calls of every loop.
 constexpr std::size_t everyCall = 37;
@@ -35,8 +44,7 @@ TEST_P(FaultSample, LeavesTheOldOrTheNewAndSaysWhich) {
 }
 
 // A sanitizer looks for what is not released, in the build that has one.
-TEST_P(FaultSample, EndsInOrderWithoutMemory) {
-  if (std::string_view(GetParam().program) != "orxrestore") GTEST_SKIP();
+TEST_P(AllocationSample, EndsInOrderWithoutMemory) {
   const Scene scene(GetParam());
   const AllocationFaults allocations(scene);
   ASSERT_GT(allocations.count(), everyAllocation);

@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tests/faults/traced_program.h"
@@ -25,6 +26,8 @@ struct Operation {
   std::vector<std::string> again = {};  // orxkdb's or its own arguments once the target is new;
                                         // empty: as before
   const char* againProgram = nullptr;
+
+  [[nodiscard]] bool isRestore() const { return program == std::string_view("orxrestore"); }
 };
 [[nodiscard]] const std::vector<Operation>& operations();
 
