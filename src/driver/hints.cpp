@@ -28,6 +28,8 @@ struct Meaning {
   const char* next;
 };
 
+constexpr const char* moreFiles = "ulimit -n 1024";
+
 // What the reasons mean, and the command to type next, as expand() takes them.
 constexpr std::array openMeanings{
     Meaning{kdb::Reason::notFound, "there is no database {DB}", "orxkdb create {db}"},
@@ -55,6 +57,8 @@ constexpr std::array runMeanings{
     Meaning{kdb::Reason::space,
             "no space, quota or file-size limit is left for a second {DB} beside the first",
             "df -h ."},
+    Meaning{kdb::Reason::open,
+            "too many files are open for {DB} to be read and written; raise the limit", moreFiles},
     Meaning{kdb::Reason::storage, "memory ran out while {DB} was written", "free -m"},
     Meaning{kdb::Reason::ioError, "the disk of {DB} could not be read or written; see its log",
             "journalctl -k"},
@@ -99,6 +103,10 @@ std::string expand(std::string_view text, const RestoreSettings& settings) {
     text.remove_prefix(name == names.end() ? 1 : name->first.size());
   }
   return expanded;
+}
+
+std::string errorText(int error) {
+  return error == 0 ? "it is no file to read" : std::generic_category().message(error);
 }
 
 class HintList {
@@ -179,23 +187,32 @@ class HintList {
   }
 
   void addUnopenedBackup() {
-    const std::string& name = settings_.backupFileName;
     if (addOwnGeneration()) return;
     const std::string unchanged = outcome_.published ? "" : "; {DB} is unchanged";
-    struct stat file {};
-    if (::stat(name.c_str(), &file) == 0) {
-      add(std::string(S_ISDIR(file.st_mode) ? "the backup {BACKUP} is a directory"
-                                            : "no permission to read the backup {BACKUP}") +
-              unchanged,
-          "ls -ld {backup}");
-    } else if (errno == ENOENT) {
-      add("there is no backup {BACKUP}" + unchanged, "ls -l " + shellWord(parentOf(name)));
-    } else {
-      add("the backup {BACKUP} cannot be reached (" + std::generic_category().message(errno) + ")" +
-              unchanged,
-          "ls -l .");
-    }
+    const auto& [what, next] = whyUnopened();
+    add(what + unchanged, next);
     if (outcome_.published) addUndo("only the system record of {DB} was written again");
+  }
+
+  [[nodiscard]] std::pair<std::string, std::string> whyUnopened() const {
+    const std::string& name = settings_.backupFileName;
+    const int error = report_.backupError;
+    struct stat file {};
+    if (error == EMFILE || error == ENFILE) {
+      return {"too many files are open for the backup {BACKUP} to be read; raise the limit",
+              moreFiles};
+    }
+    if (::stat(name.c_str(), &file) != 0) {
+      if (errno == ENOENT) {
+        return {"there is no backup {BACKUP}", "ls -l " + shellWord(parentOf(name))};
+      }
+      return {"the backup {BACKUP} cannot be reached (" + errorText(errno) + ")", "ls -l ."};
+    }
+    if (S_ISDIR(file.st_mode)) return {"the backup {BACKUP} is a directory", "ls -ld {backup}"};
+    if (::access(name.c_str(), R_OK) != 0) {
+      return {"no permission to read the backup {BACKUP}", "ls -ld {backup}"};
+    }
+    return {"the backup {BACKUP} cannot be opened: " + errorText(error), "journalctl -k"};
   }
 
   // The backup would have been replaced by the run.

@@ -5,6 +5,7 @@
 #include "driver/run.h"
 #include "platform/file.h"
 #include "platform/interruption.h"
+#include "platform/locale.h"
 #include "platform/process.h"
 #include "terminal/progress_line.h"
 
@@ -23,6 +24,7 @@ void sayInterrupted(bool published) {
 int main(int argc, char* argv[]) {
   orx::prepareProcess();
   orx::awaitInterruption(sayInterrupted);
+  orx::prepareLocale(orx::endOutOfMemory);
   (void)std::setlocale(LC_CTYPE, "");  // texts come in the code page of the operator's terminal
   return orx::run(argc, argv);
 }

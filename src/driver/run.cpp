@@ -1,6 +1,7 @@
 #include "driver/run.h"
 
-#include <cstdio>
+#include <unistd.h>
+
 #include <new>
 #include <string>
 
@@ -8,6 +9,8 @@
 #include "driver/hints.h"
 #include "driver/process_args.h"
 #include "messages/message_print.h"
+#include "platform/file.h"
+#include "platform/interruption.h"
 #include "platform/kdb.h"
 #include "platform/trace.h"
 #include "restore/exit_codes.h"
@@ -57,6 +60,20 @@ int runSteps(int argc, char* const argv[], const Operations& operations) {
   return runOperation(settings.mode, operations);
 }
 
+// Without taking memory or a stream's lock.
+void sayOutOfMemory(bool published) {
+  writeIfTaken(STDERR_FILENO,
+               published ? "orxrestore: out of memory behind the change; the database has what the "
+                           "run did, \"orxkdb undo\" takes it back\n"
+                         : "orxrestore: out of memory, the run has ended; free memory and run it "
+                           "again\n");
+}
+
+void leaveOutOfMemory(bool published) {
+  progressLine().eraseForGood();
+  sayOutOfMemory(published);
+}
+
 int runWithHints(int argc, char* const argv[], const Operations& operations) {
   const int result = runSteps(argc, argv, operations);
   giveHints(result);
@@ -70,10 +87,13 @@ int run(int argc, char* const argv[], const Operations& operations) {
   try {
     return trace.exit(runWithHints(argc, argv, operations));
   } catch (const std::bad_alloc&) {
-    (void)std::fputs("orxrestore: out of memory, the run has ended; free memory and run it again\n",
-                     stderr);
+    sayOutOfMemory(hasPublished());
     return trace.exit(exitFailed);
   }
+}
+
+void endOutOfMemory() {
+  endProcess(leaveOutOfMemory, exitFailed);
 }
 
 }  // namespace orx

@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <filesystem>
-#include <system_error>
 #include <vector>
 
 #include "platform/bytes.h"
@@ -232,12 +230,10 @@ bool isSound(const std::string& path) {
 }  // namespace
 
 bool resourceFilesAreSound(const std::string& directory) {
-  std::error_code failure;
-  for (std::filesystem::directory_iterator entry(directory, failure), end; !failure && entry != end;
-       entry.increment(failure)) {
-    if (entry->path().extension() == ".res" && !isSound(entry->path().string())) return false;
-  }
-  return true;
+  const std::vector<std::string> names = namesIn(directory);
+  return std::ranges::all_of(names, [&directory](const std::string& name) {
+    return !name.ends_with(".res") || isSound(directory + "/" + name);
+  });
 }
 
 }  // namespace orx

@@ -5,6 +5,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "orxkdb/database_reader.h"
 #include "orxkdb/json_document.h"
 #include "orxkdb/output.h"
 #include "terminal/file_words.h"
@@ -16,6 +17,15 @@ namespace {
 constexpr auto notFound = static_cast<std::int32_t>(kdb::Reason::notFound);
 constexpr auto wrongFormat = static_cast<std::int32_t>(kdb::Reason::format);
 
+// No database at all, or one that is damaged further in.
+Result previousFailure(const std::string& previous, const kdb::kdbStatus& status) {
+  DatabaseReader reader;
+  if (!reader.open(previous).ok()) return openFailure(previous, status);
+  return fail(exitNotAsExpected, "the previous generation is damaged", absolutePath(previous),
+              "see what can be read with \"orxkdb stat " + shellWord(previous) +
+                  "\"; nothing was changed, the database is as it was");
+}
+
 // The database itself or its previous generation may be what is missing or damaged.
 Result undoFailure(const std::string& name, const kdb::kdbStatus& status) {
   struct stat file {};
@@ -26,7 +36,7 @@ Result undoFailure(const std::string& name, const kdb::kdbStatus& status) {
                 "nothing can be undone; the database is as it was");
   }
   if (status.reason == wrongFormat && kdb::looksLikeDatabase(name.c_str())) {
-    return openFailure(previous, status);
+    return previousFailure(previous, status);
   }
   return openFailure(name, status);
 }

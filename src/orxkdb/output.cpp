@@ -120,8 +120,12 @@ int Output::flush() {
 
 Result Output::writeFailure(int error) const {
   constexpr std::string_view what = "the output cannot be written";
-  return isStandard_ ? systemFailure(exitFailed, what, "standard output", error)
-                     : fileFailure(exitFailed, what, name_, error);
+  if (isStandard_) return systemFailure(exitFailed, what, "standard output", error);
+  Result failure = fileFailure(exitFailed, what, name_, error);
+  if (file_.isPublished()) {
+    failure.addHint("the file has its new contents, which a power failure may still take back");
+  }
+  return failure;
 }
 
 Result writeStandardOutput(std::string_view text) {

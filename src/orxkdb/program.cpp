@@ -15,6 +15,7 @@
 #include "orxkdb/json_document.h"
 #include "orxkdb/manual/manual_options.h"
 #include "orxkdb/output.h"
+#include "platform/interruption.h"
 #include "terminal/color.h"
 #include "terminal/progress_line.h"
 
@@ -135,9 +136,16 @@ void reportOutOfMemory(bool asJson) {
       R"({"format": "orxkdb-failure", "version": 1, "code": 6, )"
       R"("text": "memory ran out, the run has ended", "hint": "free memory and run it again"})"
       "\n";
-  if (asJson && !hasWrittenStandardOutput()) say(document);
-  (void)std::fputs("orxkdb: memory ran out, the run has ended, free memory and run it again\n",
-                   stderr);
+  constexpr const char* documentBehind =
+      R"({"format": "orxkdb-failure", "version": 1, "code": 6, )"
+      R"("text": "memory ran out behind the change", "hint": "the result has its name already"})"
+      "\n";
+  const bool isPublished = hasPublished();
+  if (asJson && !hasWrittenStandardOutput()) say(isPublished ? documentBehind : document);
+  (void)std::fputs(
+      isPublished ? "orxkdb: memory ran out behind the change, the result has its name already\n"
+                  : "orxkdb: memory ran out, the run has ended, free memory and run it again\n",
+      stderr);
 }
 
 }  // namespace

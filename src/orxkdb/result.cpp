@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "messages/error_msg.h"
+#include "platform/interruption.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {
@@ -17,6 +18,7 @@ struct Sentence {
   kdb::Reason reason;
   const char* what;
   const char* next;
+  bool tellsState = false;  // what became of the database follows
 };
 
 constexpr std::array sentences{
@@ -34,11 +36,13 @@ constexpr std::array sentences{
              "choose a shorter name"},
     Sentence{kdb::Reason::arguments, "the name of the database is empty", "give its name"},
     Sentence{kdb::Reason::space, "there is no space left",
-             "free space, see \"df -h {dir}\", and run this again; the database is as it was"},
-    Sentence{kdb::Reason::storage, "memory ran out",
-             "free memory and run this again; the database is as it was"},
+             "free space, see \"df -h {dir}\", and run this again", true},
+    Sentence{kdb::Reason::storage, "memory ran out", "free memory and run this again", true},
     Sentence{kdb::Reason::ioError, "the disk could not be read or written",
-             "look into the system's log; the database is as it was"},
+             "look into the system's log", true},
+    Sentence{kdb::Reason::open, "too many files are open",
+             "raise the limit with \"ulimit -n 1024\", or end other programs, and run this again",
+             true},
 };
 constexpr Sentence noPlaceForPrevious{
     kdb::Reason::unique,
@@ -47,7 +51,7 @@ constexpr Sentence noPlaceForPrevious{
 constexpr Sentence missingDirectory{kdb::Reason::notFound, "there is no directory for the database",
                                     "make the directory, or check the name"};
 constexpr Sentence otherwise{kdb::Reason::noError, "the database refused the call",
-                             "tell the maintainers with these codes; the database is as it was"};
+                             "tell the maintainers with these codes", true};
 
 const Sentence& sentenceOf(std::int32_t reason) {
   const auto* found = std::ranges::find(sentences, static_cast<kdb::Reason>(reason),
@@ -76,16 +80,22 @@ std::string expanded(std::string text, const std::string& database) {
   return text;
 }
 
-Result statusFailure(ExitCode code, const std::string& database, const kdb::kdbStatus& status,
-                     const Sentence& sentence, const std::string& record = "") {
-  return fail(code, sentence.what, absolutePath(database) + record + codesOf(status),
-              expanded(sentence.next, database));
-}
-
 // The database was moved or removed, what it was before the last change is there.
 bool onlyPreviousIsLeft(const std::string& database, const kdb::kdbStatus& status) {
   return status.reason == static_cast<std::int32_t>(kdb::Reason::notFound) &&
          kdb::looksLikeDatabase(kdb::previousName(database).c_str());
+}
+
+Result statusFailure(ExitCode code, const std::string& database, const kdb::kdbStatus& status,
+                     const Sentence& sentence, const std::string& record = "") {
+  Result failure = fail(code, sentence.what, absolutePath(database) + record + codesOf(status),
+                        expanded(sentence.next, database));
+  if (hasPublished()) {
+    failure.addHint("the database has its new contents already");
+  } else if (sentence.tellsState) {
+    failure.addHint("the database is as it was");
+  }
+  return failure;
 }
 
 // Disk and memory can fail an opening that was in order.
@@ -94,6 +104,7 @@ ExitCode openCode(const kdb::kdbStatus& status) {
     case kdb::Reason::space:
     case kdb::Reason::storage:
     case kdb::Reason::ioError:
+    case kdb::Reason::open:
       return exitFailed;
     default:
       return exitNotOpened;
@@ -118,6 +129,9 @@ const char* adviceFor(int error) {
     case EDQUOT:
     case EFBIG:
       return "free space, or choose another place";
+    case EMFILE:
+    case ENFILE:
+      return "raise the limit of open files with \"ulimit -n 1024\", or end other programs";
     case EPIPE:
     case EBADF:
       return "keep the receiver of the output open, or give the name of a file";

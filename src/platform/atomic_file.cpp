@@ -12,12 +12,18 @@ namespace orx {
 namespace {
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 
+// A lock that somebody else holds.
+int busyOr(int lockError) {
+  return lockError == EWOULDBLOCK ? EBUSY : lockError;
+}
+
 // Removes what a process that died left behind. EBUSY when its writer is alive, EEXIST when it is
 // somebody else's.
 int removeStale(const std::string& path) {
   const UniqueFd stale = openFile(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  if (!stale.valid()) return errno == ENOENT ? 0 : EEXIST;
-  if (lockFile(stale.get()) != 0 || !leadsTo(path, stale.get())) return EBUSY;
+  if (!stale.valid()) return errno == ENOENT ? 0 : errno == ELOOP ? EEXIST : errno;
+  if (const int error = lockFile(stale.get()); error != 0) return busyOr(error);
+  if (!leadsTo(path, stale.get())) return EBUSY;
   bool marked = false;
   if (const int error = isMarked(stale.get(), marked); error != 0) return error;
   return marked ? removeFile(path) : EEXIST;
@@ -39,17 +45,18 @@ int AtomicFile::open(const std::string& target) {
   const std::string temporary = target_ + ".orx-new";
   if (const int error = removeStale(temporary); error != 0) return error;
   if (const int error = create(temporary); error != 0) return error == EEXIST ? EBUSY : error;
-  if (lockFile(fd_.get()) != 0 || !leadsTo(temporary, fd_.get())) return EBUSY;
+  if (const int error = lockFile(fd_.get()); error != 0) return busyOr(error);
+  if (!leadsTo(temporary, fd_.get())) return EBUSY;
   if (!replaces) return 0;
   existing.st_mode |= unpublishedMark;
   return setModeAndOwner(fd_.get(), existing);
 }
 
 int AtomicFile::create(const std::string& path) {
+  temporary_ = path;  // first: nothing may want memory between the making of the file and this
   CriticalStep step;
   fd_ = openFile(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0640 | unpublishedMark);
   if (!fd_.valid()) return errno;
-  temporary_ = path;
   step.removeWhenInterrupted(path, fd_.get());
   return 0;
 }
@@ -76,6 +83,7 @@ int AtomicFile::publish() {
   step.leaveAlone(temporary_);
   temporary_.clear();
   (void)clearMark(fd_.get());
+  published_ = true;
   return syncDirectory(directoryOf(target_));
 }
 

@@ -29,6 +29,8 @@ class AtomicFile {
   [[nodiscard]] int open(const std::string& target);
   [[nodiscard]] int write(std::string_view bytes);
   [[nodiscard]] int publish();
+  // The target has the text, also when publish() could not make sure that it is on the disk.
+  [[nodiscard]] bool isPublished() const { return published_; }
 
  private:
   [[nodiscard]] int create(const std::string& path);
@@ -39,6 +41,7 @@ class AtomicFile {
   UniqueFd fd_;
   std::string buffer_;
   int error_ = 0;
+  bool published_ = false;
 };
 
 }  // namespace orx

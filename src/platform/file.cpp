@@ -1,5 +1,6 @@
 #include "platform/file.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
@@ -9,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <new>
 
 namespace orx {
 
@@ -25,6 +27,10 @@ template <typename Call>
 int errnoOf(Call call) {
   return retried(call) < 0 ? errno : 0;
 }
+
+struct CloseDirectory {
+  void operator()(DIR* directory) const { (void)::closedir(directory); }
+};
 
 struct FreeText {
   void operator()(char* text) const { std::free(text); }
@@ -149,8 +155,18 @@ bool leadsTo(const std::string& path, int fd) {
 
 std::optional<std::string> resolvePath(const std::string& path) {
   const std::unique_ptr<char, FreeText> resolved(::realpath(path.c_str(), nullptr));
+  if (resolved == nullptr && errno == ENOMEM) throw std::bad_alloc();
   if (resolved == nullptr) return std::nullopt;
   return std::string(resolved.get());
+}
+
+// std::filesystem ends the process when its iterator is out of memory.
+std::vector<std::string> namesIn(const std::string& directory) {
+  std::vector<std::string> names;
+  const std::unique_ptr<DIR, CloseDirectory> open(::opendir(directory.c_str()));
+  if (open == nullptr) return names;
+  while (const dirent* const entry = ::readdir(open.get())) names.emplace_back(entry->d_name);
+  return names;
 }
 
 std::string directoryOf(const std::string& path) {

@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace orx {
 
@@ -75,6 +76,8 @@ void releaseSpace(int fd, off_t offset, off_t size);
 
 // The path with every symbolic link resolved; none when it does not exist (errno says why).
 [[nodiscard]] std::optional<std::string> resolvePath(const std::string& path);
+// What is in a directory, in no order; as far as it can be read.
+[[nodiscard]] std::vector<std::string> namesIn(const std::string& directory);
 // The part before the last "/", "." for a path without one.
 [[nodiscard]] std::string directoryOf(const std::string& path);
 

@@ -4,8 +4,11 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
+#include <new>
 #include <vector>
 
 #include "platform/file.h"
@@ -31,9 +34,11 @@ struct State {
   Farewell* farewell = nullptr;
 };
 
-// Never destroyed: the waiting thread may outlive every other object.
+// Never destroyed: the waiting thread may outlive every other object. Nor allocated: it is there
+// before anything could tell of a want of memory.
 State& state() {
-  static State* const instance = new State;
+  alignas(State) static std::array<std::byte, sizeof(State)> storage;
+  static State* const instance = new (storage.data()) State;
   return *instance;
 }
 
@@ -51,15 +56,11 @@ void removeTemporaries() {
   }
 }
 
-void* endWhenInterrupted(void*) {
+[[noreturn]] void* endWhenInterrupted(void*) {
   int number = 0;
   while (::sigwait(&state().awaited, &number) != 0) {
   }
-  state().mutex.lock();  // for good: nothing may be published from now on
-  removeTemporaries();
-  flushOutput();
-  state().farewell(state().published);
-  ::_exit(signalExitCode + number);
+  endProcess(*state().farewell, signalExitCode + number);
 }
 
 bool isIgnored(int number) {
@@ -99,6 +100,14 @@ void CriticalStep::notePublished() {
 bool hasPublished() {
   const CriticalStep step;
   return state().published;
+}
+
+void endProcess(Farewell& farewell, int exitCode) {
+  state().mutex.lock();  // for good: nothing may be published from now on
+  removeTemporaries();
+  flushOutput();
+  farewell(state().published);
+  ::_exit(exitCode);
 }
 
 void awaitInterruption(Farewell& farewell) {

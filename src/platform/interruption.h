@@ -35,6 +35,11 @@ class CriticalStep {
 // hasPublished(). Has to do without locks that the other threads may hold.
 using Farewell = void(bool published);
 
+// Ends the process in the middle of whatever it does, but for a critical step: removes the
+// temporary files, writes what was printed, calls `farewell`. Not to be called within a critical
+// step.
+[[noreturn]] void endProcess(Farewell& farewell, int exitCode);
+
 // Starts the waiting thread; to be called once, before any other thread is started. Without it, or
 // when no thread can be had, signals end the process as usual.
 void awaitInterruption(Farewell& farewell);

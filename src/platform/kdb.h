@@ -119,8 +119,8 @@ std::int32_t Checkpoint(kdbHandle database);
 [[nodiscard]] bool advanceKey(std::uint8_t* key);
 
 // Exchanges the closed database `name` with its previous generation, NAME.orx-previous, in one
-// step; doing it again takes it back. Fails like kdbOpen; 5/28 also when there is no previous
-// generation, 8/17 when that is no database.
+// step; doing it again takes it back. The generation is read through before. Fails like kdbOpen;
+// 5/28 also when there is no previous generation, 8/17 when that is no database or damaged.
 [[nodiscard]] std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status);
 
 // Which file of the database `name` the file `path` is, by whatever name: the database itself,

@@ -36,6 +36,7 @@ enum class Reason : std::int32_t {
   space = 40,
   storage = 41,
   unique = 46,
+  open = 62,  // no further file can be opened
 };
 
 // A code with its reason, as every part of the database reports it.
@@ -56,6 +57,7 @@ inline constexpr Outcome notADatabase{Code::systemError, Reason::format};
 inline constexpr Outcome inputOutputError{Code::systemError, Reason::ioError};
 inline constexpr Outcome noSpace{Code::shortage, Reason::space};
 inline constexpr Outcome noMemory{Code::shortage, Reason::storage};
+inline constexpr Outcome tooManyFiles{Code::shortage, Reason::open};
 inline constexpr Outcome inUse{Code::busyObject, Reason::inUse};
 
 // A storage failure leaves the database as it was before the run: nothing of it is published.

@@ -2,8 +2,10 @@
 
 #include <langinfo.h>
 #include <locale.h>
+#include <unicode/uclean.h>
 #include <unicode/ucnv.h>
 
+#include <cstdlib>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -103,7 +105,32 @@ int convert(UConverter* to, char*& target, const char* targetLimit, UConverter* 
   return errorOf(status);
 }
 
+OutOfMemory* outOfMemoryCall = nullptr;
+
+void* orEnd(void* memory) {
+  if (memory == nullptr) outOfMemoryCall();
+  return memory;
+}
+
+extern "C" {
+void* allocateForLibrary(const void*, std::size_t size) {
+  return orEnd(std::malloc(size));
+}
+void* reallocateForLibrary(const void*, void* memory, std::size_t size) {
+  return orEnd(std::realloc(memory, size));
+}
+void freeForLibrary(const void*, void* memory) {
+  std::free(memory);
+}
+}
+
 }  // namespace
+
+void prepareLocale(OutOfMemory& outOfMemory) {
+  outOfMemoryCall = &outOfMemory;
+  UErrorCode status = U_ZERO_ERROR;
+  u_setMemoryFunctions(nullptr, allocateForLibrary, reallocateForLibrary, freeForLibrary, &status);
+}
 
 LocaleObject* LOCX_GetLocale(int, int, int, int* error) {
   const int ccsid = ccsidOfEnvironment();

@@ -23,6 +23,12 @@ inline constexpr int targetFull = 15;     // the target buffer is too small
 inline constexpr int libraryFailed = 16;  // any other failure, such as no memory
 }  // namespace locale_error
 
+// To be called before anything else of the library. Without memory for its first steps it would
+// wait for itself or follow a null pointer; `outOfMemory`, which must not return, is called instead
+// whenever it gets none.
+using OutOfMemory = void();
+void prepareLocale(OutOfMemory& outOfMemory);
+
 struct LocaleObject {
   std::int32_t reserved;
   std::int32_t ccsid;

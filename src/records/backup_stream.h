@@ -25,6 +25,8 @@ class BackupStream {
 
   // As BackupReader::open; nothing is read yet.
   [[nodiscard]] bool open(const char* path);
+  // Why it could not be opened, an errno value.
+  [[nodiscard]] int errorNumber() const { return reader_.errorNumber(); }
   // Begins to read ahead, when the backup is a regular file. Without it the first next() reads.
   void start();
   // As BackupReader::next, as a record of the database. Rethrows std::bad_alloc of the thread.

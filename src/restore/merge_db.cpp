@@ -54,6 +54,7 @@ class MergeRestore {
   // Without a backup the merge goes on: there is nothing to add then.
   void openBackup() {
     if (backup_.open(settings_.backupFileName.c_str())) return;
+    runReport().backupError = backup_.errorNumber();
     printMessage("IDS_MAIN_SECOND", settings_.backupFileName);
     result_ = exitBackupNotOpened;
   }

@@ -43,6 +43,7 @@ class ReplaceRestore {
  private:
   [[nodiscard]] bool openBackup() {
     if (backup_.open(settings_.backupFileName.c_str())) return true;
+    runReport().backupError = backup_.errorNumber();
     printMessage("IDS_MAIN_SECOND", settings_.backupFileName);
     return false;
   }

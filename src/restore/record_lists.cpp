@@ -1,9 +1,10 @@
 #include "restore/record_lists.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
-#include <memory_resource>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -37,21 +38,47 @@ bool startsObject(const DataRecord& record) {
   return record.data.recn() == 0;
 }
 
-std::pmr::memory_resource& recordPool() {
-  static constexpr std::size_t pooledSize = 320;  // of a record, in the pool
-  static std::pmr::unsynchronized_pool_resource pool(
-      {.max_blocks_per_chunk = hugePageSize / (pooledSize + 1)}, &hugePageMemory());
-  return pool;
-}
+// Memory for records, which is kept for the next ones. The pools of the standard library would do,
+// but GCC 12's goes on without memory where the list of its blocks gets none.
+class RecordPool {
+ public:
+  [[nodiscard]] void* allocate() {
+    if (free_ != nullptr) return std::exchange(free_, free_->next);
+    if (left_ == 0) addBlock();
+    --left_;
+    return std::exchange(next_, next_ + recordSpace);
+  }
+
+  void deallocate(void* record) { free_ = new (record) Free{free_}; }
+
+ private:
+  struct Free {
+    Free* next;
+  };
+  static constexpr std::size_t recordSpace = sizeof(DataRecord);
+  static_assert(recordSpace % alignof(std::max_align_t) == 0 && recordSpace >= sizeof(Free));
+
+  void addBlock() {
+    next_ = static_cast<std::byte*>(hugePageMemory().allocate(hugePageSize));
+    left_ = hugePageSize / recordSpace;
+  }
+
+  Free* free_ = nullptr;
+  std::byte* next_ = nullptr;  // the part of the last block that was never used
+  std::size_t left_ = 0;       // the records that fit there
+};
+
+RecordPool recordPool;
 
 }  // namespace
 
 void* DataRecord::operator new(std::size_t size) {
-  return recordPool().allocate(size);
+  return size == sizeof(DataRecord) ? recordPool.allocate() : ::operator new(size);
 }
 
 void DataRecord::operator delete(void* record, std::size_t size) {
-  recordPool().deallocate(record, size);
+  if (size != sizeof(DataRecord)) return ::operator delete(record, size);
+  recordPool.deallocate(record);
 }
 
 DataRecord::DataRecord() {

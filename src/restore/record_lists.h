@@ -28,7 +28,7 @@ class DataRecord : public RWCollectable {
   DataRecord& operator=(const DataRecord& other) = default;
   ~DataRecord() override;
 
-  // Records have a pool of their own, which keeps its memory for the next ones.
+  // Records, but not objects, have a pool of their own, which keeps its memory for the next ones.
   static void* operator new(std::size_t size);
   static void operator delete(void* record, std::size_t size);
 

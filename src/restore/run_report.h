@@ -10,6 +10,7 @@ namespace orx {
 struct RunReport {
   kdb::kdbStatus failure;         // of the first error line; 0/0 without one
   bool backupFailed = false;      // that line was about reading the backup
+  int backupError = 0;            // why the backup could not be opened, an errno value
   std::int32_t deletedCount = 0;  // replace restore
   std::int32_t addedCount = 0;    // replace and merge restore
 

@@ -178,7 +178,14 @@ Outcome Database::prepareChange(const Key& key) {
   return outcome.ok() ? copyThrough(key) : outcome;
 }
 
+// What could not be begun is not begun a second time, at the end, without the changes between.
 Outcome Database::startSuccessor() {
+  const Outcome outcome = makeSuccessor();
+  if (!outcome.ok()) storageFailure_ = outcome;
+  return outcome;
+}
+
+Outcome Database::makeSuccessor() {
   if (const Outcome outcome = Successor::create(paths_, successor_); !outcome.ok()) {
     return outcome;
   }
@@ -187,7 +194,8 @@ Outcome Database::startSuccessor() {
   if (::fstat(base_->fd(), &owner) != 0) return outcomeOfErrno(errno);
   owner.st_mode = S_IRUSR | S_IWUSR | unpublishedMark;
   // An owner that cannot be given is found now, not at the end.
-  if (setModeAndOwner(successor_->fd(), owner) != 0) return noPermission;
+  const int error = setModeAndOwner(successor_->fd(), owner);
+  if (error != 0) return error == EINVAL ? noPermission : outcomeOfErrno(error);
   return everythingDeleted() ? succeeded : startCopy();
 }
 

@@ -84,6 +84,7 @@ class Database {
   Outcome prepareChange(const Key& key);
   Outcome readNextChanged(const Key& key, std::uint8_t* record);
   Outcome startSuccessor();
+  Outcome makeSuccessor();
   Outcome startCopy();
   Outcome copyThrough(const Key& last);
   Outcome copyRest();
@@ -103,7 +104,7 @@ class Database {
   Key uncopiedKey_;                               // of the first uncopied record
   const std::uint8_t* uncopiedRecord_ = nullptr;  // null: everything is copied
   Outcome lastFailure_;
-  std::optional<Outcome> storageFailure_;
+  std::optional<Outcome> storageFailure_;  // or what kept the successor from being made
 };
 
 }  // namespace orx::kdb

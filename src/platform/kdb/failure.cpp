@@ -36,6 +36,9 @@ Outcome outcomeOfErrno(int error) {
     case EDQUOT:
     case EFBIG:
       return noSpace;
+    case EMFILE:
+    case ENFILE:
+      return tooManyFiles;
     case ENOMEM:
       return noMemory;
     default:

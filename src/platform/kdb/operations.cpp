@@ -12,6 +12,7 @@
 #include "platform/kdb/handles.h"
 #include "platform/kdb/publish.h"
 #include "platform/kdb_statistics.h"
+#include "platform/run_progress.h"
 
 namespace orx::kdb {
 
@@ -109,6 +110,20 @@ bool isSameFile(const Database& current, const Database& previous) {
   struct stat b {};
   return ::stat(current.paths().database.c_str(), &a) == 0 &&
          ::stat(previous.paths().database.c_str(), &b) == 0 && sameFile(a, b);
+}
+
+// Every page of it and every record, so that no damaged generation is made the current one.
+Outcome readThrough(Database& database) {
+  runProgress().enter("reading", database.entries());
+  OwnedSnapshot snapshot;
+  Outcome outcome = database.snapshot(snapshot);
+  Key key;
+  const std::uint8_t* record = nullptr;
+  while (outcome.ok()) {
+    outcome = snapshot->next(key, record);
+    runProgress().countRecord();
+  }
+  return outcome == endOfData ? succeeded : outcome;
 }
 
 }  // namespace
@@ -274,6 +289,7 @@ std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status) {
     OwnedDatabase previous;
     outcome = Database::open(current->paths().previous, OpenMode::read, previous);
     if (outcome.ok() && isSameFile(*current, *previous)) outcome = recordNotFound;
+    if (outcome.ok()) outcome = readThrough(*previous);
     if (outcome.ok()) outcome = exchangeGenerations(current->paths());
   }
   fill(status, outcome);

@@ -31,16 +31,17 @@ int syncWithMode(int successorFd, int databaseFd) {
   return syncFile(successorFd);
 }
 
-// The directory keeps the exchange, or it is taken back.
-int exchangeForGood(const DatabasePaths& paths, const std::string& other) {
+// The directory keeps the exchange, or it is taken back. A failure that leaves the exchange made
+// all the same is noted as published.
+int exchangeForGood(const DatabasePaths& paths, const std::string& other, CriticalStep& step) {
   if (const int error = exchangeNames(paths.database, other); error != 0) return error;
   const int error = syncDirectory(paths.directory);
-  if (error != 0) (void)exchangeNames(paths.database, other);
+  if (error != 0 && exchangeNames(paths.database, other) != 0) step.notePublished();
   return error;
 }
 
-// The old database is on disk under its second name before it loses the first.
-int replaceByLink(const DatabasePaths& paths) {
+// The old database is on disk under its second name before it loses the first. A failure as above.
+int replaceByLink(const DatabasePaths& paths, CriticalStep& step) {
   int error = removeFile(paths.previous);
   if (error == ENOENT) error = 0;
   if (error == 0) error = linkFile(paths.database, paths.previous);
@@ -48,33 +49,34 @@ int replaceByLink(const DatabasePaths& paths) {
   if (error == 0) error = renameFile(paths.successor, paths.database, false);
   if (error != 0) return error;
   error = syncDirectory(paths.directory);
-  if (error != 0) (void)renameFile(paths.previous, paths.database, false);
+  if (error != 0 && renameFile(paths.previous, paths.database, false) != 0) step.notePublished();
   return error;
 }
 
-// Makes the replaced database, now NAME.orx-new, the previous generation. Where that is the same
-// file already, renaming does nothing and the second name has to be removed.
+// Makes the replaced database, now NAME.orx-new, the previous generation, for good. Where that is
+// the same file already, renaming does nothing and the second name has to be removed.
 int makePrevious(const DatabasePaths& paths) {
   if (const int error = renameFile(paths.successor, paths.previous, false); error != 0)
     return error;
   const int error = removeFile(paths.successor);
-  return error == ENOENT ? 0 : error;
-}
-
-// The change itself is made then: without the last name the next run makes up for it.
-int replaceByExchange(const DatabasePaths& paths) {
-  const int error = exchangeForGood(paths, paths.successor);
-  if (error == 0) (void)makePrevious(paths);
-  return error;
+  return error == 0 || error == ENOENT ? syncDirectory(paths.directory) : error;
 }
 
 // Without a mark, what an exchange leaves could not be told from a successor.
-int replace(const DatabasePaths& paths, bool marked) {
-  const int error = marked ? replaceByExchange(paths) : replaceByLink(paths);
+int replace(const DatabasePaths& paths, bool marked, CriticalStep& step) {
+  const int error =
+      marked ? exchangeForGood(paths, paths.successor, step) : replaceByLink(paths, step);
   const bool unsupported =
       error == EINVAL || error == ENOSYS || error == EOPNOTSUPP || (!marked && error == EPERM);
   if (!unsupported) return error;
-  return marked ? replaceByLink(paths) : replaceByExchange(paths);
+  return marked ? replaceByLink(paths, step) : exchangeForGood(paths, paths.successor, step);
+}
+
+// The change itself is made: what fails here, the next run makes up for. Until the directory keeps
+// the last name, the mark tells that run what NAME.orx-new is. After a link there is none.
+void settlePublished(const DatabasePaths& paths, int successorFd) {
+  const int error = makePrevious(paths);
+  if (error == 0 || error == ENOENT) (void)clearMark(successorFd);
 }
 
 // An exchange leaves the published database marked and the replaced one without a mark. A successor
@@ -127,11 +129,10 @@ Outcome publishReplacement(const DatabasePaths& paths, int successorFd, int data
   runProgress().enter("publishing");
   CriticalStep step;
   if (error == 0 && !leadsTo(paths.successor, successorFd)) error = EIO;
-  if (error == 0) error = replace(paths, marked);
+  if (error == 0) error = replace(paths, marked, step);
   if (error != 0) return outcomeOfErrno(error);
   step.notePublished();
-  (void)clearMark(successorFd);
-  (void)syncDirectory(paths.directory);
+  settlePublished(paths, successorFd);
   return succeeded;
 }
 
@@ -146,12 +147,15 @@ Outcome settleLeftover(const DatabasePaths& paths, int databaseFd) {
   if (!left.valid()) return outcomeOfErrno(errno);
   const bool isSecondName = databaseFd >= 0 && isSameFile(left.get(), databaseFd);
   if (isSecondName) return outcomeOfErrno(removeFile(paths.successor));
-  if (lockFile(left.get()) != 0 || !leadsTo(paths.successor, left.get())) return inUse;
+  int error = lockFile(left.get());
+  if (error != 0) return outcomeOfErrno(error);
+  if (!leadsTo(paths.successor, left.get())) return inUse;
   bool foreign = false;
-  if (const int error = isForeign(left.get(), foreign); error != 0) return outcomeOfErrno(error);
+  error = isForeign(left.get(), foreign);
+  if (error != 0) return outcomeOfErrno(error);
   if (foreign) return duplicateKey;
   bool replaced = false;
-  int error = isReplacedDatabase(left.get(), databaseFd, replaced);
+  error = isReplacedDatabase(left.get(), databaseFd, replaced);
   if (error == 0) error = replaced ? makePrevious(paths) : removeFile(paths.successor);
   return outcomeOfErrno(error);
 }
@@ -167,14 +171,14 @@ Outcome publishNew(const DatabasePaths& paths, int successorFd, unsigned mode) {
   if (error != 0) return outcomeOfErrno(error);
   (void)clearMark(successorFd);
   error = syncDirectory(paths.directory);
-  if (error != 0) (void)renameFile(paths.database, paths.successor, true);
-  if (error == 0) step.notePublished();
+  const bool takenBack = error != 0 && renameFile(paths.database, paths.successor, true) == 0;
+  if (!takenBack) step.notePublished();
   return outcomeOfErrno(error);
 }
 
 Outcome exchangeGenerations(const DatabasePaths& paths) {
   CriticalStep step;
-  const int error = exchangeForGood(paths, paths.previous);
+  const int error = exchangeForGood(paths, paths.previous, step);
   if (error == 0) step.notePublished();
   return outcomeOfErrno(error);
 }

@@ -30,8 +30,12 @@ struct DatabasePaths {
 // `databaseFd`:
 //   1. sync the successor, give it mode and owner of the database and the mark, sync again;
 //   2. exchange NAME and NAME.orx-new: the one step that changes the database;
-//   3. sync the directory; a failure takes step 2 back;
-//   4. rename the old database, now NAME.orx-new, to NAME.orx-previous; take the mark away.
+//   3. sync the directory; a failure takes step 2 back, or is noted as published where not even
+//   that
+//      can be done;
+//   4. rename the old database, now NAME.orx-new, to NAME.orx-previous; sync the directory; take
+//   the
+//      mark away.
 // A process that dies leaves the old database before step 2 and the new one after it. What is
 // missing of step 4 is made up for by the next run.
 // Where names cannot be exchanged or the mark is not kept, the database gets NAME.orx-previous as a

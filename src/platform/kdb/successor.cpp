@@ -33,17 +33,18 @@ Outcome Successor::create(const DatabasePaths& paths, std::unique_ptr<Successor>
   if (const int error = made->createFile(path); error != 0) {
     return error == EEXIST ? inUse : outcomeOfErrno(error);
   }
-  if (lockFile(made->fd()) != 0 || !leadsTo(path, made->fd())) return inUse;
+  if (const int error = lockFile(made->fd()); error != 0) return outcomeOfErrno(error);
+  if (!leadsTo(path, made->fd())) return inUse;
   if (const Outcome outcome = made->openEngine(); !outcome.ok()) return outcome;
   successor = std::move(made);
   return succeeded;
 }
 
 int Successor::createFile(const std::string& path) {
+  path_ = path;  // first: nothing may want memory between the making of the file and this
   CriticalStep step;
   fd_ = openFile(path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600 | unpublishedMark);
   if (!fd_.valid()) return errno;
-  path_ = path;
   step.removeWhenInterrupted(path, fd());
   return 0;
 }

@@ -1,0 +1,57 @@
+// A sample of the disturbed runs; scripts/fault_runs.sh takes them all.
+#include <gtest/gtest.h>
+
+#include "tests/faults/allocations.h"
+#include "tests/faults/power_loss.h"
+#include "tests/faults/single_fault.h"
+
+namespace orx::faults {
+namespace {
+
+class FaultSample : public testing::TestWithParam<Operation> {};
+class AllocationSample : public testing::TestWithParam<Operation> {};
+
+std::string nameOfTest(const testing::TestParamInfo<Operation>& operation) {
+  std::string name = operation.param.name;
+  std::erase(name, '-');
+  return name;
+}
+
+std::vector<Operation> restores() {
+  std::vector<Operation> chosen = operations();
+  std::erase_if(chosen, [](const Operation& operation) { return !operation.isRestore(); });
+  return chosen;
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, FaultSample, testing::ValuesIn(operations()), nameOfTest);
+INSTANTIATE_TEST_SUITE_P(Operations, AllocationSample, testing::ValuesIn(restores()), nameOfTest);
+
+// Primes, so that the samples do not fall on the same calls of every loop.
+constexpr std::size_t everyCall = 37;
+constexpr std::uint64_t powerSeeds = 8;
+constexpr std::size_t everyAllocation = 47;
+
+TEST_P(FaultSample, LeavesTheOldOrTheNewAndSaysWhich) {
+  const Scene scene(GetParam());
+  const std::vector<FaultCase> cases = faultCases(scene);
+  ASSERT_GT(cases.size(), everyCall);
+  for (std::size_t i = 0; i < cases.size(); i += everyCall) {
+    EXPECT_EQ(runFaultCase(scene, cases[i]).faults, "");
+  }
+  if (!GetParam().survivesPowerLoss) return;
+  const PowerLoss power(scene);
+  for (std::uint64_t seed = 0; seed < powerSeeds; ++seed) EXPECT_EQ(power.fail(seed).faults, "");
+}
+
+// A sanitizer looks for what is not released, in the build that has one.
+TEST_P(AllocationSample, EndsInOrderWithoutMemory) {
+  const Scene scene(GetParam());
+  const AllocationFaults allocations(scene);
+  ASSERT_GT(allocations.count(), everyAllocation);
+  for (std::size_t number = 1; number <= allocations.count(); number += everyAllocation) {
+    EXPECT_EQ(allocations.fail(number).faults, "");
+  }
+}
+
+}  // namespace
+}  // namespace orx::faults

@@ -1,0 +1,60 @@
+#include "tests/faults/single_fault.h"
+
+#include <string_view>
+
+namespace orx::faults {
+
+namespace {
+
+bool kills(Fault fault) {
+  return fault == Fault::killBefore || fault == Fault::killAfter;
+}
+
+// The successor stays when what should remove it, or find out whose it is, is what failed.
+bool mayLeaveSuccessor(const FaultCase& fault, const TracedResult& result) {
+  if (kills(fault.fault) || fault.fault == Fault::ioErrorOn) return true;
+  if (fault.call > result.calls.size()) return false;
+  const std::string name = nameOf(result.calls[fault.call - 1]);
+  return name == "unlink" || name.find("stat") != std::string::npos;
+}
+
+std::string describe(const FaultCase& fault, const TracedResult& result) {
+  const bool reached = fault.call <= result.calls.size();
+  return std::string(nameOf(fault.fault)) + " at call " + std::to_string(fault.call) + " (" +
+         (reached ? nameOf(result.calls[fault.call - 1]) : "not reached") + "), exit code " +
+         std::to_string(result.exitCode) + ": ";
+}
+
+}  // namespace
+
+std::vector<FaultCase> faultCases(const Scene& scene) {
+  std::vector<FaultCase> cases;
+  for (const Fault fault : allFaults) {
+    for (std::size_t call = 0; call < scene.calls().size(); ++call) {
+      if (applies(fault, scene.calls()[call])) cases.push_back({fault, call + 1});
+    }
+  }
+  return cases;
+}
+
+CaseOutcome runFaultCase(const Scene& scene, const FaultCase& fault) {
+  const test::TempDir directory;
+  scene.copyTo(directory.path());
+  TracedProgram program = scene.program(directory.path());
+  program.fault = fault.fault;
+  program.faultAt = fault.call;
+  const TracedResult result = runTraced(program);
+  const std::optional<bool> isNew = scene.isNew(directory.path());
+  if (!isNew.has_value()) {
+    return {.faults = describe(fault, result) + "neither old nor new\n" + result.errors};
+  }
+  std::string faults =
+      scene.faultInFiles(directory.path(), *isNew, mayLeaveSuccessor(fault, result));
+  const bool wasKilled = kills(fault.fault) && result.signal == SIGKILL;
+  if (!wasKilled) faults += scene.faultInWords(result, *isNew);
+  faults += scene.faultInNextRun(directory.path(), *isNew, fault.call % 2 == 0);
+  if (!faults.empty()) faults = describe(fault, result) + faults + "\n" + result.errors;
+  return {.isNew = *isNew, .faults = std::move(faults)};
+}
+
+}  // namespace orx::faults

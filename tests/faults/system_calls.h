@@ -1,0 +1,18 @@
+// What is known of the system calls that touch files.
+#pragma once
+
+#include <vector>
+
+#include "tests/faults/traced_program.h"
+
+namespace orx::faults {
+
+[[nodiscard]] std::vector<long> tracedNumbers();
+// Which argument is a path; -1 for none.
+[[nodiscard]] int pathArgument(const SystemCall& call);
+// False for what mmap and fcntl do without a file: memory, flags of a descriptor.
+[[nodiscard]] bool touchesFile(const SystemCall& call);
+// Standard input, output or error, which are no files of the disk that fails.
+[[nodiscard]] bool isStream(const SystemCall& call);
+
+}  // namespace orx::faults
