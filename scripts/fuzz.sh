@@ -24,8 +24,8 @@ trap 'rm -rf "$TMPDIR"' EXIT
 
 fuzz() {
   mkdir -p "build/fuzz/work/$1" build/fuzz/findings
-  "build/fuzz/bin/$1_fuzz" -max_total_time="$2" -max_len=4096 -timeout=60 -rss_limit_mb=3000 \
-    -print_final_stats=1 -artifact_prefix="build/fuzz/findings/$1-" \
+  "build/fuzz/bin/$1_fuzz" -max_total_time="$2" -max_len=4096 -len_control=10 -timeout=120 \
+    -report_slow_units=120 -rss_limit_mb=3000 -print_final_stats=1 -artifact_prefix="build/fuzz/findings/$1-" \
     "build/fuzz/work/$1" "tests/fuzz/corpus/$1" >"build/fuzz/$1.log" 2>&1 || true
 }
 export -f fuzz

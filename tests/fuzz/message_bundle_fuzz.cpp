@@ -1,5 +1,5 @@
 // A compiled resource file of any bytes: refused, or one that every text can be taken from.
-#include <unicode/locid.h>
+#include <unicode/uclean.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -15,12 +15,14 @@ namespace {
 
 using namespace orx;
 
-// The library keeps every file that it has opened under its path, so each input has a new one.
+// The library keeps every file that it has opened mapped under its path, so each input has a new
+// one, and now and then all are given up.
 class BundlePlace {
  public:
   explicit BundlePlace(std::string_view bytes) : before_(std::filesystem::current_path()) {
     static const fuzz::Scratch scratch;
     static std::uint64_t number = 0;
+    if (number % mostKept == 0) u_cleanup();
     directory_ = scratch.file(std::to_string(number++));
     std::filesystem::create_directories(directory_ + "/" + bundleName);
     fuzz::writeFile(directory_ + "/" + bundleName + "/root.res", bytes);
@@ -34,6 +36,8 @@ class BundlePlace {
   }
 
  private:
+  static constexpr std::uint64_t mostKept = 1000;
+
   std::filesystem::path before_;
   std::string directory_;
 };
