@@ -68,7 +68,7 @@ awk -F'[":,]+' '
   {
     growth = expected[$2] > 0 ? ($3 / expected[$2] - 1) * 100 : 999
     printf "%-24s %6d instructions a record, expected %6d%s\n", $2, $3, expected[$2],
-      growth > 10 ? sprintf("  grown by %.0f %%", growth) : ""
+      (growth > 10 ? sprintf("  grown by %.0f %%", growth) : "")
     if (growth > 10) bad = 1
   }
   END { exit bad }' "$expected" counted.json || {

@@ -77,7 +77,7 @@ void* DataRecord::operator new(std::size_t size) {
 }
 
 void DataRecord::operator delete(void* record, std::size_t size) {
-  if (size != sizeof(DataRecord)) return ::operator delete(record, size);
+  if (size != sizeof(DataRecord)) return ::operator delete(record);
   recordPool.deallocate(record);
 }
 
