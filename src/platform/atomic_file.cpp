@@ -82,9 +82,11 @@ int AtomicFile::publish() {
   step.notePublished();
   step.leaveAlone(temporary_);
   temporary_.clear();
-  (void)clearMark(fd_.get());
   published_ = true;
-  return syncDirectory(directoryOf(target_));
+  // Without the mark, and with the name lost in a power failure, it would be somebody else's file.
+  const int error = syncDirectory(directoryOf(target_));
+  if (error == 0) (void)clearMark(fd_.get());
+  return error;
 }
 
 }  // namespace orx
