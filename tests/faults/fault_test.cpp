@@ -27,9 +27,9 @@ INSTANTIATE_TEST_SUITE_P(Operations, FaultSample, testing::ValuesIn(operations()
 INSTANTIATE_TEST_SUITE_P(Operations, AllocationSample, testing::ValuesIn(restores()), nameOfTest);
 
 // Primes, so that the samples do not fall on the same calls of every loop.
-constexpr std::size_t everyCall = 37;
-constexpr std::uint64_t powerSeeds = 8;
-constexpr std::size_t everyAllocation = 47;
+constexpr std::size_t everyCall = 61;
+constexpr std::uint64_t powerSeeds = 5;
+constexpr std::size_t everyAllocation = 67;
 
 TEST_P(FaultSample, LeavesTheOldOrTheNewAndSaysWhich) {
   const Scene scene(GetParam());
