@@ -27,9 +27,9 @@ INSTANTIATE_TEST_SUITE_P(Operations, FaultSample, testing::ValuesIn(operations()
 INSTANTIATE_TEST_SUITE_P(Operations, AllocationSample, testing::ValuesIn(restores()), nameOfTest);
 
 // Primes, so that the samples do not fall on the same calls of every loop.
-constexpr std::size_t everyCall = 61;
-constexpr std::uint64_t powerSeeds = 5;
-constexpr std::size_t everyAllocation = 67;
+constexpr std::size_t everyCall = 97;
+constexpr std::uint64_t powerSeeds = 4;
+constexpr std::size_t everyAllocation = 101;
 
 TEST_P(FaultSample, LeavesTheOldOrTheNewAndSaysWhich) {
   const Scene scene(GetParam());

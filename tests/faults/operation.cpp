@@ -69,6 +69,14 @@ void makeStart(const fs::path& directory) {
   }
 }
 
+// Nobody changes it: every run gets a copy.
+const test::TempDir& sharedStart() {
+  static const test::TempDir directory;
+  static const bool made = (makeStart(directory.path()), true);
+  (void)made;
+  return directory;
+}
+
 bool hasAny(const std::string& text, const std::vector<const char*>& words) {
   return std::ranges::any_of(
       words, [&text](const char* word) { return text.find(word) != std::string::npos; });
@@ -142,8 +150,7 @@ std::string contentOf(const fs::path& file, bool isDatabase) {
   return code == static_cast<std::int32_t>(kdb::endOfData.code) ? content : unreadable;
 }
 
-Scene::Scene(const Operation& operation) : operation_(operation) {
-  makeStart(start());
+Scene::Scene(const Operation& operation) : operation_(operation), start_(sharedStart()) {
   for (const auto* const name : {"backup.txt", "shuffled.txt", "input.dump"}) {
     inputContents_[name] = test::readFile(start() / name);
   }

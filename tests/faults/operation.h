@@ -73,7 +73,7 @@ class Scene {
   [[nodiscard]] Run runUndisturbed(const std::filesystem::path& directory, bool again) const;
 
   const Operation& operation_;
-  test::TempDir start_;
+  const test::TempDir& start_;
   std::vector<SystemCall> calls_;
   std::string before_;
   std::string previous_;  // before the run
