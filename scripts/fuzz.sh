@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the fuzz targets and runs each of them, two at a time, from the corpus in tests/fuzz/corpus;
 # prints how many inputs each has tried, how many edges of the code they reach, and what was found.
-# What is new is kept in build/fuzz/work, inputs that end a target in build/fuzz/findings.
+# What is new is kept in build/fuzz/inputs, inputs that end a target in build/fuzz/findings.
 #
 #   scripts/fuzz.sh [SECONDS [TARGET...]]
 #
@@ -23,10 +23,10 @@ export TMPDIR
 trap 'rm -rf "$TMPDIR"' EXIT
 
 fuzz() {
-  mkdir -p "build/fuzz/work/$1" build/fuzz/findings
+  mkdir -p "build/fuzz/inputs/$1" build/fuzz/findings
   "build/fuzz/bin/$1_fuzz" -max_total_time="$2" -max_len=4096 -len_control=10 -timeout=120 \
     -report_slow_units=120 -rss_limit_mb=3000 -print_final_stats=1 -artifact_prefix="build/fuzz/findings/$1-" \
-    "build/fuzz/work/$1" "tests/fuzz/corpus/$1" >"build/fuzz/$1.log" 2>&1 || true
+    "build/fuzz/inputs/$1" "tests/fuzz/corpus/$1" >"build/fuzz/$1.log" 2>&1 || true
 }
 export -f fuzz
 printf '%s\n' "${targets[@]}" | xargs -P 2 -I {} bash -c 'fuzz "$1" "$2"' - {} "$seconds"

@@ -1,6 +1,7 @@
 #include "driver/hints.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>

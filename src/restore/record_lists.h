@@ -3,7 +3,7 @@
 //
 // A list is filled, sorted once, and then taken off from the front, one object at a time: a head
 // record and the continuation records behind it, whose texts are joined. Everything is linear in
-// the records but for the sort, which is n log n and moves pointers only. A held record costs 320
+// the records but for the sort, which is n log n and moves pointers only. A held record costs 304
 // bytes and a pointer.
 #pragma once
 

@@ -11,8 +11,8 @@ namespace orx {
 // The directory of `name`, "." for a name without one.
 [[nodiscard]] std::string parentOf(const std::string& name);
 
-// `name` as one word for a shell, quoted where it has to be, in $'' with codes of
-// control characters; never an option.
+// `name` as one word for a shell, quoted where it has to be, in $'' with codes for control
+// characters; never an option.
 [[nodiscard]] std::string shellWord(const std::string& name);
 
 }  // namespace orx

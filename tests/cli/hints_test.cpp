@@ -3,6 +3,7 @@
 
 #include <regex>
 
+#include "driver/hints.h"
 #include "restore/exit_codes.h"
 #include "terminal/file_words.h"
 #include "tests/support/compress.h"
@@ -134,6 +135,28 @@ TEST_F(Hints, NameAFullDiskWhoHoldsTheDatabaseAndMissingMessages) {
   expectMatch(silent.errors,
               "orxrestore: the messages are missing .*@PRESTORE_restore\n  next: orxkdb messages\n",
               directory_);
+}
+
+// Which of its files a run cannot open depends on how many are open already.
+TEST(HintsOfFewDescriptors, NameTheFileAndTheLimit) {
+  RestoreSettings settings;
+  settings.databaseName = "/db";
+  settings.backupFileName = "/backup";
+  RunReport backup;
+  backup.backupError = EMFILE;
+  RunReport database;
+  database.failure.returnCode = static_cast<std::int32_t>(kdb::Code::shortage);
+  database.failure.reason = static_cast<std::int32_t>(kdb::Reason::open);
+  const std::tuple<int, const RunReport&, std::string> cases[] = {
+      {exitBackupNotOpened, backup, "the backup /backup to be read"},
+      {exitDatabaseNotOpened, database, "/db to be read and written"},
+      {exitFailed, database, "/db to be read and written"}};
+  for (const auto& [exitCode, report, file] : cases) {
+    const auto hints = hintsFor({.exitCode = exitCode, .settings = settings, .report = report});
+    ASSERT_EQ(hints.size(), 1U);
+    EXPECT_THAT(hints[0].what, testing::StartsWith("too many files are open for " + file));
+    EXPECT_EQ(hints[0].next, "ulimit -n 1024");
+  }
 }
 
 TEST(FileWords, AreReadyForAShell) {

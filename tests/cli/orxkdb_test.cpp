@@ -104,6 +104,12 @@ TEST_F(OrxKdb, UndoTakesSoundGenerationsAlone) {
   expectFailure(run({"undo", "db"}), exitNotOpened, "/db.orx-previous, nothing can be undone");
   test::writeFile(scratch_.file("db.orx-previous"), "text");
   expectFailure(run({"undo", "db"}), exitNotOpened, "/db.orx-previous (8 SystemError, 17 Format)");
+  std::filesystem::remove(scratch_.file("db.orx-previous"));
+  test::createDatabase(scratch_.file("db.orx-previous"), 3000);
+  std::string bytes = test::readFile(scratch_.file("db.orx-previous"));
+  bytes.replace(bytes.size() / 2, 4096, 4096, '\xFF');  // pages that an opening does not look at
+  test::writeFile(scratch_.file("db.orx-previous"), bytes);
+  expectFailure(run({"undo", "db"}), exitNotAsExpected, "the previous generation is damaged, ");
   EXPECT_EQ(test::objects(scratch_.file("db")).size(), 3U);
 }
 

@@ -47,6 +47,14 @@ struct Count {
   std::size_t cases = 0;
   std::size_t changed = 0;
   std::size_t faults = 0;
+
+  void add(const Operation& operation, const CaseOutcome& outcome) {
+    ++cases;
+    changed += outcome.isNew ? 1 : 0;
+    if (outcome.faults.empty()) return;
+    ++faults;
+    std::printf("FAULT %s %s\n", operation.name, outcome.faults.c_str());
+  }
 };
 
 void print(const Options& options, const char* operation, const char* kind, const Count& count) {
@@ -62,16 +70,12 @@ std::size_t runCalls(const Options& options, const Operation& operation) {
   std::size_t faults = 0;
   for (const FaultCase& fault : faultCases(scene)) {
     if (!isChosen(options, number++)) continue;
-    const CaseOutcome outcome = runFaultCase(scene, fault);
-    Count& count = counts[fault.fault];
-    ++count.cases;
-    count.changed += outcome.isNew ? 1 : 0;
-    if (outcome.faults.empty()) continue;
-    ++count.faults;
-    ++faults;
-    std::printf("FAULT %s %s\n", operation.name, outcome.faults.c_str());
+    counts[fault.fault].add(operation, runFaultCase(scene, fault));
   }
-  for (const auto& [fault, count] : counts) print(options, operation.name, nameOf(fault), count);
+  for (const auto& [fault, count] : counts) {
+    faults += count.faults;
+    print(options, operation.name, nameOf(fault), count);
+  }
   return faults;
 }
 
@@ -80,13 +84,7 @@ std::size_t runAllocations(const Options& options, const Operation& operation) {
   const AllocationFaults allocations(scene);
   Count count;
   for (std::size_t number = 1; number <= allocations.count(); ++number) {
-    if (!isChosen(options, number)) continue;
-    const CaseOutcome outcome = allocations.fail(number);
-    ++count.cases;
-    count.changed += outcome.isNew ? 1 : 0;
-    if (outcome.faults.empty()) continue;
-    ++count.faults;
-    std::printf("FAULT %s %s\n", operation.name, outcome.faults.c_str());
+    if (isChosen(options, number)) count.add(operation, allocations.fail(number));
   }
   print(options, operation.name, "allocation", count);
   return count.faults;
@@ -99,13 +97,7 @@ std::size_t runPower(const Options& options, const Operation& operation) {
   const PowerLoss power(scene);
   Count count;
   for (std::uint64_t seed = 0; seed < powerSeeds; ++seed) {
-    if (!isChosen(options, seed)) continue;
-    const CaseOutcome outcome = power.fail(seed);
-    ++count.cases;
-    count.changed += outcome.isNew ? 1 : 0;
-    if (outcome.faults.empty()) continue;
-    ++count.faults;
-    std::printf("FAULT %s %s\n", operation.name, outcome.faults.c_str());
+    if (isChosen(options, seed)) count.add(operation, power.fail(seed));
   }
   print(options, operation.name, "power-loss", count);
   return count.faults;

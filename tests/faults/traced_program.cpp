@@ -23,6 +23,7 @@
 
 #include "platform/file.h"
 #include "tests/faults/system_calls.h"
+#include "tests/support/run_program.h"
 
 namespace orx::faults {
 
@@ -138,7 +139,7 @@ class Tracer {
     (void)::dup2(output_.descriptor(), STDOUT_FILENO);
     (void)::dup2(errors_.descriptor(), STDERR_FILENO);
     (void)::close(nothing);
-    (void)::signal(SIGPIPE, SIG_DFL);
+    test::takeSignals();
     (void)::alarm(patienceSeconds);
     const bool ready = ::chdir(program_.directory.c_str()) == 0 &&
                        ::ptrace(PTRACE_TRACEME, 0, 0, 0) == 0 && ::raise(SIGSTOP) == 0 &&

@@ -52,10 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::size_t first = input.byte();
   const auto wording = first < 128 ? fuzz::Wording::text : fuzz::Wording::json;
   const std::string text(input.rest());
-  scratch.empty();
-  fuzz::writeFile(place.backup, text);
-  fuzz::writeFile(place.database, sound);
-  fuzz::writeFile(place.sound, sound);
+  place.fill(text, sound);
   checkLines(place.backup, text);
   const std::size_t command = first % 128 % (fuzz::backupCommands() + 3);
   if (command < fuzz::backupCommands()) {

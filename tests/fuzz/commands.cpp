@@ -152,6 +152,13 @@ bool canBeReadWhole(const std::string& database) {
 
 }  // namespace
 
+void Workplace::fill(std::string_view backupText, std::string_view soundBytes) const {
+  scratch.empty();
+  writeFile(backup, backupText);
+  writeFile(database, soundBytes);
+  writeFile(sound, soundBytes);
+}
+
 std::size_t readingCommands() {
   return readers.size();
 }

@@ -17,6 +17,9 @@ struct Workplace {
   std::string sound = scratch.file("sound");  // a database without a fault
   std::string output = scratch.file("output");
 
+  // Nothing but a backup and a database that is without fault, twice.
+  void fill(std::string_view backupText, std::string_view soundBytes) const;
+
   [[nodiscard]] std::string successor() const { return database + ".orx-new"; }
   [[nodiscard]] std::string previous() const { return database + ".orx-previous"; }
 };

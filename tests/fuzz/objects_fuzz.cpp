@@ -74,10 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static const std::string sound = fuzz::soundDatabase(scratch);
   fuzz::Input input(data, size);
   const std::uint8_t choice = input.byte();
-  scratch.empty();
-  fuzz::writeFile(place.backup, readObjects(input));
-  fuzz::writeFile(place.database, sound);
-  fuzz::writeFile(place.sound, sound);
+  place.fill(readObjects(input), sound);
   switch (choice % 3) {
     case 0:
       checkMerge(place, sound);

@@ -104,6 +104,10 @@ bool serve(const Program& program, Pipe& in, Pipe& out, Pipe& err, ProgramResult
 
 }  // namespace
 
+void takeSignals() {
+  for (const int number : {SIGPIPE, SIGINT, SIGTERM, SIGHUP}) (void)std::signal(number, SIG_DFL);
+}
+
 ProgramResult runProgram(const Program& program) {
   std::vector<std::string> words = program.arguments;
   words.insert(words.begin(), program.file.string());
@@ -117,7 +121,7 @@ ProgramResult runProgram(const Program& program) {
   const pid_t child = fork();
   if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
   if (child == 0) {
-    (void)std::signal(SIGPIPE, SIG_DFL);
+    takeSignals();
     (void)dup2(in.read.get(), STDIN_FILENO);
     (void)dup2(out.write.get(), STDOUT_FILENO);
     (void)dup2(err.write.get(), STDERR_FILENO);

@@ -27,6 +27,10 @@ struct ProgramResult {
   std::string errors;  // standard error
 };
 
+// For a child before it becomes a program: PIPE, INT, TERM and HUP end it, though this process may
+// have been started in the background, which ignores INT.
+void takeSignals();
+
 // Throws std::system_error when there is no way to start a program at all; a program that cannot
 // be executed ends with 127.
 [[nodiscard]] ProgramResult runProgram(const Program& program);

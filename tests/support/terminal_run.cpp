@@ -26,6 +26,7 @@ void startProgram(const Program& program, const TerminalRun& run) {
     const auto sign = variable.find('=');
     (void)setenv(variable.substr(0, sign).c_str(), variable.substr(sign + 1).c_str(), 1);
   }
+  takeSignals();
   if (chdir(program.directory.c_str()) != 0) _exit(127);
   if (run.outputIsFile) (void)dup2(open("out", O_CREAT | O_WRONLY | O_TRUNC, 0600), STDOUT_FILENO);
   (void)execv(argv[0], argv.data());

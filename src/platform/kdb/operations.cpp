@@ -104,14 +104,6 @@ std::int32_t changeRecord(kdbHandle handle, const std::uint8_t* key, std::int32_
   });
 }
 
-// A run that died while it published leaves the database as its own previous generation.
-bool isSameFile(const Database& current, const Database& previous) {
-  struct stat a {};
-  struct stat b {};
-  return ::stat(current.paths().database.c_str(), &a) == 0 &&
-         ::stat(previous.paths().database.c_str(), &b) == 0 && sameFile(a, b);
-}
-
 // Every page of it and every record, so that no damaged generation is made the current one.
 Outcome readThrough(Database& database) {
   runProgress().enter("reading", database.entries());
@@ -288,9 +280,11 @@ std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status) {
   if (outcome.ok()) {
     OwnedDatabase previous;
     outcome = Database::open(current->paths().previous, OpenMode::read, previous);
-    if (outcome.ok() && isSameFile(*current, *previous)) outcome = recordNotFound;
+    // A run that died while it published leaves the database as its own previous generation.
+    const DatabasePaths& paths = current->paths();
+    if (outcome.ok() && isSameFile(paths.database, paths.previous)) outcome = recordNotFound;
     if (outcome.ok()) outcome = readThrough(*previous);
-    if (outcome.ok()) outcome = exchangeGenerations(current->paths());
+    if (outcome.ok()) outcome = exchangeGenerations(paths);
   }
   fill(status, outcome);
   return status.returnCode;
