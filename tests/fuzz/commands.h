@@ -56,8 +56,7 @@ bool areSame(const std::string& a, const std::string& b);
 // are written again.
 bool hasSoundTexts(const std::string& database);
 
-// The bytes of a database of about 30 records, and those of an object chain among them; the same
-// for the same seed.
+// The bytes of a database of two dozen records, the same for the same seed.
 [[nodiscard]] std::string soundDatabase(const Scratch& scratch, std::uint64_t seed = 1);
 // The backup lines of as many.
 [[nodiscard]] std::string soundBackup(std::uint64_t seed);
