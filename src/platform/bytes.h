@@ -25,6 +25,10 @@ namespace orx {
          std::uint32_t{p[3]};
 }
 
+[[nodiscard]] inline std::uint64_t loadBE64(const std::uint8_t* p) {
+  return std::uint64_t{loadBE32(p)} << 32 | loadBE32(p + 4);
+}
+
 inline void storeLE16(std::uint8_t* p, std::uint16_t value) {
   p[0] = static_cast<std::uint8_t>(value);
   p[1] = static_cast<std::uint8_t>(value >> 8);

@@ -190,6 +190,7 @@ Outcome Database::makeSuccessor() {
     return outcome;
   }
   lookUp_.reset();
+  successor_->uncachePrevious(paths_);
   struct stat owner {};
   if (::fstat(base_->fd(), &owner) != 0) return outcomeOfErrno(errno);
   owner.st_mode = S_IRUSR | S_IWUSR | unpublishedMark;

@@ -37,7 +37,12 @@ struct Key {
   }
 
   friend std::strong_ordering operator<=>(const Key& a, const Key& b) {
-    return std::memcmp(a.bytes.data(), b.bytes.data(), keySize) <=> 0;
+    // As memcmp, which takes several times as long.
+    for (const std::size_t at : {0, 8}) {
+      const auto order = loadBE64(a.bytes.data() + at) <=> loadBE64(b.bytes.data() + at);
+      if (order != 0) return order;
+    }
+    return loadBE32(a.bytes.data() + 16) <=> loadBE32(b.bytes.data() + 16);
   }
   friend bool operator==(const Key& a, const Key& b) { return a.bytes == b.bytes; }
 };

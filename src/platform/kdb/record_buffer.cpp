@@ -7,14 +7,6 @@
 
 namespace orx::kdb {
 
-namespace {
-
-std::uint64_t loadBE64(const std::uint8_t* bytes) {
-  return std::uint64_t{loadBE32(bytes)} << 32 | loadBE32(bytes + 4);
-}
-
-}  // namespace
-
 SortKey SortKey::of(const Key& key) {
   const std::uint8_t* bytes = key.bytes.data();
   return {loadBE64(bytes), loadBE64(bytes + 8), loadBE32(bytes + 16)};
@@ -51,6 +43,14 @@ void RecordBuffer::sort() {
 
 const std::uint8_t* RecordBuffer::at(std::size_t index) const {
   return bytes_.data() + std::size_t{entries_[index].place} * entrySize;
+}
+
+void RecordBuffer::prefetch(std::size_t index) const {
+  constexpr std::size_t cacheLine = 64;
+  if (index >= entries_.size()) return;
+  for (std::size_t offset = 0; offset < entrySize; offset += cacheLine) {
+    __builtin_prefetch(at(index) + offset);
+  }
 }
 
 void RecordBuffer::clear() {

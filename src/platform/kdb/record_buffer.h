@@ -43,6 +43,9 @@ class RecordBuffer {
   // Points at the 316 bytes of key and record.
   [[nodiscard]] const std::uint8_t* at(std::size_t index) const;
 
+  // Lets the processor fetch what at(index) points at, if there is such an index.
+  void prefetch(std::size_t index) const;
+
   void clear();
   // Gives its memory back as well.
   void release();

@@ -108,6 +108,7 @@ Outcome Successor::settle() {
   if (outcome.ok()) outcome = runs->startReading();
   if (outcome.ok()) outcome = restartEngine();
   if (outcome.ok()) outcome = appendAll(*runs);
+  release_.close(runs->takeFile());
   // Whatever went wrong, the records are in no order that could be worked with.
   return outcome.ok() || isStorageFailure(outcome.code) ? outcome : inputOutputError;
 }

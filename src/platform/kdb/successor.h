@@ -12,6 +12,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/background_release.h"
 #include "platform/file.h"
 #include "platform/kdb/engine_file.h"
 #include "platform/kdb/key.h"
@@ -46,6 +47,9 @@ class Successor {
   // can be checked exactly when it is opened. Nothing but fd() and keep() may follow.
   [[nodiscard]] Outcome finish();
   [[nodiscard]] int fd() const { return fd_.get(); }
+  // To be called before the rest of a long run: the file that the published database will push
+  // out is freed faster then.
+  void uncachePrevious(const DatabasePaths& paths) { release_.uncache(paths.previous); }
   // The file has got another name; it is no longer removed with the object.
   void keep();
 
@@ -68,6 +72,7 @@ class Successor {
   std::uint64_t inserted_ = 0;
   // Not again once they were merged, which is not to be repeated for every change in turn.
   bool runsAreWorthwhile_ = true;
+  BackgroundRelease release_;
 };
 
 }  // namespace orx::kdb

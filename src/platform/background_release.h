@@ -1,0 +1,34 @@
+// BackgroundRelease: gives up what is no longer needed of large files beside other work. To free
+// the cached pages and blocks of some hundred megabytes takes the time of writing a third of them.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/file.h"
+
+namespace orx {
+
+class BackgroundRelease {
+ public:
+  BackgroundRelease() = default;
+  BackgroundRelease(const BackgroundRelease&) = delete;
+  BackgroundRelease& operator=(const BackgroundRelease&) = delete;
+  // Waits for what was begun.
+  ~BackgroundRelease();
+
+  // Closes a file that may be without a name.
+  void close(UniqueFd fd);
+  // Takes the pages of the file `path`, if there is one, out of the system's cache. What it holds
+  // stays as it is.
+  void uncache(const std::string& path);
+
+ private:
+  void start(std::function<void()> task);
+
+  std::vector<std::thread> threads_;
+};
+
+}  // namespace orx
