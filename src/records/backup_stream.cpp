@@ -6,7 +6,8 @@ namespace orx {
 
 namespace {
 
-constexpr std::size_t batchRecords = 2048;
+// What waits between the two threads fits into a processor's cache.
+constexpr std::size_t batchRecords = 512;
 
 }  // namespace
 
@@ -32,18 +33,16 @@ void BackupStream::close() {
 }
 
 void BackupStream::readBatch(Batch& batch) {
-  batch.records.clear();
-  batch.records.reserve(batchRecords);
-  batch.end = ReadOutcome::line;
-  while (batch.records.size() < batchRecords) {
+  batch.records.resize(batchRecords);
+  for (batch.count = 0; batch.count < batchRecords; ++batch.count) {
     batch.end = reader_.next(line_);
     if (batch.end != ReadOutcome::line) return;
-    line_.buildDataBuffer(batch.records.emplace_back());
+    line_.buildDataBuffer(batch.records[batch.count]);
   }
 }
 
 ReadOutcome BackupStream::next(DataBuffer& record) {
-  while (at_ == current_.records.size()) {
+  while (at_ == current_.count) {
     if (current_.end != ReadOutcome::line) return current_.end;
     at_ = 0;
     if (!ahead_->take(current_)) return ReadOutcome::error;

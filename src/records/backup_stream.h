@@ -36,6 +36,7 @@ class BackupStream {
  private:
   struct Batch {
     std::vector<DataBuffer> records;
+    std::size_t count = 0;                // of `records` that are filled
     ReadOutcome end = ReadOutcome::line;  // what followed the last record, if anything but a line
   };
 
