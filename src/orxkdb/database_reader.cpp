@@ -14,9 +14,14 @@ constexpr auto endOfRecords = static_cast<std::int32_t>(kdb::endOfData.code);
 constexpr auto keyLength = static_cast<std::int32_t>(kdb::keySize);
 constexpr auto recordLength = static_cast<std::int32_t>(kdb::recordSize);
 
+constexpr std::size_t batchRecords = 512;
+// A smaller database is read in less time than a thread takes to start.
+constexpr std::uint64_t worthAThread = 10000;
+
 }  // namespace
 
 DatabaseReader::~DatabaseReader() {
+  ahead_.reset();
   (void)kdb::AbandonDatabase(database_);
 }
 
@@ -31,7 +36,9 @@ Result DatabaseReader::open(const std::string& name) {
 }
 
 Result DatabaseReader::rewind() {
-  count_ = 0;
+  ahead_.emplace([this](Batch& batch) { return fill(batch); });
+  count_ = readCount_ = 0;
+  batch_.count = at_ = 0;
   runProgress().enter("reading", kdb::recordsWhenOpened(database_));
   if (kdb::OpenCursor(database_, nullptr, 0, cursor_) != 0) return lastFailure(name_, database_);
   return {};
@@ -39,29 +46,51 @@ Result DatabaseReader::rewind() {
 
 bool DatabaseReader::next(DataBuffer& record) {
   if (!result_.ok()) return false;
+  if (count_ == 0 && kdb::recordsWhenOpened(database_) > worthAThread) ahead_->start();
+  while (at_ == batch_.count) {
+    result_ = batch_.result;
+    batch_.count = at_ = 0;
+    if (!result_.ok() || !ahead_->take(batch_)) return false;
+  }
+  record = batch_.records[at_++].record;
+  ++count_;
+  runProgress().countRecord();
+  return true;
+}
+
+// Full, and there may be more, or the last.
+bool DatabaseReader::fill(Batch& batch) {
+  batch.records.resize(batchRecords);
+  batch.result = {};
+  for (batch.count = 0; batch.count < batchRecords; ++batch.count) {
+    if (!readRecord(batch.records[batch.count], batch.result)) return false;
+  }
+  return true;
+}
+
+// False at the end and after a failure, which is in `result`.
+bool DatabaseReader::readRecord(StoredRecord& stored, Result& result) {
   std::int32_t length = 0;
   const std::int32_t code =
-      kdb::ReadNextFromCursor(cursor_, 0, record.data(), recordLength, length);
+      kdb::ReadNextFromCursor(cursor_, 0, stored.record.data(), recordLength, length);
   if (code == 0) {
-    ++count_;
-    runProgress().countRecord();
+    (void)kdb::GetCursorKey(cursor_, stored.key.data(), keyLength);
+    ++readCount_;
     return true;
   }
   if (code != endOfRecords) {
-    result_ = lastFailure(name_, database_, " behind its record " + std::to_string(count_));
+    result = lastFailure(name_, database_, " behind its record " + std::to_string(readCount_));
   }
   return false;
 }
 
 bool DatabaseReader::isUnderItsKey(const DataBuffer& record) const {
-  std::array<std::uint8_t, kdb::keySize> key;
-  return kdb::GetCursorKey(cursor_, key.data(), keyLength) == 0 &&
-         std::equal(key.begin(), key.end(), record.data());
+  return std::equal(last().key.begin(), last().key.end(), record.data());
 }
 
 DataBuffer DatabaseReader::storedKey() const {
   DataBuffer key;
-  (void)kdb::GetCursorKey(cursor_, key.data(), keyLength);
+  std::ranges::copy(last().key, key.data());
   return key;
 }
 

@@ -4,15 +4,21 @@
 //   if (Result result = reader.open(name); !result.ok()) return result;
 //   return reader.forEach([&](const DataBuffer& record) -> Result { ... });
 //
-// It reads one whole state of the database, whatever is published meanwhile, and takes no lock.
+// It reads one whole state of the database, whatever is published meanwhile, and takes no lock. Of
+// a database that is worth it, a second thread reads ahead from the first next() on: the database
+// belongs to that thread until next() has said false.
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "orxkdb/result.h"
 #include "platform/kdb.h"
+#include "platform/read_ahead.h"
 #include "records/data_buffer.h"
 
 namespace orx::orxkdb {
@@ -53,9 +59,27 @@ class DatabaseReader {
   }
 
  private:
+  struct StoredRecord {
+    DataBuffer record;
+    std::array<std::uint8_t, kdb::keySize> key{};  // that it is stored under
+  };
+  struct Batch {
+    std::vector<StoredRecord> records;
+    std::size_t count = 0;  // of `records` that are filled
+    Result result;          // why there are no more
+  };
+
+  bool fill(Batch& batch);
+  bool readRecord(StoredRecord& stored, Result& result);
+  [[nodiscard]] const StoredRecord& last() const { return batch_.records[at_ - 1]; }
+
   std::string name_;
   kdb::kdbHandle database_;
   kdb::kdbHandle cursor_;
+  std::uint64_t readCount_ = 0;  // by whoever fills batches
+  std::optional<ReadAhead<Batch>> ahead_;
+  Batch batch_;
+  std::size_t at_ = 0;  // behind the record that next() gave
   std::uint64_t count_ = 0;
   Result result_;
 };
