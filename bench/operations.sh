@@ -30,7 +30,9 @@ orxkdb create both >/dev/null
 
 # read_and_write CELL IN OUT: the least that a command which reads IN and writes OUT has to do.
 # shellcheck disable=SC2016  # the arguments are expanded by the inner shell
-read_and_write() { measured "$1" sh -c 'cat "$1" >/dev/null; dd if="$2" of=dd.out bs=1M conv=fsync' - "$2" "$3"; }
+read_and_write() {
+  measured "$1" sh -c 'cat "$1" >/dev/null; dd if="$2" of=dd.out bs=1M conv=fsync' - "$2" "$3"
+}
 
 for _ in $(seq "$runs"); do
   rm -f copy copy.* a.orx-previous merged.orx-previous out loaded loaded.*
@@ -70,6 +72,8 @@ line dump dump dump_io 3 "reading and writing the files"
 line load load load_io 3 "reading and writing the files"
 line backup backup backup_io 3 "reading and writing the files"
 line diff diff diff_io 3 "reading the two files"
-for peer in copy restore_both pass dump_io load_io backup_io diff_io; do keep_cell "$peer" operation "$peer"; done
+for peer in copy restore_both pass dump_io load_io backup_io diff_io; do
+  keep_cell "$peer" operation "$peer"
+done
 write_results "$results/operations.json" bench operations runs "$runs" records "$kept"
 echo "times of every run in $results/operations.json"

@@ -35,15 +35,18 @@ class Scale:
         return self.start + share * self.length
 
 
+def theme(ground, ink, faint, column):
+    own = "".join(f".p{i}{{color:{program[column]}}}" for i, program in enumerate(PROGRAMS))
+    return f".ground{{fill:{ground}}} text{{fill:{ink}}} .grid{{stroke:{faint}}} {own}"
+
+
 def style():
-    rules = lambda column: "".join(f".p{i}{{--c:{p[column]}}}" for i, p in enumerate(PROGRAMS))
     return f"""<style>
-svg{{--ground:#fff;--ink:#1f2328;--faint:#d1d9e0;font:12px sans-serif}}
-{rules(2)}
-@media (prefers-color-scheme:dark){{svg{{--ground:#0d1117;--ink:#e6edf3;--faint:#30363d}}{rules(3)}}}
-.ground{{fill:var(--ground)}} text{{fill:var(--ink)}} .name{{fill:var(--c)}}
-.grid{{stroke:var(--faint)}} .line{{stroke:var(--c);stroke-width:2;fill:none}}
-.bar{{stroke:var(--c);stroke-width:4;stroke-opacity:.4}} .point{{fill:var(--c)}}
+svg{{font:12px sans-serif}}
+{theme("#ffffff", "#1f2328", "#d1d9e0", 2)}
+@media (prefers-color-scheme:dark){{{theme("#0d1117", "#e6edf3", "#30363d", 3)}}}
+text.name,.point{{fill:currentColor}} .line,.bar{{stroke:currentColor}}
+.line{{stroke-width:2;fill:none}} .bar{{stroke-width:4;stroke-opacity:.4}}
 </style>"""
 
 
@@ -60,7 +63,7 @@ def axes(x, y, sizes, title):
     for power in range(round(y.low), round(y.high) + 1):
         at = y(10.0**power)
         yield f'<path class="grid" d="M{x.start} {at:.1f}H{right}"/>'
-        yield f'<text x="{x.start - 8}" y="{at + 4:.1f}" text-anchor="end">{number(10.0**power)} s</text>'
+        yield f'<text x="{x.start - 8}" y="{at + 4:.1f}" text-anchor="end">{10.0**power:g} s</text>'
     for size in sizes:
         yield f'<path class="grid" d="M{x(size):.1f} {TOP}V{bottom}"/>'
         yield f'<text x="{x(size):.1f}" y="{bottom + 18}" text-anchor="middle">{number(size)}</text>'
@@ -104,7 +107,7 @@ def panel(cells, order, left, y):
     x = Scale(sizes[0] / 1.3, sizes[-1] * 1.3, left + LEFT, WIDTH)
     yield from axes(x, y, sizes, f"Records in {order} order")
     ends = []
-    for i, (name, *_) in enumerate(PROGRAMS):
+    for i, (name, *_) in reversed(list(enumerate(PROGRAMS))):  # the first lies above the others
         own = [cell for cell in cells if cell["program"] == name and cell["order"] == order]
         if not own:
             continue
@@ -112,7 +115,19 @@ def panel(cells, order, left, y):
         yield from drawn
         ends.append(end)
     for place, (_, i) in spread(ends):
-        yield f'<text class="name p{i}" x="{x.start + WIDTH + 8}" y="{place + 4:.1f}">{PROGRAMS[i][1]}</text>'
+        at = f'x="{x.start + WIDTH + 8}" y="{place + 4:.1f}"'
+        yield f'<text class="name p{i}" {at}>{PROGRAMS[i][1]}</text>'
+
+
+def note(results):
+    machine = results["machine"]
+    parts = [
+        f"median, fastest and slowest of {results['runs']} runs",
+        f"{machine['processors']} processors, {machine['file_system']}",
+    ]
+    if any("over_limit" in cell for cell in results["cells"]):
+        parts.append(f"arrow: stopped after {results['peer_limit']} s")
+    return "; ".join(parts)
 
 
 def picture(results):
@@ -122,14 +137,14 @@ def picture(results):
     high = 10.0 ** math.ceil(math.log10(max(times)))
     y = Scale(low, high, TOP + HEIGHT, -HEIGHT)
     orders = list(dict.fromkeys(cell["order"] for cell in cells))
-    width, height = PANEL * len(orders), TOP + HEIGHT + BOTTOM
-    yield f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" width="{width}" height="{height}">'
+    size = PANEL * len(orders), TOP + HEIGHT + BOTTOM
+    width_height = 'width="{}" height="{}"'.format(*size)
+    yield '<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {} {}" {}>'.format(*size, width_height)
     yield "<title>Seconds to load records, result on the disk</title>"
     yield style()
-    yield f'<rect class="ground" width="{width}" height="{height}"/>'
-    machine = results["machine"]
-    note = f'median, fastest and slowest of {results["runs"]} runs; {machine["processors"]} processors, {machine["file_system"]}'
-    yield f'<text x="{LEFT}" y="22">Time until the records are on the disk: {escape(note)}</text>'
+    yield f'<rect class="ground" {width_height}/>'
+    heading = f"Time until the records are on the disk: {note(results)}"
+    yield f'<text x="{LEFT}" y="22">{escape(heading)}</text>'
     for place, order in enumerate(orders):
         yield from panel(cells, order, place * PANEL, y)
     yield "</svg>"

@@ -54,8 +54,12 @@ make_sql() {
     END { print "COMMIT;\n" }' "$1"
 }
 # The peer's own format of binary records, keys and values in turn: the byte FF, the length as a
-# number of 7-bit digits, the bytes. It spares the peer the hexadecimal digits that others read.
-make_flat() { perl -ne 'if (/^ (\w+)/) { $b = pack "H*", $1; print pack "C w a*", 255, length $b, $b }' "$1"; }
+# number of 7-bit digits, the bytes. It is spared the hexadecimal digits that the others read.
+make_flat() {
+  perl -ne 'next unless /^ (\w+)/;
+    $bytes = pack "H*", $1;
+    print pack "C w a*", 255, length $bytes, $bytes' "$1"
+}
 
 make_inputs() { # SIZE ORDER
   sample_lines "$1" 5 "$2" >lines.txt

@@ -48,14 +48,14 @@ class QuietPlace {
   int output_ = -1;
 };
 
-void printMessages(benchmark::State& state) {
+void printOne(benchmark::State& state) {
   const QuietPlace place;
   std::int32_t added = 0;
   for (auto _ : state) printMessage("IDS_MAIN_SEVENTH", ++added);
   state.SetItemsProcessed(state.iterations());
 }
 
-void printMessagesFromOneCatalogue(benchmark::State& state) {
+void printFromCatalogue(benchmark::State& state) {
   const QuietPlace place;
   MessageCatalogue catalogue;
   if (!catalogue.isOpen()) return state.SkipWithError("no message bundle");
@@ -70,9 +70,9 @@ void printErrorLine(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations());
 }
 
-BENCHMARK(printMessages);
-BENCHMARK(printMessagesFromOneCatalogue);
-BENCHMARK(printErrorLine);
+BENCHMARK(printOne)->Name("messages/printMessage");
+BENCHMARK(printFromCatalogue)->Name("messages/printMessageFrom");
+BENCHMARK(printErrorLine)->Name("messages/ErrorMsg");
 
 }  // namespace
 }  // namespace orx::bench

@@ -114,15 +114,15 @@ void findAttribute(benchmark::State& state) {
               [](const std::unique_ptr<CMAttributeSet>& set) { return set->findAttrKey(17, 0); });
 }
 
-BENCHMARK(exportHandle);
-BENCHMARK(exportInheritedHandle);
-BENCHMARK(importHandle);
-BENCHMARK(importInheritedHandle);
-BENCHMARK(handleToHexadecimal);
-BENCHMARK(handleFromHexadecimal);
-BENCHMARK(readAttributeSet);
-BENCHMARK(writeAttributeSet);
-BENCHMARK(findAttribute);
+BENCHMARK(exportHandle)->Name("model/exportHandle");
+BENCHMARK(exportInheritedHandle)->Name("model/exportInheritedHandle");
+BENCHMARK(importHandle)->Name("model/importHandle");
+BENCHMARK(importInheritedHandle)->Name("model/importInheritedHandle");
+BENCHMARK(handleToHexadecimal)->Name("model/handleToHexadecimal");
+BENCHMARK(handleFromHexadecimal)->Name("model/handleFromHexadecimal");
+BENCHMARK(readAttributeSet)->Name("model/readAttributeSet");
+BENCHMARK(writeAttributeSet)->Name("model/writeAttributeSet");
+BENCHMARK(findAttribute)->Name("model/findAttribute");
 
 }  // namespace
 }  // namespace orx::bench

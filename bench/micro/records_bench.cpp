@@ -2,10 +2,13 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <string>
 
 #include "micro/sample.h"
 #include "platform/file.h"
+#include "records/backup_layout.h"
 #include "records/backup_reader.h"
 #include "records/backup_record.h"
 #include "records/merge_tables.h"
@@ -29,7 +32,16 @@ class SampleFile {
   bool isWritten_ = false;
 };
 
-void readLines(benchmark::State& state) {
+// What bench/micro.sh compares everything with.
+void copyLine(benchmark::State& state) {
+  std::array<char, backup_layout::recordWidth> copy{};
+  measureEach(state, sample().lines, sample().text.size(), [&](std::string_view text) {
+    std::memcpy(copy.data(), text.data(), copy.size());
+    return copy.data();
+  });
+}
+
+void readLine(benchmark::State& state) {
   const SampleFile file;
   BackupReader reader;
   CMDatabaseBackupRecord line;
@@ -75,10 +87,11 @@ void recordToLine(benchmark::State& state) {
   });
 }
 
-BENCHMARK(readLines);
-BENCHMARK(lineToRecord);
-BENCHMARK(lineToMergedRecord);
-BENCHMARK(recordToLine);
+BENCHMARK(copyLine)->Name("copyLine");
+BENCHMARK(readLine)->Name("records/readLine");
+BENCHMARK(lineToRecord)->Name("records/lineToRecord");
+BENCHMARK(lineToMergedRecord)->Name("records/lineToMergedRecord");
+BENCHMARK(recordToLine)->Name("records/recordToLine");
 
 }  // namespace
 }  // namespace orx::bench

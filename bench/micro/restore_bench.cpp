@@ -70,6 +70,13 @@ void sortFilledLists(benchmark::State& state, Order order) {
   countRecords(state);
 }
 
+void sortSorted(benchmark::State& state) {
+  sortFilledLists(state, Order::key);
+}
+void sortShuffled(benchmark::State& state) {
+  sortFilledLists(state, Order::random);
+}
+
 void gatherObjects(benchmark::State& state) {
   RecordLists lists;
   for (auto _ : state) {
@@ -82,10 +89,10 @@ void gatherObjects(benchmark::State& state) {
   countRecords(state);
 }
 
-BENCHMARK(fillLists)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(sortFilledLists, key, Order::key)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(sortFilledLists, random, Order::random)->Unit(benchmark::kMillisecond);
-BENCHMARK(gatherObjects)->Unit(benchmark::kMillisecond);
+BENCHMARK(fillLists)->Name("restore/fillLists");
+BENCHMARK(sortSorted)->Name("restore/sortLists, in key order");
+BENCHMARK(sortShuffled)->Name("restore/sortLists, in random order");
+BENCHMARK(gatherObjects)->Name("restore/gatherObjects");
 
 }  // namespace
 }  // namespace orx::bench

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "model/config_handle.h"
@@ -29,14 +30,16 @@ enum class Order { key, random };
 [[nodiscard]] std::vector<DataBuffer> sampleRecords(std::uint32_t objects, Order order);
 
 // One iteration is `work` for each item; what it returns is kept alive. `bytes` counts what the
-// work on all items reads or writes.
+// work on all items reads or writes; 0: that would say nothing.
 template <typename Items, typename Work>
 void measureEach(benchmark::State& state, const Items& items, std::size_t bytes, Work work) {
   for (auto _ : state) {
     for (const auto& item : items) benchmark::DoNotOptimize(work(item));
   }
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(items.size()));
-  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));
+  if (bytes > 0) {
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));
+  }
 }
 
 }  // namespace orx::bench
