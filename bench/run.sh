@@ -134,7 +134,7 @@ times_as_slow() {
 
 print_row() {
   local peer
-  printf '%8d %-7s %7.2f s %5.1f MB %7.2f s %6.2f |' "$size" "$order" "$(median orxrestore)" \
+  printf '%8d %-7s %8.3f s %5.1f MB %8.3f s %6.2f |' "$size" "$order" "$(median orxrestore)" \
     "$(peak_mb orxrestore)" "$(median dd)" "$(ratio orxrestore dd)"
   for peer in "${peers[@]}"; do printf '%11s' "$(times_as_slow "$peer")"; done
   echo
@@ -148,7 +148,7 @@ keep_cells() {
   done
 }
 
-echo "records order     restore  private    dd+sync  ratio | times as slow:"
+echo " records order      restore  private    dd+sync  ratio | times as slow:"
 printf '%54s |' ""
 printf '%11s' "${all_peers[@]}"
 echo
