@@ -12,7 +12,6 @@ options="runs objects" limit=50
 runs=20 objects=1000
 take_options "$@"
 
-scripts/setup.sh "${build_packages[@]}"
 build_bench
 enter_scratch
 

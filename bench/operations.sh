@@ -1,19 +1,20 @@
 #!/usr/bin/env bash
 # Measures the other operations beside the least that they have to do: reading a database once,
-# writing it once as a copy, restoring as many records. Prints medians and ratios.
+# writing it once as a copy, restoring as many records. Prints medians and ratios, and leaves
+# operations.json with the time of every run in the directory of the results.
 #
-#   bench/operations.sh [--runs N] [--records N]
+#   bench/operations.sh [--runs N] [--records N] [--results DIRECTORY]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
 . bench/common.sh
 
-options="runs records"
-runs=7 records=1000000
+options="runs records results"
+runs=7 records=1000000 results=build/results
 take_options "$@"
 
-scripts/setup.sh "${build_packages[@]}"
 build_bench
+use_results "$results"
 enter_scratch
 
 orxkdb sample --objects $((records * 100 / 115)) --seed 5 >a.txt
@@ -27,8 +28,11 @@ orxkdb backup merged both.txt >/dev/null
 orxkdb dump a a.dump >/dev/null
 orxkdb create both >/dev/null
 
-# The least that a command which reads IN and writes OUT has to do.
-read_and_write() { measured "$1" sh -c 'cat "$1" >/dev/null; dd if="$2" of=dd.out bs=1M conv=fsync' - "$2" "$3"; }
+# read_and_write CELL IN OUT: the least that a command which reads IN and writes OUT has to do.
+# shellcheck disable=SC2016  # the arguments are expanded by the inner shell
+read_and_write() {
+  measured "$1" sh -c 'cat "$1" >/dev/null; dd if="$2" of=dd.out bs=1M conv=fsync' - "$2" "$3"
+}
 
 for _ in $(seq "$runs"); do
   rm -f copy copy.* a.orx-previous merged.orx-previous out loaded loaded.*
@@ -53,15 +57,23 @@ for _ in $(seq "$runs"); do
   rm -f dd.out
 done
 
-line() { # NAME CELL PEER WHAT
-  printf '%-10s %7.2f s %8s MB  %6s times %s\n' "$1" "$(median "$2")" "$(peak_mb "$2")" "$(ratio "$2" "$3")" "$4"
+line() { # NAME CELL PEER GOAL WHAT: the goal is the greatest ratio that is wanted
+  printf '%-10s %7.2f s %8s MB  %6s times %s (goal %s)\n' "$1" "$(median "$2")" "$(peak_mb "$2")" \
+    "$(ratio "$2" "$3")" "$5" "$4"
+  keep_cell "$2" operation "$2" peer "$3" ratio "$(ratio "$2" "$3")" goal "$4"
 }
-echo "$(wc -l <a.txt) records, $runs runs"
-line "-u" use_count copy "reading it once with a cursor and writing a copy (goal 3)"
-line "-m" merge restore_both "a replace restore of what comes out (goal 3)"
-line plan plan merge "the merge (goal 1)"
-line check check pass "reading it once with a cursor (goal 4)"
-line dump dump dump_io "reading and writing the files (goal 3)"
-line load load load_io "reading and writing the files (goal 3)"
-line backup backup backup_io "reading and writing the files (goal 3)"
-line diff diff diff_io "reading the two files (goal 3)"
+kept=$(wc -l <a.txt)
+echo "$kept records, $runs runs"
+line "-u" use_count copy 3 "reading it once with a cursor and writing a copy"
+line "-m" merge restore_both 3 "a replace restore of what comes out"
+line plan plan merge 1 "the merge"
+line check check pass 4 "reading it once with a cursor"
+line dump dump dump_io 3 "reading and writing the files"
+line load load load_io 3 "reading and writing the files"
+line backup backup backup_io 3 "reading and writing the files"
+line diff diff diff_io 3 "reading the two files"
+for peer in copy restore_both pass dump_io load_io backup_io diff_io; do
+  keep_cell "$peer" operation "$peer"
+done
+write_results "$results/operations.json" bench operations runs "$runs" records "$kept"
+echo "times of every run in $results/operations.json"

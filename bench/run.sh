@@ -1,74 +1,172 @@
 #!/usr/bin/env bash
 # Measures the replace restore beside what an operator would use instead and beside what the disk can
-# do, all in one run on one machine, and prints medians and ratios. Installs the peers.
+# do, all in one run on one machine. Prints medians and ratios, and leaves restore.json, with the
+# time of every run, and restore.svg, a picture of it, in the directory of the results. Installs the
+# peers. All four sizes need 25 GB of disk.
 #
 #   bench/run.sh [--runs N] [--sizes "10000 100000 1000000 4000000"] [--orders "key random"]
-#                [--peers-up-to RECORDS]
+#                [--peer-limit SECONDS] [--peers-up-to RECORDS] [--results DIRECTORY]
 #
-# Every cell is the median of N runs (5) taken in turn, so that a slow minute of the machine meets
-# all of them. A restore works on a database that already holds as many records as it will get.
+# Every cell is the median of N runs (7) taken in turn, so that a slow minute of the machine meets
+# all of them. Before a run its input is read once, and what others wrote is on the disk. A restore
+# works on a database that already holds as many records as it will get; each time ends with the
+# result on the disk.
+#
+# A peer that takes longer than the limit (300 s) is stopped; its cell says ">" and how many times as
+# slow the limit alone is. It is not run again in that cell, nor with more records in that order.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
 . bench/common.sh
 
-options="runs sizes orders peers_up_to"
-runs=5 sizes="10000 100000 1000000 4000000" peers_up_to=1000000 orders="key random"
+options="runs sizes orders peer_limit peers_up_to results"
+runs=7 sizes="10000 100000 1000000 4000000" orders="key random"
+peer_limit=300 peers_up_to=4000000 results=build/results
 take_options "$@"
+sizes=$(tr ' ' '\n' <<<"$sizes" | sort -n | xargs)
 
-scripts/setup.sh "${build_packages[@]}" db5.3-util lmdb-utils sqlite3 gawk
+scripts/setup.sh "${peer_packages[@]}"
 build_bench
+use_results "$results"
+picture=$PWD/bench/picture.py
 enter_scratch
 
-make_sql() { # the records of a dump as one transaction of SQL
-  gawk 'BEGIN { print "PRAGMA synchronous=FULL; CREATE TABLE r(k BLOB PRIMARY KEY, v BLOB) WITHOUT ROWID; BEGIN;" }
-    /^ / { sub(/^ /, ""); if (!key) { key = $0 } else {
-      printf "INSERT INTO r VALUES(x\x27%s\x27,x\x27%s\x27);\n", key, $0; key = "" } }
-    END { print "COMMIT;" }' "$1"
+all_peers=(db5.3_load mdb_load sqlite3 tkrzw)
+declare -A input=([orxrestore]=lines.txt [dd]=db
+  [db5.3_load]=dump.txt [mdb_load]=mdb.txt [sqlite3]=sql.txt [tkrzw]=records.flat)
+declare -A over # "PEER ORDER": it took longer than the limit
+
+# The entries of a dump in another order, two lines each; sorted by numbers in front of them, on
+# disk where memory does not hold them.
+shuffle_entries() {
+  sed -n 1,4p "$1"
+  sed '1,4d; $d' "$1" | paste -d' ' - - | perl -ne 'BEGIN { srand 1 } printf "%.12f%s", rand, $_' |
+    LC_ALL=C sort -k 1,1 | awk '{ print " " $2; print " " $3 }'
+  echo DATA=END
+}
+# One transaction. sqlite3 makes its own commit durable.
+make_sql() {
+  perl -ne 'BEGIN { print "PRAGMA synchronous=FULL;",
+                          "CREATE TABLE r(k BLOB PRIMARY KEY, v BLOB) WITHOUT ROWID; BEGIN;\n" }
+    next unless /^ (\w+)/;
+    if ($key) { print "INSERT INTO r VALUES(x\x27$key\x27,x\x27$1\x27);\n"; $key = "" }
+    else { $key = $1 }
+    END { print "COMMIT;\n" }' "$1"
+}
+# The peer's own format of binary records, keys and values in turn: the byte FF, the length as a
+# number of 7-bit digits, the bytes. It is spared the hexadecimal digits that the others read.
+make_flat() {
+  perl -ne 'next unless /^ (\w+)/;
+    $bytes = pack "H*", $1;
+    print pack "C w a*", 255, length $bytes, $bytes' "$1"
 }
 
-echo "records order   restore  private   dd+sync  ratio | db5.3_load mdb_load sqlite3 (times as slow)"
+make_inputs() { # SIZE ORDER
+  sample_lines "$1" 5 "$2" >lines.txt
+  orxkdb create db >/dev/null
+  orxrestore -i lines.txt -o db >/dev/null
+  [ "${#peers[@]}" -gt 0 ] || return 0
+  orxkdb dump db - >dump.txt
+  if [ "$2" = random ]; then
+    shuffle_entries dump.txt >dump.shuffled
+    mv dump.shuffled dump.txt
+  fi
+  sed '3a mapsize=17179869184' dump.txt >mdb.txt
+  make_sql dump.txt >sql.txt
+  make_flat dump.txt >records.flat
+}
+
+# run_program NAME: mdb_load syncs every 100 records, db5.3_load at its end; tkrzw does not sync.
+run_program() {
+  local cell=$1
+  case $cell in
+    orxrestore) measured "$cell" orxrestore -i lines.txt -o db ;;
+    dd) measured "$cell" dd if=db of=dd.out bs=1M conv=fsync ;;
+    db5.3_load) measured "$cell" db5.3_load -f dump.txt db5.3_load.out ;;
+    mdb_load) measured "$cell" mdb_load -n -f mdb.txt mdb_load.out ;;
+    sqlite3) measured "$cell" sqlite3 sqlite3.out ".read sql.txt" ;;
+    tkrzw)
+      measure_options="${measure_options-} --sync tkrzw.out"
+      measured "$cell" tkrzw_dbm_util import --dbm tree tkrzw.out records.flat
+      ;;
+  esac
+}
+
+# How many records a program's result holds; for dd, as many as the file that it copied.
+records_in() {
+  case $1 in
+    orxrestore) orxkdb stat db | sed -n 's/^records: //p' ;;
+    dd) cmp -s db dd.out && echo "$size" ;;
+    db5.3_load) db5.3_stat -d db5.3_load.out | awk '/unique keys in the tree/ { print $1 }' ;;
+    mdb_load) mdb_stat -n mdb_load.out | awk '/Entries:/ { print $2 }' ;;
+    sqlite3) sqlite3 sqlite3.out 'SELECT count(*) FROM r' ;;
+    tkrzw) tkrzw_dbm_util inspect --dbm tree tkrzw.out num_records ;;
+  esac
+}
+
+# turn NAME: one run of a program; a result that is not whole ends the bench.
+turn() {
+  local found
+  cat "${input[$1]}" >/dev/null
+  run_program "$1" || return
+  found=$(records_in "$1") || true
+  [ "$found" = "$size" ] || {
+    echo "$1 made ${found:-no} records of $size" >&2
+    exit 1
+  }
+  rm -f "$1".out*
+}
+
+peer_turn() { # NAME
+  [ -z "${over[$1 $order]-}" ] || return 0
+  measure_options="--limit $peer_limit" turn "$1" || over[$1 $order]=yes
+  rm -f "$1".out*
+}
+
+# How many times as slow a peer is.
+times_as_slow() {
+  if [ -n "${over[$1 $order]-}" ]; then
+    awk -v limit="$peer_limit" -v own="$(median orxrestore)" 'BEGIN { printf ">%.1f", limit / own }'
+  else
+    awk -v peer="$(median "$1")" -v own="$(median orxrestore)" 'BEGIN { printf "%.1f", peer / own }'
+  fi
+}
+
+print_row() {
+  local peer
+  printf '%8d %-7s %8.3f s %5.1f MB %8.3f s %6.2f |' "$size" "$order" "$(median orxrestore)" \
+    "$(peak_mb orxrestore)" "$(median dd)" "$(ratio orxrestore dd)"
+  for peer in "${peers[@]}"; do printf '%11s' "$(times_as_slow "$peer")"; done
+  echo
+}
+
+keep_cells() {
+  local program
+  for program in orxrestore dd "${peers[@]}"; do
+    keep_cell "$program" records "$size" order "$order" program "$program" \
+      ${over[$program $order]:+over_limit "$peer_limit"}
+  done
+}
+
+echo " records order      restore  private    dd+sync  ratio | times as slow:"
+printf '%54s |' ""
+printf '%11s' "${all_peers[@]}"
+echo
 for size in $sizes; do
   for order in $orders; do
-    rm -f -- *.times db db.* dd.out
-    sample_lines "$size" 5 "$order" >"$order.txt"
-    orxkdb create db >/dev/null
-    orxrestore -i "$order.txt" -o db >/dev/null
-    orxdump() { orxkdb dump db -; }
-    with_peers=0
-    if [ "$size" -le "$peers_up_to" ]; then
-      with_peers=1
-      orxdump >dump.txt
-      if [ "$order" = random ]; then # the entries in another order, two lines each
-        { sed -n 1,4p dump.txt; sed '1,4d;$d' dump.txt | paste -d' ' - - |
-          shuf --random-source=<(yes) | awk '{print " " $1; print " " $2}'; echo DATA=END; } >dump.shuffled
-        mv dump.shuffled dump.txt
-      fi
-      sed '3a mapsize=17179869184' dump.txt >mdb.txt
-      make_sql dump.txt >sql.txt
-    fi
+    rm -rf "$work/cell" && mkdir "$work/cell" && cd "$work/cell"
+    peers=()
+    [ "$size" -gt "$peers_up_to" ] || peers=("${all_peers[@]}")
+    make_inputs "$size" "$order"
     for _ in $(seq "$runs"); do
-      measured restore orxrestore -i "$order.txt" -o db
-      measured dd dd if=db of=dd.out bs=1M conv=fsync
-      rm -f dd.out
+      turn orxrestore
+      turn dd
+      for peer in "${peers[@]}"; do peer_turn "$peer"; done
     done
-    if [ $with_peers -eq 1 ]; then
-      for _ in $(seq "$(((runs + 1) / 2))"); do
-        rm -f bdb.db mdb.db mdb.db-lock sql.db
-        measured bdb db5.3_load -f dump.txt bdb.db
-        measured mdb mdb_load -n -f mdb.txt mdb.db
-        measured sqlite sqlite3 sql.db ".read sql.txt"
-        measured restore orxrestore -i "$order.txt" -o db
-      done
-    fi
-    restore=$(median restore) dd=$(median dd)
-    printf '%8d %-7s %6.2f s %5.1f MB %7.2f s %6.2f |' "$size" "$order" "$restore" \
-      "$(peak_mb restore)" "$dd" "$(ratio restore dd)"
-    if [ $with_peers -eq 1 ]; then
-      awk -v r="$restore" -v b="$(median bdb)" -v m="$(median mdb)" -v s="$(median sqlite)" \
-        'BEGIN {printf " %10.1f %8.1f %7.1f\n", b / r, m / r, s / r}'
-    else
-      echo
-    fi
+    print_row
+    keep_cells
   done
 done
+write_results "$results/restore.json" bench restore runs "$runs" peer_limit "$peer_limit"
+"$picture" "$results/restore.json" >"$results/restore.svg"
+echo "times of every run in $results/restore.json, a picture in restore.svg beside it"

@@ -4,3 +4,5 @@ build_packages=(g++ cmake ninja-build liblmdb-dev libicu-dev icu-devtools zlib1g
 check_packages=(clang-format clang-tidy db5.3-util fish groff-base lmdb-utils man-db valgrind xz-utils zsh zstd)
 fuzz_packages=(clang libclang-rt-dev)
 package_packages=(debootstrap dpkg-dev file)
+bench_packages=(libbenchmark-dev)
+peer_packages=(db5.3-util lmdb-utils python3 sqlite3 tkrzw-utils)

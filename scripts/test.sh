@@ -53,7 +53,7 @@ run_tests() {
   fi
 }
 
-sources() { git ls-files -- 'src/*.h' 'src/*.cpp' 'tests/*.h' 'tests/*.cpp' 'bench/*.cpp'; }
+sources() { git ls-files -- 'src/*.h' 'src/*.cpp' 'tests/*.h' 'tests/*.cpp' 'bench/*.h' 'bench/*.cpp'; }
 check_format() { sources | xargs -r clang-format --dry-run --Werror; }
 # The compiler's warnings are those of the build; the two that only clang has are left out.
 check_lint() {
