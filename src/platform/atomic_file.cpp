@@ -23,7 +23,7 @@ int removeStale(const std::string& path) {
   const UniqueFd stale = openFile(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   if (!stale.valid()) return errno == ENOENT ? 0 : errno == ELOOP ? EEXIST : errno;
   if (const int error = lockFile(stale.get()); error != 0) return busyOr(error);
-  if (!leadsTo(path, stale.get())) return EBUSY;
+  if (const int error = checkLeadsTo(path, stale.get(), EBUSY); error != 0) return error;
   bool marked = false;
   if (const int error = isMarked(stale.get(), marked); error != 0) return error;
   return marked ? removeFile(path) : EEXIST;
@@ -46,7 +46,7 @@ int AtomicFile::open(const std::string& target) {
   if (const int error = removeStale(temporary); error != 0) return error;
   if (const int error = create(temporary); error != 0) return error == EEXIST ? EBUSY : error;
   if (const int error = lockFile(fd_.get()); error != 0) return busyOr(error);
-  if (!leadsTo(temporary, fd_.get())) return EBUSY;
+  if (const int error = checkLeadsTo(temporary, fd_.get(), EBUSY); error != 0) return error;
   if (!replaces) return 0;
   existing.st_mode |= unpublishedMark;
   return setModeAndOwner(fd_.get(), existing);
@@ -77,7 +77,7 @@ int AtomicFile::publish() {
   runProgress().enter("syncing");
   if (const int error = syncFile(fd_.get()); error != 0) return error;
   CriticalStep step;
-  if (!leadsTo(temporary_, fd_.get())) return EBUSY;
+  if (const int error = checkLeadsTo(temporary_, fd_.get(), EBUSY); error != 0) return error;
   if (const int error = renameFile(temporary_, target_, false); error != 0) return error;
   step.notePublished();
   step.leaveAlone(temporary_);

@@ -94,6 +94,10 @@ const std::vector<Operation>& operations() {
        .program = "orxrestore",
        .arguments = {"-i", "backup.txt", "-o", "db"},
        .exchangeFails = true},
+      {.name = "restore-behind-kill",
+       .program = "orxrestore",
+       .arguments = {"-i", "backup.txt", "-o", "db"},
+       .behindKill = true},
       {.name = "merge",
        .program = "orxrestore",
        .arguments = {"-i", "backup.txt", "-m", "db"},
@@ -176,6 +180,10 @@ void Scene::copyTo(const fs::path& directory) const {
     if (entry.is_regular_file()) fs::copy_file(entry.path(), copy);
     if (entry.is_directory() && !isMade) fs::create_directory_symlink(entry.path(), copy);
   }
+  if (!operation_.behindKill) return;
+  const fs::path database = directory / operation_.target;
+  fs::rename(database.string() + previousSuffix, database.string() + successorSuffix);
+  fs::permissions(database, fs::perms::sticky_bit, fs::perm_options::add);
 }
 
 TracedProgram Scene::program(const fs::path& directory) const {
@@ -209,7 +217,8 @@ std::string Scene::faultInGenerations(const fs::path& directory, bool isNew) con
   }
   const bool gone = operation_.exchangeFails && previous == absent;
   const bool again = (operation_.exchangeFails || operation_.mayRewrite) && previous == before_;
-  return previous == previous_ || gone || again
+  const bool waits = operation_.behindKill && previous == absent && successor == previous_;
+  return previous == previous_ || gone || again || waits
              ? ""
              : "the database is old and its previous generation changed; ";
 }
@@ -227,7 +236,8 @@ std::string Scene::faultInFiles(const fs::path& directory, bool isNew,
                          name == bundle || name == operation_.target + previousSuffix;
     const bool isSuccessor = name == operation_.target + successorSuffix;
     if (!isKnown && !isSuccessor) faults += name + " is left behind; ";
-    if (isSuccessor && !isNew && !mayLeaveSuccessor) faults += name + " is left behind; ";
+    const bool waits = operation_.behindKill && contentOf(entry.path(), true) == previous_;
+    if (isSuccessor && !isNew && !mayLeaveSuccessor && !waits) faults += name + " is left behind; ";
   }
   return faults;
 }
@@ -236,6 +246,9 @@ std::string Scene::faultInWords(const TracedResult& result, bool isNew) const {
   // How the programs say that the change is made although the run failed.
   static const std::vector<const char*> told{"has what the run did", "the database is made",
                                              "has its new contents", "has its name"};
+  static const std::vector<const char*> denied{"is unchanged", "is as it was"};
+  // What is no reason here.
+  static const std::vector<const char*> wrong{"InUse", "NotFound", "Authority", "Format"};
   if (result.signal != 0) return "ended by signal " + std::to_string(result.signal) + "; ";
   if (result.exitCode == 0) {
     return isNew ? "" : "exit code 0 and nothing is changed; ";
@@ -248,6 +261,10 @@ std::string Scene::faultInWords(const TracedResult& result, bool isNew) const {
   if (isNew != hasAny(result.errors, told)) {
     return std::string("exit code ") + std::to_string(result.exitCode) + ", " +
            (isNew ? "new" : "old") + ", and standard error says something else; ";
+  }
+  if (hasAny(result.output + result.errors, wrong)) return "another reason is told; ";
+  if (result.exitCode == 6 && !isNew && !hasAny(result.errors, denied)) {
+    return "exit code 6, old, and standard error does not say so; ";
   }
   return "";
 }

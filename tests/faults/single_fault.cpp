@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "tests/faults/system_calls.h"
+
 namespace orx::faults {
 
 namespace {
@@ -16,6 +18,16 @@ bool mayLeaveSuccessor(const FaultCase& fault, const TracedResult& result) {
   if (fault.call > result.calls.size()) return false;
   const std::string name = nameOf(result.calls[fault.call - 1]);
   return name == "unlink" || name.find("stat") != std::string::npos;
+}
+
+// What the system does not or by halves has to be done to its end. The engine gives up.
+std::string faultInRetry(const FaultCase& fault, const TracedResult& result) {
+  if (!result.isDisturbed || result.exitCode == 0) return "";
+  const SystemCall& call = result.calls[fault.call - 1];
+  if (isEnginesOwn(call)) return "";
+  if (fault.fault == Fault::interrupted && mayBeInterrupted(call)) return "it is not repeated; ";
+  if (fault.fault == Fault::partly) return "the rest is not done; ";
+  return "";
 }
 
 std::string describe(const FaultCase& fault, const TracedResult& result) {
@@ -52,9 +64,10 @@ CaseOutcome runFaultCase(const Scene& scene, const FaultCase& fault) {
       scene.faultInFiles(directory.path(), *isNew, mayLeaveSuccessor(fault, result));
   const bool wasKilled = kills(fault.fault) && result.signal == SIGKILL;
   if (!wasKilled) faults += scene.faultInWords(result, *isNew);
+  faults += faultInRetry(fault, result);
   faults += scene.faultInNextRun(directory.path(), *isNew, fault.call % 2 == 0);
   if (!faults.empty()) faults = describe(fault, result) + faults + "\n" + result.errors;
-  return {.isNew = *isNew, .faults = std::move(faults)};
+  return {.isNew = *isNew, .faults = std::move(faults), .isMissed = !result.isDisturbed};
 }
 
 }  // namespace orx::faults
