@@ -165,6 +165,7 @@ Scene::Scene(const Operation& operation) : operation_(operation), start_(sharedS
   const TracedResult first = runTraced(program(directory.path()));
   calls_ = first.calls;
   after_ = content(directory.path());
+  permissions_ = permissions(directory.path());
   const Run second = runUndisturbed(directory.path(), true);
   afterAgain_ = content(directory.path());
   if (first.exitCode != 0 || second.exitCode != 0 || before_ == after_) {
@@ -198,6 +199,11 @@ std::string Scene::content(const fs::path& directory) const {
   return contentOf(directory / operation_.target, operation_.isDatabase);
 }
 
+unsigned Scene::permissions(const fs::path& directory) const {
+  const fs::path target = directory / operation_.target;
+  return static_cast<unsigned>(fs::status(target).permissions() & fs::perms::all);
+}
+
 std::optional<bool> Scene::isNew(const fs::path& directory) const {
   const std::string found = content(directory);
   if (found == before_) return false;
@@ -227,6 +233,9 @@ std::string Scene::faultInFiles(const fs::path& directory, bool isNew,
                                 bool mayLeaveSuccessor) const {
   std::string faults;
   if (operation_.isDatabase) faults += faultInGenerations(directory, isNew);
+  if (fs::exists(directory / operation_.target) && permissions(directory) != permissions_) {
+    faults += "the permissions changed; ";
+  }
   for (const auto& [name, content] : inputContents_) {
     if (test::readFile(directory / name) != content) faults += name + " changed; ";
   }

@@ -62,6 +62,7 @@ class Scene {
                                            bool undone) const;
 
  private:
+  [[nodiscard]] unsigned permissions(const std::filesystem::path& directory) const;
   [[nodiscard]] std::string content(const std::filesystem::path& directory) const;
   [[nodiscard]] std::string faultInUndo(const std::filesystem::path& directory) const;
   [[nodiscard]] std::string faultInGenerations(const std::filesystem::path& directory,
@@ -80,6 +81,7 @@ class Scene {
   std::string previous_;  // before the run
   std::string after_;
   std::string afterAgain_;
+  unsigned permissions_ = 0;         // of the target, when it was made
   std::vector<std::string> inputs_;  // names and contents that never change
   std::map<std::string, std::string> inputContents_;
 };

@@ -160,6 +160,15 @@ bool isEnginesOwn(const SystemCall& call) {
   return (flags & O_ACCMODE) != O_RDONLY && (flags & (O_EXCL | O_DIRECTORY)) == 0;
 }
 
+bool syncs(const SystemCall& call) {
+  return isOneOf(call, {SYS_fsync, SYS_fdatasync});
+}
+
+bool isStep(const SystemCall& call) {
+  return syncs(call) || isOneOf(call, {SYS_rename, SYS_renameat2, SYS_link, SYS_unlink, SYS_fchmod,
+                                       SYS_ftruncate, SYS_flock});
+}
+
 std::vector<long> tracedNumbers() {
   std::vector<long> numbers;
   for (const Description& description : descriptions) numbers.push_back(description.number);
