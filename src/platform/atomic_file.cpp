@@ -38,9 +38,12 @@ AtomicFile::~AtomicFile() {
 }
 
 int AtomicFile::open(const std::string& target) {
-  target_ = resolvePath(target).value_or(target);
+  const auto resolved = resolvePath(target);
+  if (!resolved.has_value() && errno != ENOENT) return errno;
+  target_ = resolved.value_or(target);
   struct stat existing {};
   const bool replaces = ::stat(target_.c_str(), &existing) == 0;
+  if (!replaces && errno != ENOENT) return errno;  // what cannot be looked at is not replaced
   if (replaces && !S_ISREG(existing.st_mode)) return S_ISDIR(existing.st_mode) ? EISDIR : EEXIST;
   const std::string temporary = target_ + ".orx-new";
   if (const int error = removeStale(temporary); error != 0) return error;
