@@ -31,18 +31,18 @@ run_part() {
     wait "$shard" || status=1
   done
   echo "== $part, $directory"
-  awk '/ cases, .* new, .* faults$/ {
+  awk '/ cases, .* new, .* missed, .* faults$/ {
          key = $2 " " $3
          if (!(key in cases)) order[++keys] = key
-         cases[key] += $4; changed[key] += $6; faults[key] += $8; total += $4; bad += $8
+         cases[key] += $4; changed[key] += $6; missed[key] += $8; faults[key] += $10; total += $4; bad += $10
          next
        }
        { print }
        END {
          for (i = 1; i <= keys; ++i) {
            split(order[i], name, " ")
-           printf "%-17s %-17s %6d cases %6d new %4d faults\n", name[1], name[2],
-                  cases[order[i]], changed[order[i]], faults[order[i]]
+           printf "%-17s %-17s %6d cases %6d new %4d missed %4d faults\n", name[1],
+                  name[2], cases[order[i]], changed[order[i]], missed[order[i]], faults[order[i]]
          }
          printf "%d cases, %d faults", total, bad
        }' "$logs"/*

@@ -65,8 +65,8 @@ void sayOutOfMemory(bool published) {
   writeIfTaken(STDERR_FILENO,
                published ? "orxrestore: out of memory behind the change; the database has what the "
                            "run did, \"orxkdb undo\" takes it back\n"
-                         : "orxrestore: out of memory, the run has ended; free memory and run it "
-                           "again\n");
+                         : "orxrestore: out of memory; the database is unchanged; free memory and "
+                           "run this again\n");
 }
 
 void leaveOutOfMemory(bool published) {

@@ -31,11 +31,15 @@ Result putBundle(const std::string& directory) {
   }
   const std::string bundle = directory + "/" + bundleName;
   std::error_code error;
-  std::filesystem::create_directory(bundle, error);
+  const bool isNew = std::filesystem::create_directory(bundle, error);
   if (error) {
     const int number = error.value() == EEXIST ? ENOTDIR : error.value();  // a file has the name
     return fileFailure(exitNotOpened, "the directory of the messages cannot be made", bundle,
                        number);
+  }
+  if (const int failed = isNew ? syncDirectory(directory) : 0; failed != 0) {
+    return fileFailure(exitFailed, "the directory of the messages cannot be written", bundle,
+                       failed);
   }
   for (const BundleFile& file : bundleFiles()) {
     const std::string path = bundle + "/" + std::string(file.name);

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "orxkdb/database_reader.h"
 #include "orxkdb/dump_reader.h"
@@ -70,13 +71,19 @@ class LoadedDatabase {
   kdb::kdbHandle handle_;
 };
 
+// A disk that fails says nothing of the database.
+Result withState(Result ofDump) {
+  if (ofDump.code == exitFailed) ofDump.addHint("the database is as it was");
+  return ofDump;
+}
+
 Result addAll(DumpReader& dump, LoadedDatabase& database) {
   DataBuffer record;
   while (dump.next(record)) {
     if (Result result = database.add(record, dump); !result.ok()) return result;
     runProgress().countRecord();
   }
-  return dump.result();
+  return withState(dump.result());
 }
 
 // Reads back what was published.
@@ -112,7 +119,7 @@ Result load(const LoadOptions& options) {
   }
   DumpReader dump;
   if (Result result = dump.open(options.file); !result.ok()) return result;
-  if (Result result = dump.readHeader(); !result.ok()) return result;
+  if (Result result = dump.readHeader(); !result.ok()) return withState(std::move(result));
   LoadedDatabase database;
   if (Result result = database.open(options); !result.ok()) return result;
   runProgress().enterFile("adding", options.file);

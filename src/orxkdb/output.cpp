@@ -124,6 +124,8 @@ Result Output::writeFailure(int error) const {
   Result failure = fileFailure(exitFailed, what, name_, error);
   if (file_.isPublished()) {
     failure.addHint("the file has its new contents, which a power failure may still take back");
+  } else {
+    failure.addHint("the file is as it was");
   }
   return failure;
 }

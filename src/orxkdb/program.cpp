@@ -134,7 +134,8 @@ void reportFailure(const Result& result) {
 void reportOutOfMemory(bool asJson) {
   constexpr const char* document =
       R"({"format": "orxkdb-failure", "version": 1, "code": 6, )"
-      R"("text": "memory ran out, the run has ended", "hint": "free memory and run it again"})"
+      R"("text": "memory ran out, no database and no file was changed", )"
+      R"("hint": "free memory and run this again"})"
       "\n";
   constexpr const char* documentBehind =
       R"({"format": "orxkdb-failure", "version": 1, "code": 6, )"
@@ -144,7 +145,8 @@ void reportOutOfMemory(bool asJson) {
   if (asJson && !hasWrittenStandardOutput()) say(isPublished ? documentBehind : document);
   (void)std::fputs(
       isPublished ? "orxkdb: memory ran out behind the change, the result has its name already\n"
-                  : "orxkdb: memory ran out, the run has ended, free memory and run it again\n",
+                  : "orxkdb: memory ran out, no database and no file was changed, free memory and "
+                    "run this again\n",
       stderr);
 }
 

@@ -23,7 +23,7 @@ int removeStale(const std::string& path) {
   const UniqueFd stale = openFile(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   if (!stale.valid()) return errno == ENOENT ? 0 : errno == ELOOP ? EEXIST : errno;
   if (const int error = lockFile(stale.get()); error != 0) return busyOr(error);
-  if (!leadsTo(path, stale.get())) return EBUSY;
+  if (const int error = checkLeadsTo(path, stale.get(), EBUSY); error != 0) return error;
   bool marked = false;
   if (const int error = isMarked(stale.get(), marked); error != 0) return error;
   return marked ? removeFile(path) : EEXIST;
@@ -38,15 +38,18 @@ AtomicFile::~AtomicFile() {
 }
 
 int AtomicFile::open(const std::string& target) {
-  target_ = resolvePath(target).value_or(target);
+  const auto resolved = resolvePath(target);
+  if (!resolved.has_value() && errno != ENOENT) return errno;
+  target_ = resolved.value_or(target);
   struct stat existing {};
   const bool replaces = ::stat(target_.c_str(), &existing) == 0;
+  if (!replaces && errno != ENOENT) return errno;  // what cannot be looked at is not replaced
   if (replaces && !S_ISREG(existing.st_mode)) return S_ISDIR(existing.st_mode) ? EISDIR : EEXIST;
   const std::string temporary = target_ + ".orx-new";
   if (const int error = removeStale(temporary); error != 0) return error;
   if (const int error = create(temporary); error != 0) return error == EEXIST ? EBUSY : error;
   if (const int error = lockFile(fd_.get()); error != 0) return busyOr(error);
-  if (!leadsTo(temporary, fd_.get())) return EBUSY;
+  if (const int error = checkLeadsTo(temporary, fd_.get(), EBUSY); error != 0) return error;
   if (!replaces) return 0;
   existing.st_mode |= unpublishedMark;
   return setModeAndOwner(fd_.get(), existing);
@@ -77,7 +80,7 @@ int AtomicFile::publish() {
   runProgress().enter("syncing");
   if (const int error = syncFile(fd_.get()); error != 0) return error;
   CriticalStep step;
-  if (!leadsTo(temporary_, fd_.get())) return EBUSY;
+  if (const int error = checkLeadsTo(temporary_, fd_.get(), EBUSY); error != 0) return error;
   if (const int error = renameFile(temporary_, target_, false); error != 0) return error;
   step.notePublished();
   step.leaveAlone(temporary_);

@@ -111,6 +111,14 @@ int linkFile(const std::string& existing, const std::string& name) {
   return errnoOf([&] { return ::link(existing.c_str(), name.c_str()); });
 }
 
+int setMode(int fd, mode_t mode) {
+  return errnoOf([&] { return ::fchmod(fd, mode); });
+}
+
+int setSize(int fd, off_t size) {
+  return errnoOf([&] { return ::ftruncate(fd, size); });
+}
+
 int setModeAndOwner(int fd, const struct stat& like) {
   struct stat now {};
   if (::fstat(fd, &now) != 0) return errno;
@@ -118,7 +126,7 @@ int setModeAndOwner(int fd, const struct stat& like) {
     const int error = errnoOf([&] { return ::fchown(fd, like.st_uid, like.st_gid); });
     if (error != 0) return error;
   }
-  return errnoOf([&] { return ::fchmod(fd, like.st_mode & 07777); });
+  return setMode(fd, like.st_mode & 07777);
 }
 
 int isMarked(int fd, bool& marked) {
@@ -132,7 +140,7 @@ int clearMark(int fd) {
   struct stat file {};
   if (::fstat(fd, &file) != 0) return errno;
   if ((file.st_mode & unpublishedMark) == 0) return 0;
-  return errnoOf([&] { return ::fchmod(fd, file.st_mode & 07777 & ~unpublishedMark); });
+  return setMode(fd, file.st_mode & 07777 & ~unpublishedMark);
 }
 
 int lockFile(int fd) {
@@ -148,9 +156,15 @@ bool sameFile(const struct stat& a, const struct stat& b) {
 }
 
 bool leadsTo(const std::string& path, int fd) {
+  return checkLeadsTo(path, fd, ENOENT) == 0;
+}
+
+int checkLeadsTo(const std::string& path, int fd, int elsewhere) {
   struct stat named {};
   struct stat opened {};
-  return ::lstat(path.c_str(), &named) == 0 && ::fstat(fd, &opened) == 0 && sameFile(named, opened);
+  if (::lstat(path.c_str(), &named) != 0) return errno == ENOENT ? elsewhere : errno;
+  if (::fstat(fd, &opened) != 0) return errno;
+  return sameFile(named, opened) ? 0 : elsewhere;
 }
 
 std::optional<std::string> resolvePath(const std::string& path) {

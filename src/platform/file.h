@@ -56,7 +56,9 @@ void writeIfTaken(int fd, std::string_view bytes);
 [[nodiscard]] int renameFile(const std::string& from, const std::string& to, bool keepExisting);
 // Another name for the same file.
 [[nodiscard]] int linkFile(const std::string& existing, const std::string& name);
+[[nodiscard]] int setMode(int fd, mode_t mode);
 [[nodiscard]] int setModeAndOwner(int fd, const struct stat& like);
+[[nodiscard]] int setSize(int fd, off_t size);
 // The mode bit of a file that is written under another name than its own, until it is published:
 // nothing else is removed under such a name.
 inline constexpr mode_t unpublishedMark = S_ISVTX;
@@ -73,6 +75,8 @@ void releaseSpace(int fd, off_t offset, off_t size);
 [[nodiscard]] bool sameFile(const struct stat& a, const struct stat& b);
 // Whether the name `path` itself, not what it links to, is the open file `fd`.
 [[nodiscard]] bool leadsTo(const std::string& path, int fd);
+// The same as an errno value: `elsewhere` when it is not, another when nobody could tell.
+[[nodiscard]] int checkLeadsTo(const std::string& path, int fd, int elsewhere);
 
 // The path with every symbolic link resolved; none when it does not exist (errno says why).
 [[nodiscard]] std::optional<std::string> resolvePath(const std::string& path);

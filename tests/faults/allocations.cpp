@@ -41,7 +41,7 @@ TracedResult AllocationFaults::run(const std::filesystem::path& directory, std::
        .environment = {"LC_ALL=C", "ASAN_OPTIONS=verify_asan_link_order=0",
                        "LD_PRELOAD=" ORX_ALLOCATION_SHIM, "ORX_FAULT_AT=" + std::to_string(number),
                        "ORX_FAULT_COUNT=" + count.string()}});
-  return {result.exitCode, result.signal, result.output, result.errors, {}};
+  return {result.exitCode, result.signal, result.output, result.errors};
 }
 
 CaseOutcome AllocationFaults::fail(std::size_t number) const {

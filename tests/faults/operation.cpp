@@ -94,6 +94,10 @@ const std::vector<Operation>& operations() {
        .program = "orxrestore",
        .arguments = {"-i", "backup.txt", "-o", "db"},
        .exchangeFails = true},
+      {.name = "restore-behind-kill",
+       .program = "orxrestore",
+       .arguments = {"-i", "backup.txt", "-o", "db"},
+       .behindKill = true},
       {.name = "merge",
        .program = "orxrestore",
        .arguments = {"-i", "backup.txt", "-m", "db"},
@@ -161,6 +165,7 @@ Scene::Scene(const Operation& operation) : operation_(operation), start_(sharedS
   const TracedResult first = runTraced(program(directory.path()));
   calls_ = first.calls;
   after_ = content(directory.path());
+  permissions_ = permissions(directory.path());
   const Run second = runUndisturbed(directory.path(), true);
   afterAgain_ = content(directory.path());
   if (first.exitCode != 0 || second.exitCode != 0 || before_ == after_) {
@@ -176,6 +181,10 @@ void Scene::copyTo(const fs::path& directory) const {
     if (entry.is_regular_file()) fs::copy_file(entry.path(), copy);
     if (entry.is_directory() && !isMade) fs::create_directory_symlink(entry.path(), copy);
   }
+  if (!operation_.behindKill) return;
+  const fs::path database = directory / operation_.target;
+  fs::rename(database.string() + previousSuffix, database.string() + successorSuffix);
+  fs::permissions(database, fs::perms::sticky_bit, fs::perm_options::add);
 }
 
 TracedProgram Scene::program(const fs::path& directory) const {
@@ -188,6 +197,11 @@ TracedProgram Scene::program(const fs::path& directory) const {
 
 std::string Scene::content(const fs::path& directory) const {
   return contentOf(directory / operation_.target, operation_.isDatabase);
+}
+
+unsigned Scene::permissions(const fs::path& directory) const {
+  const fs::path target = directory / operation_.target;
+  return static_cast<unsigned>(fs::status(target).permissions() & fs::perms::all);
 }
 
 std::optional<bool> Scene::isNew(const fs::path& directory) const {
@@ -209,7 +223,8 @@ std::string Scene::faultInGenerations(const fs::path& directory, bool isNew) con
   }
   const bool gone = operation_.exchangeFails && previous == absent;
   const bool again = (operation_.exchangeFails || operation_.mayRewrite) && previous == before_;
-  return previous == previous_ || gone || again
+  const bool waits = operation_.behindKill && previous == absent && successor == previous_;
+  return previous == previous_ || gone || again || waits
              ? ""
              : "the database is old and its previous generation changed; ";
 }
@@ -218,6 +233,9 @@ std::string Scene::faultInFiles(const fs::path& directory, bool isNew,
                                 bool mayLeaveSuccessor) const {
   std::string faults;
   if (operation_.isDatabase) faults += faultInGenerations(directory, isNew);
+  if (fs::exists(directory / operation_.target) && permissions(directory) != permissions_) {
+    faults += "the permissions changed; ";
+  }
   for (const auto& [name, content] : inputContents_) {
     if (test::readFile(directory / name) != content) faults += name + " changed; ";
   }
@@ -227,7 +245,8 @@ std::string Scene::faultInFiles(const fs::path& directory, bool isNew,
                          name == bundle || name == operation_.target + previousSuffix;
     const bool isSuccessor = name == operation_.target + successorSuffix;
     if (!isKnown && !isSuccessor) faults += name + " is left behind; ";
-    if (isSuccessor && !isNew && !mayLeaveSuccessor) faults += name + " is left behind; ";
+    const bool waits = operation_.behindKill && contentOf(entry.path(), true) == previous_;
+    if (isSuccessor && !isNew && !mayLeaveSuccessor && !waits) faults += name + " is left behind; ";
   }
   return faults;
 }
@@ -236,6 +255,9 @@ std::string Scene::faultInWords(const TracedResult& result, bool isNew) const {
   // How the programs say that the change is made although the run failed.
   static const std::vector<const char*> told{"has what the run did", "the database is made",
                                              "has its new contents", "has its name"};
+  static const std::vector<const char*> denied{"is unchanged", "is as it was"};
+  // What is no reason here.
+  static const std::vector<const char*> wrong{"InUse", "NotFound", "Authority", "Format"};
   if (result.signal != 0) return "ended by signal " + std::to_string(result.signal) + "; ";
   if (result.exitCode == 0) {
     return isNew ? "" : "exit code 0 and nothing is changed; ";
@@ -248,6 +270,10 @@ std::string Scene::faultInWords(const TracedResult& result, bool isNew) const {
   if (isNew != hasAny(result.errors, told)) {
     return std::string("exit code ") + std::to_string(result.exitCode) + ", " +
            (isNew ? "new" : "old") + ", and standard error says something else; ";
+  }
+  if (hasAny(result.output + result.errors, wrong)) return "another reason is told; ";
+  if (result.exitCode == 6 && !isNew && !hasAny(result.errors, denied)) {
+    return "exit code 6, old, and standard error does not say so; ";
   }
   return "";
 }

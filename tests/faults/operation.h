@@ -18,11 +18,12 @@ struct Operation {
   const char* name;
   const char* program;
   std::vector<std::string> arguments;
-  std::string target = "db";            // the file that it makes or changes
-  bool isDatabase = true;               // or a text
-  bool exchangeFails = false;           // on a file system that cannot exchange names
-  bool mayRewrite = false;              // without its backup it publishes the same records again
-  bool survivesPowerLoss = true;        // as a whole: the messages of create come behind it
+  std::string target = "db";      // the file that it makes or changes
+  bool isDatabase = true;         // or a text
+  bool exchangeFails = false;     // on a file system that cannot exchange names
+  bool mayRewrite = false;        // without its backup it publishes the same records again
+  bool behindKill = false;        // an earlier run died before its database became the previous one
+  bool survivesPowerLoss = true;  // as a whole: the messages of create come behind it
   std::vector<std::string> again = {};  // orxkdb's or its own arguments once the target is new;
                                         // empty: as before
   const char* againProgram = nullptr;
@@ -61,6 +62,7 @@ class Scene {
                                            bool undone) const;
 
  private:
+  [[nodiscard]] unsigned permissions(const std::filesystem::path& directory) const;
   [[nodiscard]] std::string content(const std::filesystem::path& directory) const;
   [[nodiscard]] std::string faultInUndo(const std::filesystem::path& directory) const;
   [[nodiscard]] std::string faultInGenerations(const std::filesystem::path& directory,
@@ -79,6 +81,7 @@ class Scene {
   std::string previous_;  // before the run
   std::string after_;
   std::string afterAgain_;
+  unsigned permissions_ = 0;         // of the target, when it was made
   std::vector<std::string> inputs_;  // names and contents that never change
   std::map<std::string, std::string> inputContents_;
 };

@@ -1,6 +1,11 @@
 #include "tests/faults/single_fault.h"
 
+#include <sys/syscall.h>
+
+#include <algorithm>
 #include <string_view>
+
+#include "tests/faults/system_calls.h"
 
 namespace orx::faults {
 
@@ -16,6 +21,35 @@ bool mayLeaveSuccessor(const FaultCase& fault, const TracedResult& result) {
   if (fault.call > result.calls.size()) return false;
   const std::string name = nameOf(result.calls[fault.call - 1]);
   return name == "unlink" || name.find("stat") != std::string::npos;
+}
+
+// What the system does not or by halves has to be done to its end. The engine gives up.
+std::string faultInRetry(const FaultCase& fault, const TracedResult& result) {
+  if (!result.isDisturbed || result.exitCode == 0) return "";
+  const SystemCall& call = result.calls[fault.call - 1];
+  if (isEnginesOwn(call)) return "";
+  if (fault.fault == Fault::interrupted && mayBeInterrupted(call)) return "it is not repeated; ";
+  if (fault.fault == Fault::partly) return "the rest is not done; ";
+  return "";
+}
+
+// The last sync of a replaced database comes behind the change: the next run makes up for it.
+bool isBehindChange(const Scene& scene, const TracedResult& result, std::size_t call) {
+  const Operation& operation = scene.operation();
+  const auto end = result.calls.rend();
+  const auto before =
+      std::find_if(end - static_cast<std::ptrdiff_t>(call), end, [](const SystemCall& earlier) {
+        return earlier.number == SYS_rename || earlier.number == SYS_renameat2;
+      });
+  return operation.isDatabase && !operation.exchangeFails && before != end &&
+         before->number == SYS_rename;
+}
+
+// A success means that all of it is on the disk.
+std::string faultInSync(const Scene& scene, const FaultCase& fault, const TracedResult& result) {
+  if (!result.isDisturbed || result.exitCode != 0 || fault.fault == Fault::interrupted) return "";
+  const bool failed = syncs(result.calls[fault.call - 1]) && !kills(fault.fault);
+  return failed && !isBehindChange(scene, result, fault.call) ? "success without a sync; " : "";
 }
 
 std::string describe(const FaultCase& fault, const TracedResult& result) {
@@ -52,9 +86,11 @@ CaseOutcome runFaultCase(const Scene& scene, const FaultCase& fault) {
       scene.faultInFiles(directory.path(), *isNew, mayLeaveSuccessor(fault, result));
   const bool wasKilled = kills(fault.fault) && result.signal == SIGKILL;
   if (!wasKilled) faults += scene.faultInWords(result, *isNew);
+  faults += faultInRetry(fault, result);
+  faults += faultInSync(scene, fault, result);
   faults += scene.faultInNextRun(directory.path(), *isNew, fault.call % 2 == 0);
   if (!faults.empty()) faults = describe(fault, result) + faults + "\n" + result.errors;
-  return {.isNew = *isNew, .faults = std::move(faults)};
+  return {.isNew = *isNew, .faults = std::move(faults), .isMissed = !result.isDisturbed};
 }
 
 }  // namespace orx::faults

@@ -19,6 +19,7 @@ struct FaultCase {
 struct CaseOutcome {
   bool isNew = false;
   std::string faults = {};  // empty: as it should be
+  bool isMissed = false;    // the run took another way and did not come to the fault
 };
 // Runs the case in a directory of its own, looks at what is left, and runs the operation again.
 [[nodiscard]] CaseOutcome runFaultCase(const Scene& scene, const FaultCase& fault);

@@ -15,6 +15,7 @@ enum Trait : unsigned {
   transfers = 2,  // argument 2 is a number of bytes, or of pieces, that may be done in part
   changes = 4,    // the disk may be another afterwards
   grows = 8,      // may need space
+  waits = 16,     // a signal may end it
 };
 
 struct Description {
@@ -25,48 +26,48 @@ struct Description {
 };
 
 constexpr std::array descriptions{
-    Description{SYS_open, "open", 0, opens | changes | grows},
-    Description{SYS_openat, "openat", 1, opens | changes | grows},
-    Description{SYS_openat2, "openat2", 1, opens | changes | grows},
-    Description{SYS_creat, "creat", 0, opens | changes | grows},
-    Description{SYS_close, "close", -1, 0},
-    Description{SYS_read, "read", -1, transfers},
-    Description{SYS_pread64, "pread", -1, transfers},
-    Description{SYS_readv, "readv", -1, transfers},
-    Description{SYS_preadv, "preadv", -1, transfers},
-    Description{SYS_write, "write", -1, transfers | changes | grows},
-    Description{SYS_pwrite64, "pwrite", -1, transfers | changes | grows},
-    Description{SYS_writev, "writev", -1, transfers | changes | grows},
-    Description{SYS_pwritev, "pwritev", -1, transfers | changes | grows},
-    Description{SYS_pwritev2, "pwritev2", -1, transfers | changes | grows},
+    Description{SYS_open, "open", 0, opens | changes | grows | waits},
+    Description{SYS_openat, "openat", 1, opens | changes | grows | waits},
+    Description{SYS_openat2, "openat2", 1, opens | changes | grows | waits},
+    Description{SYS_creat, "creat", 0, opens | changes | grows | waits},
+    Description{SYS_close, "close", -1, waits},
+    Description{SYS_read, "read", -1, transfers | waits},
+    Description{SYS_pread64, "pread", -1, transfers | waits},
+    Description{SYS_readv, "readv", -1, transfers | waits},
+    Description{SYS_preadv, "preadv", -1, transfers | waits},
+    Description{SYS_write, "write", -1, transfers | changes | grows | waits},
+    Description{SYS_pwrite64, "pwrite", -1, transfers | changes | grows | waits},
+    Description{SYS_writev, "writev", -1, transfers | changes | grows | waits},
+    Description{SYS_pwritev, "pwritev", -1, transfers | changes | grows | waits},
+    Description{SYS_pwritev2, "pwritev2", -1, transfers | changes | grows | waits},
     Description{SYS_sendfile, "sendfile", -1, changes | grows},
     Description{SYS_copy_file_range, "copy_file_range", -1, changes | grows},
-    Description{SYS_fsync, "fsync", -1, changes | grows},
-    Description{SYS_fdatasync, "fdatasync", -1, changes | grows},
+    Description{SYS_fsync, "fsync", -1, changes | grows | waits},
+    Description{SYS_fdatasync, "fdatasync", -1, changes | grows | waits},
     Description{SYS_sync_file_range, "sync_file_range", -1, 0},
-    Description{SYS_truncate, "truncate", 0, changes | grows},
-    Description{SYS_ftruncate, "ftruncate", -1, changes | grows},
-    Description{SYS_fallocate, "fallocate", -1, changes | grows},
+    Description{SYS_truncate, "truncate", 0, changes | grows | waits},
+    Description{SYS_ftruncate, "ftruncate", -1, changes | grows | waits},
+    Description{SYS_fallocate, "fallocate", -1, changes | grows | waits},
     Description{SYS_mmap, "mmap", -1, 0},
-    Description{SYS_rename, "rename", 0, changes | grows},
-    Description{SYS_renameat, "renameat", 1, changes | grows},
-    Description{SYS_renameat2, "renameat2", 1, changes | grows},
-    Description{SYS_link, "link", 0, changes | grows},
-    Description{SYS_linkat, "linkat", 1, changes | grows},
+    Description{SYS_rename, "rename", 0, changes | grows | waits},
+    Description{SYS_renameat, "renameat", 1, changes | grows | waits},
+    Description{SYS_renameat2, "renameat2", 1, changes | grows | waits},
+    Description{SYS_link, "link", 0, changes | grows | waits},
+    Description{SYS_linkat, "linkat", 1, changes | grows | waits},
     Description{SYS_symlink, "symlink", 1, changes | grows},
     Description{SYS_symlinkat, "symlinkat", 2, changes | grows},
-    Description{SYS_unlink, "unlink", 0, changes},
+    Description{SYS_unlink, "unlink", 0, changes | waits},
     Description{SYS_unlinkat, "unlinkat", 1, changes},
     Description{SYS_mkdir, "mkdir", 0, changes | grows},
     Description{SYS_mkdirat, "mkdirat", 1, changes | grows},
     Description{SYS_rmdir, "rmdir", 0, changes},
     Description{SYS_chmod, "chmod", 0, changes},
-    Description{SYS_fchmod, "fchmod", -1, changes},
+    Description{SYS_fchmod, "fchmod", -1, changes | waits},
     Description{SYS_fchmodat, "fchmodat", 1, changes},
     Description{SYS_chown, "chown", 0, changes},
-    Description{SYS_fchown, "fchown", -1, changes},
+    Description{SYS_fchown, "fchown", -1, changes | waits},
     Description{SYS_fchownat, "fchownat", 1, changes},
-    Description{SYS_flock, "flock", -1, 0},
+    Description{SYS_flock, "flock", -1, waits},
     Description{SYS_fcntl, "fcntl", -1, 0},
     Description{SYS_stat, "stat", 0, 0},
     Description{SYS_lstat, "lstat", 0, 0},
@@ -145,6 +146,27 @@ bool applies(Fault fault, const SystemCall& call) {
     default:
       return true;
   }
+}
+
+bool mayBeInterrupted(const SystemCall& call) {
+  return has(call, waits);
+}
+
+bool isEnginesOwn(const SystemCall& call) {
+  constexpr std::uint64_t headSize = 152;
+  if (call.number == SYS_pread64) return call.arguments[2] == headSize;
+  if (call.number != SYS_openat) return isOneOf(call, {SYS_pwrite64, SYS_pwritev, SYS_writev});
+  const auto flags = static_cast<int>(call.arguments[2]);
+  return (flags & O_ACCMODE) != O_RDONLY && (flags & (O_EXCL | O_DIRECTORY)) == 0;
+}
+
+bool syncs(const SystemCall& call) {
+  return isOneOf(call, {SYS_fsync, SYS_fdatasync});
+}
+
+bool isStep(const SystemCall& call) {
+  return syncs(call) || isOneOf(call, {SYS_rename, SYS_renameat2, SYS_link, SYS_unlink, SYS_fchmod,
+                                       SYS_ftruncate, SYS_flock});
 }
 
 std::vector<long> tracedNumbers() {

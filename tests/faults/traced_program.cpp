@@ -175,6 +175,7 @@ class Tracer {
     Pending& pending = threads_[thread];
     pending = {.call = call, .observe = program_.onChange && changesFiles(call)};
     if (fault.has_value()) {
+      result_.isDisturbed = true;
       inject(thread, *fault, registers, pending);
     } else if (program_.exchangeFails && call.number == SYS_renameat2 &&
                call.arguments[4] == renameExchange) {

@@ -82,7 +82,8 @@ struct TracedResult {
   int signal = 0;
   std::string output;
   std::string errors;
-  std::vector<SystemCall> calls;  // those that were counted
+  std::vector<SystemCall> calls = {};  // those that were counted
+  bool isDisturbed = false;            // the fault was met
 };
 
 // Throws std::system_error when there is no way to trace at all.

@@ -205,6 +205,11 @@ TEST_F(Kdb, UndoExchangesTheGenerationsAndBack) {
   EXPECT_THAT(test::objects(name_), SizeIs(1));
   EXPECT_EQ(kdb::exchangeWithPrevious(name_.c_str(), status), 0);
   EXPECT_THAT(test::objects(name_), SizeIs(2));
+  {
+    const Opened other(name_ + ".orx-previous");
+    (void)kdb::exchangeWithPrevious(name_.c_str(), status);
+    EXPECT_EQ(test::text(status), "3/19");
+  }
   test::writeFile(name_ + ".orx-previous", "no database");
   (void)kdb::exchangeWithPrevious(name_.c_str(), status);
   EXPECT_EQ(test::text(status), "8/17");

@@ -295,6 +295,10 @@ Outcome Database::readNextChanged(const Key& key, std::uint8_t* record) {
   return succeeded;
 }
 
+Outcome Database::hold() const {
+  return outcomeOfErrno(lockFile(base_->fd()));
+}
+
 Outcome Database::publish() {
   if (mode_ == OpenMode::read) return succeeded;
   if (storageFailure_.has_value()) return *storageFailure_;

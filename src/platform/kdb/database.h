@@ -64,6 +64,9 @@ class Database {
   [[nodiscard]] Outcome erase(const Key& key);
   [[nodiscard]] Outcome readNext(const Key& key, std::uint8_t* record);
 
+  // Locks what was opened for reading; 3/19 when somebody has.
+  [[nodiscard]] Outcome hold() const;
+
   // Publishes what was changed. The object is of no further use.
   [[nodiscard]] Outcome publish();
 

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "platform/file.h"
 #include "platform/kdb/failure.h"
 
 namespace orx::kdb {
@@ -207,8 +208,7 @@ Outcome EngineFile::finish() {
   const auto wanted = static_cast<off_t>(extent.used);
   struct stat file {};
   if (::fstat(fd_, &file) != 0) return outcomeOfErrno(errno);
-  if (file.st_size < wanted && ::ftruncate(fd_, wanted) != 0) return outcomeOfErrno(errno);
-  return succeeded;
+  return file.st_size < wanted ? outcomeOfErrno(setSize(fd_, wanted)) : succeeded;
 }
 
 }  // namespace orx::kdb

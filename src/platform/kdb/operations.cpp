@@ -283,6 +283,8 @@ std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status) {
     // A run that died while it published leaves the database as its own previous generation.
     const DatabasePaths& paths = current->paths();
     if (outcome.ok() && isSameFile(paths.database, paths.previous)) outcome = recordNotFound;
+    // Until the exchange is on the disk, nobody else may build upon what has the name by then.
+    if (outcome.ok()) outcome = previous->hold();
     if (outcome.ok()) outcome = readThrough(*previous);
     if (outcome.ok()) outcome = exchangeGenerations(paths);
   }

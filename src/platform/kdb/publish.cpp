@@ -27,8 +27,11 @@ int syncWithMode(int successorFd, int databaseFd) {
   struct stat database {};
   if (::fstat(databaseFd, &database) != 0) return errno;
   database.st_mode |= unpublishedMark;
-  if (const int error = setModeAndOwner(successorFd, database); error != 0) return error;
-  return syncFile(successorFd);
+  int error = setModeAndOwner(successorFd, database);
+  if (error == 0) error = syncFile(successorFd);
+  // The mark of its own publishing could still be on the disk, and the next run would take the
+  // replaced database for a successor.
+  return error == 0 ? syncFile(databaseFd) : error;
 }
 
 // The directory keeps the exchange, or it is taken back. A failure that leaves the exchange made
@@ -36,7 +39,9 @@ int syncWithMode(int successorFd, int databaseFd) {
 int exchangeForGood(const DatabasePaths& paths, const std::string& other, CriticalStep& step) {
   if (const int error = exchangeNames(paths.database, other); error != 0) return error;
   const int error = syncDirectory(paths.directory);
-  if (error != 0 && exchangeNames(paths.database, other) != 0) step.notePublished();
+  if (error == 0) return 0;
+  if (exchangeNames(paths.database, other) != 0) step.notePublished();
+  (void)syncDirectory(paths.directory);  // whichever it is now
   return error;
 }
 
@@ -49,7 +54,9 @@ int replaceByLink(const DatabasePaths& paths, CriticalStep& step) {
   if (error == 0) error = renameFile(paths.successor, paths.database, false);
   if (error != 0) return error;
   error = syncDirectory(paths.directory);
-  if (error != 0 && renameFile(paths.previous, paths.database, false) != 0) step.notePublished();
+  if (error == 0) return 0;
+  if (renameFile(paths.previous, paths.database, false) != 0) step.notePublished();
+  (void)syncDirectory(paths.directory);
   return error;
 }
 
@@ -128,7 +135,7 @@ Outcome publishReplacement(const DatabasePaths& paths, int successorFd, int data
   if (error == 0) error = isMarked(successorFd, marked);
   runProgress().enter("publishing");
   CriticalStep step;
-  if (error == 0 && !leadsTo(paths.successor, successorFd)) error = EIO;
+  if (error == 0) error = checkLeadsTo(paths.successor, successorFd, EIO);
   if (error == 0) error = replace(paths, marked, step);
   if (error != 0) return outcomeOfErrno(error);
   step.notePublished();
@@ -148,8 +155,8 @@ Outcome settleLeftover(const DatabasePaths& paths, int databaseFd) {
   const bool isSecondName = databaseFd >= 0 && isSameFile(left.get(), databaseFd);
   if (isSecondName) return outcomeOfErrno(removeFile(paths.successor));
   int error = lockFile(left.get());
+  if (error == 0) error = checkLeadsTo(paths.successor, left.get(), EWOULDBLOCK);
   if (error != 0) return outcomeOfErrno(error);
-  if (!leadsTo(paths.successor, left.get())) return inUse;
   bool foreign = false;
   error = isForeign(left.get(), foreign);
   if (error != 0) return outcomeOfErrno(error);
@@ -163,7 +170,7 @@ Outcome settleLeftover(const DatabasePaths& paths, int databaseFd) {
 Outcome publishNew(const DatabasePaths& paths, int successorFd, unsigned mode) {
   runProgress().enter("syncing");
   int error = syncFile(successorFd);
-  if (error == 0 && ::fchmod(successorFd, mode | unpublishedMark) != 0) error = errno;
+  if (error == 0) error = setMode(successorFd, mode | unpublishedMark);
   if (error == 0) error = syncFile(successorFd);
   CriticalStep step;
   if (error == 0) error = renameFile(paths.successor, paths.database, true);

@@ -28,7 +28,8 @@ struct DatabasePaths {
 
 // Publishes the complete successor open as `successorFd` in place of the database open as
 // `databaseFd`:
-//   1. sync the successor, give it mode and owner of the database and the mark, sync again;
+//   1. sync the successor, give it mode and owner of the database and the mark, sync again, and
+//      sync the database, which must not get its own mark back in a power failure;
 //   2. exchange NAME and NAME.orx-new: the one step that changes the database;
 //   3. sync the directory; a failure takes step 2 back, and where not even that can be done it is
 //      noted as published;

@@ -30,11 +30,12 @@ Outcome Successor::create(const DatabasePaths& paths, std::unique_ptr<Successor>
   if (const Outcome outcome = settleLeftover(paths, -1); !outcome.ok()) return outcome;
   const std::string& path = paths.successor;
   std::unique_ptr<Successor> made(new Successor);
-  if (const int error = made->createFile(path); error != 0) {
-    return error == EEXIST ? inUse : outcomeOfErrno(error);
+  if (const int failed = made->createFile(path); failed != 0) {
+    return failed == EEXIST ? inUse : outcomeOfErrno(failed);
   }
-  if (const int error = lockFile(made->fd()); error != 0) return outcomeOfErrno(error);
-  if (!leadsTo(path, made->fd())) return inUse;
+  int error = lockFile(made->fd());
+  if (error == 0) error = checkLeadsTo(path, made->fd(), EWOULDBLOCK);
+  if (error != 0) return outcomeOfErrno(error);
   if (const Outcome outcome = made->openEngine(); !outcome.ok()) return outcome;
   successor = std::move(made);
   return succeeded;
@@ -116,7 +117,7 @@ Outcome Successor::settle() {
 // The file itself stays, and the lock on it.
 Outcome Successor::restartEngine() {
   engine_.reset();
-  if (::ftruncate(fd(), 0) != 0) return outcomeOfErrno(errno);
+  if (const int error = setSize(fd(), 0); error != 0) return outcomeOfErrno(error);
   const Outcome outcome = openEngine();
   return outcome.ok() && !leadsTo(path_, fd()) ? inputOutputError : outcome;
 }
