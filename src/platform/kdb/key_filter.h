@@ -6,8 +6,10 @@
 #pragma once
 
 #include <cstdint>
+#include <memory_resource>
 #include <vector>
 
+#include "platform/huge_pages.h"
 #include "platform/kdb/key.h"
 
 namespace orx::kdb {
@@ -24,27 +26,23 @@ namespace orx::kdb {
 
 class KeyFilter {
  public:
-  void add(const Key& key) {
+  // Whether the key may have been added before.
+  bool add(const Key& key) {
     if (lines_.empty()) lines_.resize(lineCount);
-    const std::uint64_t hash = hashOf(key);
-    Line& line = lineOf(hash);
-    forEachBit(hash, [&line](std::size_t word, std::uint64_t bit) {
-      line.words[word] |= bit;
-      return true;
-    });
-  }
-
-  [[nodiscard]] bool mayHold(const Key& key) const {
-    if (lines_.empty()) return false;
-    const std::uint64_t hash = hashOf(key);
-    const Line& line = lines_[lineNumber(hash)];
-    return forEachBit(hash, [&line](std::size_t word, std::uint64_t bit) {
-      return (line.words[word] & bit) != 0;
-    });
+    std::uint64_t hash = hashOf(key);
+    Line& line = lines_[hash >> 47];
+    bool mayBeThere = true;
+    for (unsigned i = 0; i < bitsPerKey; ++i, hash >>= 9) {
+      std::uint64_t& word = line.words[(hash >> 6) & 7];
+      const std::uint64_t bit = std::uint64_t{1} << (hash & 63);
+      mayBeThere &= (word & bit) != 0;
+      word |= bit;
+    }
+    return mayBeThere;
   }
 
   // Gives its memory back; it holds nothing then.
-  void clear() { std::vector<Line>().swap(lines_); }
+  void clear() { Lines(&hugePageMemory()).swap(lines_); }
 
  private:
   static constexpr std::size_t lineCount = std::size_t{1} << 17;
@@ -53,19 +51,8 @@ class KeyFilter {
     std::uint64_t words[8]{};
   };
 
-  static std::size_t lineNumber(std::uint64_t hash) { return hash >> 47; }
-  Line& lineOf(std::uint64_t hash) { return lines_[lineNumber(hash)]; }
-
-  // Calls visit(word, bit) for the bits of a key while it returns true; whether it always did.
-  template <typename Visit>
-  static bool forEachBit(std::uint64_t hash, Visit visit) {
-    for (unsigned i = 0; i < bitsPerKey; ++i, hash >>= 9) {
-      if (!visit((hash >> 6) & 7, std::uint64_t{1} << (hash & 63))) return false;
-    }
-    return true;
-  }
-
-  std::vector<Line> lines_;
+  using Lines = std::pmr::vector<Line>;
+  Lines lines_{&hugePageMemory()};
 };
 
 }  // namespace orx::kdb

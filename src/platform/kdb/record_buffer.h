@@ -6,8 +6,10 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <memory_resource>
 #include <vector>
 
+#include "platform/huge_pages.h"
 #include "platform/kdb/key.h"
 
 namespace orx::kdb {
@@ -27,7 +29,7 @@ struct SortKey {
 
 class RecordBuffer {
  public:
-  static constexpr std::size_t mostRecords = 26000;  // 8 MB
+  static constexpr std::size_t mostRecords = 19900;  // 6 MB, three huge pages
 
   // `capacity` is the number of records that fill it, at most mostRecords.
   explicit RecordBuffer(std::size_t capacity = mostRecords) : capacity_(capacity) {}
@@ -62,7 +64,7 @@ class RecordBuffer {
   [[nodiscard]] std::uint32_t& slotFor(const Key& key);
 
   std::size_t capacity_;
-  std::vector<std::uint8_t> bytes_;
+  std::pmr::vector<std::uint8_t> bytes_{&hugePageMemory()};
   std::vector<Entry> entries_;
   std::vector<std::uint32_t> slots_;  // entries by the hash of their keys, open addressing
 };

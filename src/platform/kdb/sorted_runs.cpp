@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <system_error>
 #include <utility>
 
 #include "platform/kdb/failure.h"
@@ -22,13 +23,16 @@ constexpr std::size_t batchEntries = 1000;  // that are read ahead; six batches 
 // A key that the filter lets through is looked for in every run. While it lets few through, many
 // runs may stand beside each other, and few records are written twice.
 constexpr std::uint64_t goodFilterKeys = 4'000'000;
-constexpr std::ptrdiff_t manyRuns = 64;
+constexpr std::ptrdiff_t manyRuns = 84;
 constexpr std::ptrdiff_t fewRuns = 8;
 
 }  // namespace
 
 SortedRuns::SortedRuns(UniqueFd file, std::size_t runRecords)
-    : file_(std::move(file)), buffer_(runRecords), reading_(file_.get(), readMemory) {}
+    : file_(std::move(file)),
+      buffer_(runRecords),
+      full_(runRecords),
+      reading_(file_.get(), readMemory) {}
 
 int SortedRuns::create(const std::string& directory, std::unique_ptr<SortedRuns>& runs,
                        std::size_t runRecords) {
@@ -39,33 +43,55 @@ int SortedRuns::create(const std::string& directory, std::unique_ptr<SortedRuns>
 }
 
 Outcome SortedRuns::add(const Key& key, const std::uint8_t* record) {
-  if (filter_.mayHold(key)) {
+  if (filter_.add(key)) {
+    if (const Outcome outcome = finishWriting(); !outcome.ok()) return outcome;
     if (const Outcome outcome = search(key); outcome != recordNotFound) {
       return outcome.ok() ? duplicateKey : outcome;
     }
   }
   if (!buffer_.add(key, record)) return duplicateKey;
-  return buffer_.isFull() ? writeBuffer() : succeeded;
+  return buffer_.isFull() ? startWriting() : succeeded;
 }
 
-Outcome SortedRuns::writeBuffer() {
-  if (buffer_.count() == 0) return succeeded;
-  buffer_.sort();
-  Run run{.first = written_};
-  for (std::size_t i = 0; i < buffer_.count(); ++i) {
-    buffer_.prefetch(i + entriesAhead);
-    if (const Outcome outcome = append(run, buffer_.at(i)); !outcome.ok()) return outcome;
-    filter_.add(Key::stored(buffer_.at(i)));
+// Where no thread can be had the buffer is written at once.
+Outcome SortedRuns::startWriting() {
+  if (const Outcome outcome = finishWriting(); !outcome.ok()) return outcome;
+  std::swap(buffer_, full_);
+  try {
+    writing_ = std::async(std::launch::async, [this] { return writeFull(); });
+  } catch (const std::system_error&) {
+    return writeFull();
   }
-  keys_ += buffer_.count();
-  buffer_.clear();
+  return succeeded;
+}
+
+Outcome SortedRuns::finishWriting() {
+  return writing_.valid() ? writing_.get() : succeeded;
+}
+
+// Everything that was added is in runs afterwards.
+Outcome SortedRuns::writeRest() {
+  const Outcome outcome = startWriting();
+  return outcome.ok() ? finishWriting() : outcome;
+}
+
+Outcome SortedRuns::writeFull() {
+  if (full_.count() == 0) return succeeded;
+  full_.sort();
+  Run run{.first = written_};
+  for (std::size_t i = 0; i < full_.count(); ++i) {
+    full_.prefetch(i + entriesAhead);
+    if (const Outcome outcome = append(run, full_.at(i)); !outcome.ok()) return outcome;
+  }
+  keys_ += full_.count();
+  full_.clear();
   const Outcome outcome = finish(run);
   return outcome.ok() ? mergeFullLevels() : outcome;
 }
 
 Outcome SortedRuns::appendSorted(const Key& key, const std::uint8_t* record) {
   if (sorted_.count == 0) {
-    if (const Outcome outcome = writeBuffer(); !outcome.ok()) return outcome;
+    if (const Outcome outcome = writeRest(); !outcome.ok()) return outcome;
     sorted_.first = written_;
   }
   std::array<std::uint8_t, entrySize> entry{};
@@ -150,9 +176,10 @@ Outcome SortedRuns::searchRun(const Run& run, const Key& key) {
 }
 
 Outcome SortedRuns::startReading() {
-  const Outcome written = sorted_.count > 0 ? finish(sorted_) : writeBuffer();
+  const Outcome written = sorted_.count > 0 ? finish(sorted_) : writeRest();
   if (!written.ok()) return written;
   buffer_.release();
+  full_.release();
   filter_.clear();
   const Outcome started = reading_.start(runs_);
   ahead_.emplace([this](Batch& batch) { return fill(batch); });

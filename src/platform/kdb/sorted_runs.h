@@ -7,14 +7,16 @@
 //   SortedRuns::create(directory, runs); runs->add(key, record); ...;
 //   if (runs->startReading().ok()) while (runs->next(key, record).ok()) ...
 //
-// A second thread reads the runs ahead.
+// A second thread writes a full buffer while the next one fills, and reads the runs ahead in the
+// end.
 //
-// Private memory at any number of records: the buffer and the filter, 8 MB each, and 3 MB while
+// Private memory at any number of records: two buffers of 6 MB, a filter of 8 MB, and 3 MB while
 // records are added; 10 MB while they are read; 20 bytes for every 100 records all the time.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,7 +39,8 @@ class SortedRuns {
   [[nodiscard]] static int create(const std::string& directory, std::unique_ptr<SortedRuns>& runs,
                                   std::size_t runRecords = RecordBuffer::mostRecords);
 
-  // `record` is 296 bytes. 4/46 when the key is there already.
+  // `record` is 296 bytes. 4/46 when the key is there already. A failure to write may be told at a
+  // later record than the one that was to be written.
   [[nodiscard]] Outcome add(const Key& key, const std::uint8_t* record);
 
   // Takes records in key order, none of which was added before; together they become one run.
@@ -57,7 +60,10 @@ class SortedRuns {
   };
 
   SortedRuns(UniqueFd file, std::size_t runRecords);
-  [[nodiscard]] Outcome writeBuffer();
+  [[nodiscard]] Outcome startWriting();
+  [[nodiscard]] Outcome finishWriting();
+  [[nodiscard]] Outcome writeRest();
+  [[nodiscard]] Outcome writeFull();
   [[nodiscard]] Outcome append(Run& run, const std::uint8_t* entry);
   [[nodiscard]] Outcome finish(Run& run);
   [[nodiscard]] Outcome flush();
@@ -70,17 +76,22 @@ class SortedRuns {
 
   UniqueFd file_;
   RecordBuffer buffer_;
-  KeyFilter filter_;        // of the keys in runs
-  std::uint64_t keys_ = 0;  // that the filter holds
+  KeyFilter filter_;                 // of all keys that were added
+  std::vector<std::uint8_t> block_;  // that was searched last
+
+  // All these belong to the writing while there is one.
+  RecordBuffer full_;
   std::vector<Run> runs_;
-  Run sorted_;                 // of appendSorted
+  std::uint64_t keys_ = 0;     // in runs
   std::uint64_t written_ = 0;  // entries in the file and in pending_
   std::string pending_;
-  std::vector<std::uint8_t> block_;  // that was searched last
+
+  Run sorted_;  // of appendSorted
   RunMerge reading_;
   Batch batch_;
   std::size_t at_ = 0;  // the entry that next() gives
   std::optional<ReadAhead<Batch>> ahead_;
+  std::future<Outcome> writing_;  // the last member: its end is waited for before others go
 };
 
 }  // namespace orx::kdb
