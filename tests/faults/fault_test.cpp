@@ -5,6 +5,8 @@
 #include "tests/faults/power_loss.h"
 #include "tests/faults/single_fault.h"
 #include "tests/faults/system_calls.h"
+#include "tests/support/places.h"
+#include "tests/support/run_program.h"
 
 namespace orx::faults {
 namespace {
@@ -59,6 +61,30 @@ TEST_P(AllocationSample, EndsInOrderWithoutMemory) {
   for (std::size_t number = 1; number <= allocations.count(); number += everyAllocation) {
     EXPECT_EQ(allocations.fail(number).faults, "");
   }
+}
+
+// Another run replaces the database between the opening and the lock: what was opened is no longer
+// the database.
+TEST(LockFaultSample, IsTakenOnTheFileThatHasTheName) {
+  const Scene scene(operations().front());
+  const auto run = [](const test::TempDir& directory, std::vector<std::string> arguments) {
+    EXPECT_EQ(test::runProgram({.file = test::builtProgram("orxrestore"),
+                                .arguments = std::move(arguments),
+                                .directory = directory.path()})
+                  .exitCode,
+              0);
+  };
+  const std::vector<std::string> other{"-i", "backup.txt", "-m", "db"}, own{"-u", "db"};
+  const test::TempDir expected, directory;
+  scene.copyTo(expected.path());
+  scene.copyTo(directory.path());
+  run(expected, other);
+  run(expected, own);
+  TracedProgram program = scene.program(directory.path());
+  program.arguments = own;
+  program.beforeLock = [&] { run(directory, other); };
+  EXPECT_EQ(runTraced(program).exitCode, 0);
+  EXPECT_TRUE(contentOf(directory / "db", true) == contentOf(expected / "db", true));
 }
 
 }  // namespace
