@@ -346,6 +346,7 @@ TEST_F(Surroundings, ASignalInAnyPhaseLeavesOldOrNewAndTellsWhich) {
   std::map<std::string, int> interruptions;
   std::size_t turn = 0;
   for (const Operation& operation : operations) {
+    ++turn;  // so that each phase meets each signal
     for (const auto& phase : phases) {
       const auto& [signal, number] = signals[turn++ % std::size(signals)];
       SCOPED_TRACE(std::string(operation.name) + ", " + phase.phase + ", signal " + number);

@@ -1,6 +1,7 @@
 #include "tests/faults/allocations.h"
 
 #include <stdexcept>
+#include <string_view>
 
 #include "tests/support/run_program.h"
 
@@ -12,6 +13,12 @@ namespace {
 bool tellsOfMemory(const std::string& errors) {
   return errors.find("out of memory") != std::string::npos ||
          errors.find("memory ran out") != std::string::npos;
+}
+
+std::size_t countOf(std::string_view word, const std::string& text) {
+  std::size_t count = 0;
+  for (auto at = text.find(word); at != std::string::npos; at = text.find(word, at + 1)) ++count;
+  return count;
 }
 
 // A new thread whose sanitizer gets no memory to look at its stack.
@@ -58,6 +65,8 @@ CaseOutcome AllocationFaults::fail(std::size_t number) const {
   faults += scene_.faultInWords(result, *isNew);
   if (result.exitCode != 0 && result.exitCode != 6) faults += "another exit code; ";
   if (result.exitCode == 6 && !tellsOfMemory(result.errors)) faults += "no word of memory; ";
+  if (result.exitCode == 6 && countOf("orxrestore: ", result.errors) != 1)
+    faults += "not one line; ";
   faults += scene_.faultInNextRun(directory.path(), *isNew, number % 2 == 0);
   if (!faults.empty()) faults = head + faults + "\n" + result.errors;
   return {.isNew = *isNew, .faults = std::move(faults)};

@@ -5,6 +5,8 @@
 #include "tests/faults/power_loss.h"
 #include "tests/faults/single_fault.h"
 #include "tests/faults/system_calls.h"
+#include "tests/support/places.h"
+#include "tests/support/run_program.h"
 
 namespace orx::faults {
 namespace {
@@ -27,15 +29,16 @@ std::vector<Operation> restores() {
 INSTANTIATE_TEST_SUITE_P(Operations, FaultSample, testing::ValuesIn(operations()), nameOfTest);
 INSTANTIATE_TEST_SUITE_P(Operations, AllocationSample, testing::ValuesIn(restores()), nameOfTest);
 
-// The steps that a change is made of are always among the sample.
+// Failed syncs and the ends of the steps that a change is made of are always among the sample.
 bool isDecisive(const Scene& scene, const FaultCase& fault) {
-  return isStep(scene.calls()[fault.call - 1]) &&
-         (fault.fault == Fault::ioError || fault.fault == Fault::killAfter);
+  const SystemCall& call = scene.calls()[fault.call - 1];
+  return (fault.fault == Fault::ioError && syncs(call)) ||
+         (fault.fault == Fault::killAfter && isStep(call));
 }
 
 // Primes, so that the samples do not fall on the same calls of every loop.
 constexpr std::size_t everyCall = 97;
-constexpr std::uint64_t powerSeeds = 24;
+constexpr std::uint64_t powerSeeds = 12;
 constexpr std::size_t everyAllocation = 101;
 
 TEST_P(FaultSample, LeavesTheOldOrTheNewAndSaysWhich) {
@@ -59,6 +62,30 @@ TEST_P(AllocationSample, EndsInOrderWithoutMemory) {
   for (std::size_t number = 1; number <= allocations.count(); number += everyAllocation) {
     EXPECT_EQ(allocations.fail(number).faults, "");
   }
+}
+
+// Another run replaces the database between the opening and the lock: what was opened is no longer
+// the database.
+TEST(LockFaultSample, IsTakenOnTheFileThatHasTheName) {
+  const Scene scene(operations().front());
+  const auto run = [](const test::TempDir& directory, std::vector<std::string> arguments) {
+    EXPECT_EQ(test::runProgram({.file = test::builtProgram("orxrestore"),
+                                .arguments = std::move(arguments),
+                                .directory = directory.path()})
+                  .exitCode,
+              0);
+  };
+  const std::vector<std::string> other{"-i", "backup.txt", "-m", "db"}, own{"-u", "db"};
+  const test::TempDir expected, directory;
+  scene.copyTo(expected.path());
+  scene.copyTo(directory.path());
+  run(expected, other);
+  run(expected, own);
+  TracedProgram program = scene.program(directory.path());
+  program.arguments = own;
+  program.beforeLock = [&] { run(directory, other); };
+  EXPECT_EQ(runTraced(program).exitCode, 0);
+  EXPECT_TRUE(contentOf(directory / "db", true) == contentOf(expected / "db", true));
 }
 
 }  // namespace

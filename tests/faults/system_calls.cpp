@@ -165,8 +165,7 @@ bool syncs(const SystemCall& call) {
 }
 
 bool isStep(const SystemCall& call) {
-  return syncs(call) || isOneOf(call, {SYS_rename, SYS_renameat2, SYS_link, SYS_unlink, SYS_fchmod,
-                                       SYS_ftruncate, SYS_flock});
+  return isOneOf(call, {SYS_rename, SYS_renameat2, SYS_link, SYS_fchmod});
 }
 
 std::vector<long> tracedNumbers() {

@@ -17,7 +17,7 @@ namespace orx::faults {
 // A call of the engine, whose code is not ours. Of its reads only the size tells.
 [[nodiscard]] bool isEnginesOwn(const SystemCall& call);
 [[nodiscard]] bool syncs(const SystemCall& call);
-// Of the few that a change is made of: syncs, and changes of names and modes.
+// Of the few that a change is made of: a name or a mode is another afterwards.
 [[nodiscard]] bool isStep(const SystemCall& call);
 // Standard input, output or error, which are no files of the disk that fails.
 [[nodiscard]] bool isStream(const SystemCall& call);

@@ -171,6 +171,9 @@ class Tracer {
         {registers.rdi, registers.rsi, registers.rdx, registers.r10, registers.r8, registers.r9}};
     if (!counts(thread, call)) return resume(thread, PTRACE_CONT, 0);
     result_.calls.push_back(call);
+    if (program_.beforeLock && call.number == SYS_flock && !std::exchange(hasLocked_, true)) {
+      program_.beforeLock();
+    }
     const std::optional<Fault> fault = faultOf(call);
     Pending& pending = threads_[thread];
     pending = {.call = call, .observe = program_.onChange && changesFiles(call)};
@@ -275,6 +278,7 @@ class Tracer {
   Captured errors_;
   pid_t leader_ = -1;
   bool counting_ = false;
+  bool hasLocked_ = false;
   std::map<pid_t, Pending> threads_;
   TracedResult result_;
 };

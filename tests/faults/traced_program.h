@@ -73,6 +73,8 @@ struct TracedProgram {
   std::optional<Fault> fault = {};
   std::size_t faultAt = 0;     // the call that fails, from 1
   bool exchangeFails = false;  // as on a file system that cannot exchange two names
+  // Called once, before the program takes its first lock.
+  std::function<void()> beforeLock = {};
   // Called for every counted call that may change files and has returned.
   std::function<void(const FinishedCall&)> onChange = {};
 };

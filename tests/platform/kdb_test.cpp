@@ -1,11 +1,14 @@
 // The operations of the keyed database, in one process.
 #include "platform/kdb.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <random>
 
+#include "platform/file.h"
 #include "tests/support/kdb_records.h"
 
 namespace orx {
@@ -183,6 +186,8 @@ TEST_F(Kdb, PublishingKeepsOneGenerationTheModeAndTheLink) {
     struct stat successor {};
     EXPECT_EQ(::stat((name_ + ".orx-new").c_str(), &successor), 0);
     EXPECT_EQ(successor.st_mode & 0777u, 0600u);
+    // Locked before it gets the name, so that nobody changes it while it is published.
+    EXPECT_EQ(lockFile(openFile(name_ + ".orx-new", O_RDONLY).get()), EWOULDBLOCK);
     EXPECT_EQ(database.close(), "0/0");
   }
   EXPECT_THAT(scratch_.names(), ElementsAre("db", "db.orx-previous", "link"));
