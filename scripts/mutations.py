@@ -93,7 +93,8 @@ class Worker(threading.Thread):
             except queue.Empty:
                 return
             path, number, column, old, new = change
-            target, original = self.place / path, (ROOT / path).read_text()
+            target = self.place / path
+            original = target.read_text()
             lines = original.split("\n")
             lines[number] = lines[number][:column] + new + lines[number][column + len(old):]
             target.write_text("\n".join(lines))
