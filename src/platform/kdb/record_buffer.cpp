@@ -15,15 +15,16 @@ SortKey SortKey::of(const Key& key) {
 bool RecordBuffer::add(const Key& key, const std::uint8_t* record) {
   if (slots_.empty()) {
     slots_.assign(slotCount, emptySlot);
-    bytes_.reserve(capacity_ * entrySize);
+    stored_.reserve(capacity_);
     entries_.reserve(capacity_);
   }
   std::uint32_t& slot = slotFor(key);
   if (slot != emptySlot) return false;
   slot = static_cast<std::uint32_t>(entries_.size());
   entries_.push_back({SortKey::of(key), slot});
-  bytes_.insert(bytes_.end(), key.bytes.begin(), key.bytes.end());
-  bytes_.insert(bytes_.end(), record, record + recordSize);
+  Stored& stored = stored_.emplace_back();
+  std::memcpy(stored.data(), key.bytes.data(), keySize);
+  std::memcpy(stored.data() + keySize, record, recordSize);
   return true;
 }
 
@@ -42,7 +43,7 @@ void RecordBuffer::sort() {
 }
 
 const std::uint8_t* RecordBuffer::at(std::size_t index) const {
-  return bytes_.data() + std::size_t{entries_[index].place} * entrySize;
+  return stored_[entries_[index].place].data();
 }
 
 void RecordBuffer::prefetch(std::size_t index) const {
@@ -54,7 +55,7 @@ void RecordBuffer::prefetch(std::size_t index) const {
 }
 
 void RecordBuffer::clear() {
-  bytes_.clear();
+  stored_.clear();
   entries_.clear();
   std::ranges::fill(slots_, emptySlot);
 }

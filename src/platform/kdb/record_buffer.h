@@ -3,6 +3,7 @@
 // A record lies behind the key that it is stored under, as in a run: 20 + 296 bytes.
 #pragma once
 
+#include <array>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
@@ -53,9 +54,10 @@ class RecordBuffer {
   void release();
 
  private:
+  using Stored = std::array<std::uint8_t, entrySize>;
   struct Entry {
     SortKey key;
-    std::uint32_t place;  // in order of arrival
+    std::uint32_t place;  // in stored_
   };
 
   static constexpr std::size_t slotCount = std::size_t{1} << 16;
@@ -64,7 +66,7 @@ class RecordBuffer {
   [[nodiscard]] std::uint32_t& slotFor(const Key& key);
 
   std::size_t capacity_;
-  std::pmr::vector<std::uint8_t> bytes_{&hugePageMemory()};
+  std::pmr::vector<Stored> stored_{&hugePageMemory()};  // in order of arrival
   std::vector<Entry> entries_;
   std::vector<std::uint32_t> slots_;  // entries by the hash of their keys, open addressing
 };
