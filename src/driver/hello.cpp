@@ -1,7 +1,7 @@
 #include "driver/hello.h"
 
 #include "messages/message_print.h"
-#include "restore/trace_unit.h"
+#include "messages/trace_unit.h"
 
 namespace orx {
 

@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "messages/message_print.h"
-#include "restore/trace_unit.h"
+#include "messages/trace_unit.h"
 
 namespace orx {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "messages/message_print.h"
-#include "restore/trace_unit.h"
+#include "messages/trace_unit.h"
 
 namespace orx::options {
 

@@ -3,8 +3,8 @@
 #include "driver/help.h"
 #include "driver/option_scanner.h"
 #include "messages/message_print.h"
+#include "messages/trace_unit.h"
 #include "restore/restore_settings.h"
-#include "restore/trace_unit.h"
 
 namespace orx {
 

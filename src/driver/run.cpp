@@ -9,13 +9,13 @@
 #include "driver/hints.h"
 #include "driver/process_args.h"
 #include "messages/message_print.h"
+#include "messages/trace_unit.h"
 #include "platform/file.h"
 #include "platform/interruption.h"
 #include "platform/kdb.h"
 #include "platform/trace.h"
 #include "restore/exit_codes.h"
 #include "restore/restore_settings.h"
-#include "restore/trace_unit.h"
 #include "terminal/progress_line.h"
 
 namespace orx {

@@ -6,13 +6,11 @@
 #include <cstdio>
 #include <span>
 
+#include "messages/trace_unit.h"
 #include "platform/kdb_codes.h"
 #include "platform/run_progress.h"
-#include "platform/trace.h"
 
 namespace orx {
-
-ORX_TRACE_UNIT("orxrestore.cpp", "ORXRESTORE");
 
 namespace {
 

@@ -77,7 +77,7 @@ CMConfigHandle::CMConfigHandle(const CMConfigHandle& other)
 CMConfigHandle& CMConfigHandle::operator=(const CMConfigHandle& other) {
   ORX_TRACE_VALUE("Assignment operator");
   if (this != &other) bytes_ = other.bytes_;
-  return *this;
+  return *trace.exit(this);
 }
 
 CMConfigHandle::~CMConfigHandle() {

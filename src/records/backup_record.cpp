@@ -115,13 +115,13 @@ CMDatabaseBackupRecord::CMDatabaseBackupRecord(const CMDatabaseBackupRecord& oth
 CMDatabaseBackupRecord& CMDatabaseBackupRecord::operator=(const CMDatabaseBackupRecord& other) {
   ORX_TRACE("CMDatabaseBackupRecord assignment operator");
   if (this != &other) text_ = other.text_;
-  return *this;
+  return *trace.exit(this);
 }
 
 CMDatabaseBackupRecord& CMDatabaseBackupRecord::operator=(const DataBuffer& buffer) {
   ORX_TRACE("CMDatabaseBackupRecord DataBuffer assignment operator");
   write(buffer);
-  return *this;
+  return *trace.exit(this);
 }
 
 void CMDatabaseBackupRecord::setLine(std::string_view line) {

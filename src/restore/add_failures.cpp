@@ -4,17 +4,19 @@
 #include <numeric>
 #include <tuple>
 
-#include "restore/trace_unit.h"
+#include "messages/trace_unit.h"
 
 namespace orx {
 
-void AddFailures::count(std::size_t list, std::int32_t code) {
+void AddFailures::count(std::size_t list, const kdb::kdbStatus& outcome) {
   ORX_TRACE("AddFailures::count");
   const std::uint32_t attempt = attempts_[list]++;
-  if (code != 0) failures_.push_back({static_cast<std::uint32_t>(list), attempt, code});
+  if (outcome.returnCode != 0) {
+    failures_.push_back({static_cast<std::uint32_t>(list), attempt, outcome});
+  }
 }
 
-void AddFailures::report(const std::function<void(std::int32_t, std::int32_t)>& print) {
+void AddFailures::report(const std::function<void(const kdb::kdbStatus&, std::int32_t)>& print) {
   ORX_TRACE("AddFailures::report");
   if (failures_.empty()) return;
   const auto place = [](const Failure& f) { return std::tie(f.list, f.attempt); };
@@ -23,7 +25,7 @@ void AddFailures::report(const std::function<void(std::int32_t, std::int32_t)>& 
   std::exclusive_scan(attempts_.begin(), attempts_.end(), before.begin(), std::uint32_t{0});
   for (const Failure& failure : failures_) {
     const std::uint32_t added = before[failure.list] + failure.attempt - reported_++;
-    print(failure.code, static_cast<std::int32_t>(added + 1));
+    print(failure.outcome, static_cast<std::int32_t>(added + 1));
   }
   failures_.clear();
 }

@@ -12,6 +12,7 @@
 #include <functional>
 #include <vector>
 
+#include "platform/kdb_codes.h"
 #include "restore/record_lists.h"
 
 namespace orx {
@@ -19,15 +20,16 @@ namespace orx {
 class AddFailures {
  public:
   // An attempt to add the next record of an object from `list`, and how it ended.
-  void count(std::size_t list, std::int32_t code);
-  // Hands over code and number of the failures since the last call, in the order of their numbers.
-  void report(const std::function<void(std::int32_t code, std::int32_t number)>& print);
+  void count(std::size_t list, const kdb::kdbStatus& outcome);
+  // Hands over outcome and number of the failures since the last call, in the order of their
+  // numbers.
+  void report(const std::function<void(const kdb::kdbStatus& failure, std::int32_t number)>& print);
 
  private:
   struct Failure {
     std::uint32_t list;
     std::uint32_t attempt;  // attempts with records of this list before it
-    std::int32_t code;
+    kdb::kdbStatus outcome;
   };
 
   std::array<std::uint32_t, RecordLists::count> attempts_{};

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <utility>
 
+#include "messages/trace_unit.h"
 #include "model/attribute_set.h"
-#include "restore/trace_unit.h"
 
 namespace orx {
 

@@ -4,8 +4,8 @@
 #include <cstdio>
 
 #include "messages/error_msg.h"
+#include "messages/trace_unit.h"
 #include "restore/run_report.h"
-#include "restore/trace_unit.h"
 
 namespace orx {
 
@@ -37,13 +37,19 @@ bool DatabaseSession::open(const std::string& name) {
   return trace.exit(false);
 }
 
-void DatabaseSession::report(std::int32_t code, const char* text) {
-  ORX_TRACE("DatabaseSession::report");
+// A stale handle has no last status.
+kdb::kdbStatus DatabaseSession::statusOf(std::int32_t code) const {
   kdb::kdbStatus status;
-  kdb::GetLastStatus(handle_, status);
   const bool isStale = code == static_cast<std::int32_t>(kdb::Code::badObject);
-  printFailure(code, isStale ? 0 : status.reason, text);
-  if (kdb::isStorageFailure(static_cast<kdb::Code>(code))) lossReported_ = true;
+  if (code != 0 && !isStale) (void)kdb::GetLastStatus(handle_, status);
+  status.returnCode = code;
+  return status;
+}
+
+void DatabaseSession::report(const kdb::kdbStatus& failure, const char* text) {
+  ORX_TRACE("DatabaseSession::report");
+  printFailure(failure.returnCode, failure.reason, text);
+  if (kdb::isStorageFailure(static_cast<kdb::Code>(failure.returnCode))) lossReported_ = true;
 }
 
 bool DatabaseSession::close() {
@@ -73,11 +79,12 @@ void reportMissingCounters() {
                "*Error: no handler counters in the system record");
 }
 
-void reportAddFailure(DatabaseSession& database, std::int32_t code, std::int32_t recordNumber) {
+void reportAddFailure(DatabaseSession& database, const kdb::kdbStatus& failure,
+                      std::int32_t recordNumber) {
   ErrorText text{};
   (void)std::snprintf(text.data(), text.size(), "*Error: Failure adding record %d to data base",
                       recordNumber);
-  database.report(code, text.data());
+  database.report(failure, text.data());
 }
 
 }  // namespace orx

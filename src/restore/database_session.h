@@ -19,8 +19,12 @@ class DatabaseSession {
   // False, after the error line, when it cannot be opened; it is then untouched.
   [[nodiscard]] bool open(const std::string& name);
 
-  // Prints the error line of a failed call: `text` with the code and the reason of the last status.
-  void report(std::int32_t code, const char* text);
+  // The code that a call has just returned, with its reason.
+  [[nodiscard]] kdb::kdbStatus statusOf(std::int32_t code) const;
+  // Prints the error line of a failed call: `text` with the code and the reason of the last status,
+  // or of an earlier one.
+  void report(std::int32_t code, const char* text) { report(statusOf(code), text); }
+  void report(const kdb::kdbStatus& failure, const char* text);
 
   // Publishes what the run changed. False when that failed, after an error line unless the storage
   // failure behind it has been reported: the database is then as it was before the run.
@@ -42,7 +46,8 @@ void reportBackupReadError();
 // Prints "*Error: no handler counters in the system record" as a record that was not found.
 void reportMissingCounters();
 
-// Prints "*Error: Failure adding record %d to data base" for the failed `code`.
-void reportAddFailure(DatabaseSession& database, std::int32_t code, std::int32_t recordNumber);
+// Prints "*Error: Failure adding record %d to data base" for a failed call.
+void reportAddFailure(DatabaseSession& database, const kdb::kdbStatus& failure,
+                      std::int32_t recordNumber);
 
 }  // namespace orx

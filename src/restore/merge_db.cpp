@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "messages/message_print.h"
+#include "messages/trace_unit.h"
 #include "platform/kdb.h"
 #include "platform/run_progress.h"
 #include "platform/trace.h"
@@ -19,7 +20,6 @@
 #include "restore/restore_settings.h"
 #include "restore/run_report.h"
 #include "restore/step_progress.h"
-#include "restore/trace_unit.h"
 #include "restore/verbose_merge.h"
 
 namespace orx {
@@ -99,22 +99,18 @@ class MergeRestore {
     std::size_t list = 0;
     bool storageWorks = true;
     while (storageWorks && records.next(record, list)) storageWorks = takeRecord(record, list);
-    if (storageWorks) reportFailures();
+    reportFailures();
   }
 
   // False after a storage failure, which every further call would only repeat. Any other failure
   // concerns one record alone.
   [[nodiscard]] bool takeRecord(const DataBuffer& record, std::size_t list) {
-    const std::int32_t code = addRecord(record);
-    if (kdb::isStorageFailure(static_cast<kdb::Code>(code))) {
-      reportAddFailure(database_, code, addedCount_ + 1);
-      result_ = exitFailed;
-      return false;
-    }
-    failures_.count(list, code);
-    if (code == 0) countAdded();
+    const kdb::kdbStatus outcome = database_.statusOf(addRecord(record));
+    const bool storageWorks = !kdb::isStorageFailure(static_cast<kdb::Code>(outcome.returnCode));
+    failures_.count(list, outcome);
+    if (outcome.returnCode == 0) countAdded();
     if (settings_.verbose != 0) reportFailures();
-    return true;
+    return storageWorks;
   }
 
   [[nodiscard]] std::int32_t addRecord(const DataBuffer& record) {
@@ -132,8 +128,8 @@ class MergeRestore {
   }
 
   void reportFailures() {
-    failures_.report([this](std::int32_t code, std::int32_t number) {
-      reportAddFailure(database_, code, number);
+    failures_.report([this](const kdb::kdbStatus& failure, std::int32_t number) {
+      reportAddFailure(database_, failure, number);
       result_ = exitFailed;
     });
   }

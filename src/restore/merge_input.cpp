@@ -1,9 +1,9 @@
 #include "restore/merge_input.h"
 
+#include "messages/trace_unit.h"
 #include "platform/kdb_statistics.h"
 #include "platform/run_progress.h"
 #include "records/data_buffer.h"
-#include "restore/trace_unit.h"
 
 namespace orx {
 

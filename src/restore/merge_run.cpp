@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <cstring>
 
+#include "messages/trace_unit.h"
 #include "records/backup_record.h"
 #include "restore/chain_writer.h"
 #include "restore/merge_types.h"
 #include "restore/renumber.h"
-#include "restore/trace_unit.h"
 
 namespace orx {
 

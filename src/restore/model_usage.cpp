@@ -4,8 +4,8 @@
 #include <memory>
 #include <utility>
 
+#include "messages/trace_unit.h"
 #include "restore/restore_settings.h"
-#include "restore/trace_unit.h"
 
 namespace orx {
 

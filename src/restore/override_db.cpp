@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "messages/message_print.h"
+#include "messages/trace_unit.h"
 #include "platform/kdb.h"
 #include "platform/kdb_statistics.h"
 #include "platform/run_progress.h"
@@ -15,7 +16,6 @@
 #include "restore/restore_settings.h"
 #include "restore/run_report.h"
 #include "restore/step_progress.h"
-#include "restore/trace_unit.h"
 
 namespace orx {
 
@@ -111,7 +111,7 @@ class ReplaceRestore {
     const std::int32_t code =
         kdb::AddRecord(database_.handle(), record_.data(), keyLength, record_.data(), recordLength);
     if (code != 0) {
-      reportAddFailure(database_, code, addedCount_ + 1);
+      reportAddFailure(database_, database_.statusOf(code), addedCount_ + 1);
       return false;
     }
     ++addedCount_;

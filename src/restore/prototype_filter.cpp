@@ -1,6 +1,6 @@
 #include "restore/prototype_filter.h"
 
-#include "restore/trace_unit.h"
+#include "messages/trace_unit.h"
 
 namespace orx {
 

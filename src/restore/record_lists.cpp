@@ -8,9 +8,9 @@
 #include <string_view>
 #include <utility>
 
+#include "messages/trace_unit.h"
 #include "platform/huge_pages.h"
 #include "restore/restore_settings.h"
-#include "restore/trace_unit.h"
 
 namespace orx {
 

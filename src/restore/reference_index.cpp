@@ -1,7 +1,7 @@
 #include "restore/reference_index.h"
 
+#include "messages/trace_unit.h"
 #include "platform/bytes.h"
-#include "restore/trace_unit.h"
 
 namespace orx {
 

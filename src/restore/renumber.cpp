@@ -1,8 +1,8 @@
 #include "restore/renumber.h"
 
+#include "messages/trace_unit.h"
 #include "model/attribute_iterator.h"
 #include "restore/merge_types.h"
-#include "restore/trace_unit.h"
 
 namespace orx {
 

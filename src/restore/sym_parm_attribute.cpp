@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "messages/trace_unit.h"
 #include "model/sym_parm_set.h"
-#include "restore/trace_unit.h"
 
 namespace orx {
 

@@ -3,10 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "messages/trace_unit.h"
 #include "model/attribute_iterator.h"
 #include "restore/merge_types.h"
 #include "restore/sym_parm_attribute.h"
-#include "restore/trace_unit.h"
 
 namespace orx {
 

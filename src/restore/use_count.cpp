@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "messages/trace_unit.h"
 #include "model/attribute_set.h"
 #include "platform/kdb.h"
 #include "platform/kdb_statistics.h"
@@ -16,7 +17,6 @@
 #include "restore/record_lists.h"
 #include "restore/reference_index.h"
 #include "restore/restore_settings.h"
-#include "restore/trace_unit.h"
 #include "restore/use_count_types.h"
 #include "restore/verbose_object.h"
 

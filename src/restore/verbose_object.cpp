@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "restore/trace_unit.h"
+#include "messages/trace_unit.h"
 
 namespace orx {
 

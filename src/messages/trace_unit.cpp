@@ -1,4 +1,4 @@
-#include "restore/trace_unit.h"
+#include "messages/trace_unit.h"
 
 namespace orx {
 

@@ -1,4 +1,4 @@
-// The source unit that the driver and the operations belong to in the trace.
+// The source unit that the driver, the operations and their error lines belong to in the trace.
 #pragma once
 
 #include "platform/trace.h"
