@@ -55,7 +55,7 @@ class Worker(threading.Thread):
         self.todo, self.done = todo, done
 
     def run_step(self, *command, seconds=None):
-        environment = {**os.environ, "GTEST_BRIEF": "1", "GTEST_FAIL_FAST": "1"}
+        environment = {"TMPDIR": "/dev/shm", **os.environ, "GTEST_BRIEF": "1", "GTEST_FAIL_FAST": "1"}
         with subprocess.Popen(command, cwd=self.place, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                               env=environment, start_new_session=True) as process:
             try:
@@ -84,8 +84,8 @@ class Worker(threading.Thread):
         return "survived"
 
     def run(self):
-        if self.prepare() != 0 or self.outcome() != "survived":
-            self.done.put((None, "the unchanged code does not pass"))
+        if (outcome := self.outcome() if self.prepare() == 0 else "cmake") != "survived":
+            self.done.put((None, f"the unchanged code does not pass: {outcome}"))
             return
         while True:
             try:
