@@ -37,7 +37,8 @@ void addMessages(CommandLine& line) {
   command.json(options->json);
   command.footer(
       "The files go into DIR/PRESTORE_restore, one for each language; those that are there are\n"
-      "replaced. orxrestore finds them when it runs in DIR.\n\n"
+      "replaced. Nothing is written where a link, or a file that holds no messages, has the name\n"
+      "of one. orxrestore finds them when it runs in DIR.\n\n"
       "Examples:\n"
       "  orxkdb messages\n"
       "  orxkdb messages --json /srv/tdv");

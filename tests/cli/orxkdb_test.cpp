@@ -1,5 +1,6 @@
 // The whole program: what it prints, where, and its exit codes.
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "messages/bundle_files.h"
 #include "orxkdb/exit_codes.h"
@@ -84,6 +85,55 @@ TEST_F(OrxKdb, WritesMessagesWhereItIsTold) {
   test::writeFile(scratch_.file("sub/PRESTORE_restore"), "in the way");
   expectFailure(run({"messages", "sub"}), exitNotOpened, "sub/PRESTORE_restore (Not a directory)");
   EXPECT_EQ(test::readFile(scratch_.file("sub/PRESTORE_restore")), "in the way");
+}
+
+TEST_F(OrxKdb, KeepsWhatHasTheNameOfAMessageFile) {
+  namespace fs = std::filesystem;
+  test::writeFile(scratch_ / "victim", "kept");
+  fs::create_directory(scratch_ / "elsewhere");
+  const fs::path bundle = scratch_ / "PRESTORE_restore";
+  const fs::path file = bundle / "de.res";
+  const std::pair<const char*, std::function<void()>> cases[] = {
+      {"link", [&] { fs::create_symlink("../victim", file); }},
+      {"dangling link", [&] { fs::create_symlink("nowhere", file); }},
+      {"text", [&] { test::writeFile(file, "these are notes of somebody else's"); }},
+      {"short text", [&] { test::writeFile(file, "notes"); }},
+      {"directory", [&] { fs::create_directory(file); }},
+      {"pipe", [&] { (void)::mkfifo(file.c_str(), 0600); }},
+      {"text behind a linked directory",
+       [&] {
+         fs::remove(bundle);
+         fs::create_directory_symlink("elsewhere", bundle);
+         test::writeFile(file, "notes");
+       }},
+  };
+  for (const auto& [name, make] : cases) {
+    SCOPED_TRACE(name);
+    fs::create_directory(bundle);
+    make();
+    const fs::file_type type = fs::symlink_status(file).type();
+    for (const auto& command : {std::vector<std::string>{"messages"}, {"create", "db"}}) {
+      expectFailure(run(command), exitNotOpened,
+                    "something else than messages has the name of a message file, " +
+                        file.string() + ", look at it with \"ls -l ./PRESTORE_restore/de.res\"");
+      EXPECT_EQ(fs::symlink_status(file).type(), type);
+      EXPECT_EQ(std::distance(fs::directory_iterator(bundle), {}), 1);
+      EXPECT_EQ(test::readFile(scratch_ / "victim"), "kept");
+    }
+    EXPECT_THAT(scratch_.names(), testing::ElementsAre("PRESTORE_restore", "elsewhere", "victim"));
+    fs::remove_all(bundle);
+  }
+}
+
+TEST_F(OrxKdb, WritesDamagedMessagesAgain) {
+  ASSERT_EQ(run({"messages"}).exitCode, exitDone);
+  const std::string file = scratch_.file("PRESTORE_restore/root.res");
+  const std::string whole = test::readFile(file);
+  for (const std::string& damaged : {std::string(), whole.substr(0, 16)}) {
+    test::writeFile(file, damaged);
+    EXPECT_EQ(run({"messages"}).exitCode, exitDone);
+    EXPECT_TRUE(test::readFile(file) == whole);
+  }
 }
 
 TEST_F(OrxKdb, StandardStreamsCarryDumpsAndBackups) {
