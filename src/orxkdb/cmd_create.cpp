@@ -40,7 +40,7 @@ Result create(const CreateOptions& options) {
     return result;
   }
   return tellOutcome(options.json, jsonOf(options.database, directory),
-                     options.database + ": empty database made, messages beside it\n");
+                     options.database + ": empty database made, messages beside it");
 }
 
 void addCreate(CommandLine& line) {

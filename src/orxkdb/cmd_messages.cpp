@@ -17,7 +17,7 @@ nlohmann::ordered_json jsonOf(const std::string& bundle) {
 }
 
 std::string textOf(const std::string& bundle) {
-  return bundle + ": " + std::to_string(bundleFiles().size()) + " message files written\n";
+  return bundle + ": " + std::to_string(bundleFiles().size()) + " message files written";
 }
 
 }  // namespace

@@ -47,7 +47,8 @@ nlohmann::ordered_json jsonOf(const std::string& name) {
 
 std::string textOf(const std::string& name) {
   return name + ": back to its previous generation; what it was until now is kept as " +
-         kdb::previousName(name) + ", and another \"orxkdb undo " + name + "\" takes this back\n";
+         kdb::previousName(name) + ", and another \"orxkdb undo " + shellWord(name) +
+         "\" takes this back";
 }
 
 }  // namespace

@@ -68,16 +68,10 @@ std::string codesOf(const kdb::kdbStatus& status) {
          numberAndName(status.reason, reasonName(status.reason)) + ")";
 }
 
-std::string expanded(std::string text, const std::string& database) {
-  const std::array<std::pair<std::string_view, std::string>, 2> names{
+std::string expanded(std::string_view text, const std::string& database) {
+  const std::array<Placed, 2> places{
       {{"{db}", shellWord(database)}, {"{dir}", shellWord(parentOf(database))}}};
-  for (const auto& [name, word] : names) {
-    for (auto at = text.find(name); at != std::string::npos; at = text.find(name, at)) {
-      text.replace(at, name.size(), word);
-      at += word.size();
-    }
-  }
-  return text;
+  return filled(text, places);
 }
 
 // The database was moved or removed, what it was before the last change is there.

@@ -29,6 +29,7 @@ class Hints : public testing::Test {
     writeFile(directory_ / "notes", "not a database");
     writeFile(directory_ / "backup", backupText(smallFleet()));
     writeFile(directory_ / "pack.ed.gz", compressed("gzip", backupText(smallFleet())));
+    writeFile(directory_ / "{db}.gz", compressed("gzip", backupText(smallFleet())));
     writeFile(directory_ / "packed", compressed("gzip", backupText({plainLine(1)})));
     writeFile(directory_ / "packed.txt", "not to be written over");
     writeFile(directory_ / "twice", backupText({plainLine(1), plainLine(1)}));
@@ -99,6 +100,10 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
       {"-i pack.ed.gz -m counterless", exitFailed,
        "@pack.ed[.]gz is compressed with gzip; decompress it and restore that",
        "zcat < pack.ed[.]gz > pack.ed"},
+      {"-i '{db}.gz' -m counterless", exitFailed, "@[{]db[}][.]gz is compressed with gzip; .*",
+       "zcat < '[{]db[}][.]gz' > '[{]db[}]'"},
+      {"-i '{dir}/{why}' -o db", exitBackupNotOpened,
+       "there is no backup @[{]dir[}]/[{]why[}]; @db is unchanged", "ls -l '[{]dir[}]'"},
       {"-i packed -m counterless", exitFailed, "@packed is compressed .*",
        "zcat < packed > packed[.]2[.]txt"},
       {"-i twice -m other", exitFailed,

@@ -215,6 +215,43 @@ TEST_F(OrxKdb, NamesAreTakenAsTheyAre) {
   EXPECT_EQ(run({"create", "--", "-x"}).exitCode, exitDone);
   EXPECT_TRUE(std::filesystem::exists(scratch_.file("-x")));
   EXPECT_EQ(run({"stat", ""}).exitCode, exitNotOpened);
+  EXPECT_THAT(run({"stat", "{dir}"}).errors, HasSubstr("\"orxkdb create '{dir}'\""));
+}
+
+// As a file that somebody else has named may be called.
+TEST_F(OrxKdb, NamesStayOnTheirLineAndInTheirWord) {
+  const std::string name = "d\033[2J\nb $(touch made)";
+  const std::string word = "$'d\\033[2J\\012b $(touch made)'";
+  const std::string shown = "d?[2J?b $(touch made)";
+  const std::string text = name + ".txt";
+  ASSERT_EQ(run({"create", name}).exitCode, exitDone);
+  ASSERT_EQ(run({"sample", "--objects", "20", text}).exitCode, exitDone);
+  test::createDatabase(scratch_.file(name + ".orx-previous"), 1);
+  const auto undone = run({"undo", name});
+  EXPECT_THAT(undone.output, testing::StartsWith(shown + ": back to its previous generation; "));
+  EXPECT_THAT(undone.output, HasSubstr("\"orxkdb undo " + word + "\" takes"));
+  const std::vector<std::string> commands[] = {
+      {"undo", name},
+      {"create", name},
+      {"dump", name, name + ".dump"},
+      {"backup", name, "b" + name},
+      {"load", name + "2", name + ".dump"},
+      {"check", text},
+      {"check", name},
+      {"diff", name, text},
+      {"plan", name, text},
+      {"stat", name + "3"},
+      {"explain", "--line", text + ":1"},
+      {"explain", name, "9:9"},
+      {"report", name, "--html", name + ".html"},
+      {"messages", name},
+      {name},
+  };
+  for (const auto& arguments : commands) {
+    const auto result = run(arguments);
+    EXPECT_THAT(result.output + result.errors, HasSubstr("d?[2J?b")) << arguments[0];
+    EXPECT_EQ((result.output + result.errors).find('\033'), std::string::npos) << arguments[0];
+  }
 }
 
 }  // namespace
