@@ -294,6 +294,12 @@ class HintList {
     if (!addWrongBackup()) {
       addMeaning(meaningOfFailure(), outcome_.published ? "" : "; the database is unchanged");
     }
+    if (report_.backupChanged) addChangedBackup();
+  }
+
+  void addChangedBackup() {
+    add("{BACKUP} changed during the run; run this again when nobody writes to it any more",
+        "ls -l {backup}");
   }
 
   static bool isDatabase(const std::string& name) { return kdb::looksLikeDatabase(name.c_str()); }
@@ -352,7 +358,13 @@ class HintList {
   void addSuccess() {
     const bool removedAll = settings_.mode == modeReplace && outcome_.published &&
                             report_.deletedCount > 1 && report_.addedCount <= 1;
-    if (removedAll) {
+    if (report_.backupChanged && outcome_.published) {
+      addUndo(
+          "{BACKUP} changed while it was read, {DB} may have a part of it; undo that, and run "
+          "this again when nobody writes to the backup any more");
+    } else if (report_.backupChanged) {
+      addChangedBackup();
+    } else if (removedAll) {
       addUndo(
           "{DB} had {deleted} records and has {added} now; if that is not what you want, undo it",
           {{"{deleted}", std::to_string(report_.deletedCount)},

@@ -192,4 +192,10 @@ Result fileFailure(ExitCode code, std::string_view what, const std::string& file
   return systemFailure(code, what, absolutePath(file), error);
 }
 
+Result changedFailure(const std::string& file) {
+  return fail(exitFailed, "the file changed while it was read", absolutePath(file),
+              "wait until the program that writes it has ended and run this again");
+}
+
 }  // namespace orx::orxkdb
+

@@ -142,6 +142,42 @@ TEST_F(Hints, NameAFullDiskWhoHoldsTheDatabaseAndMissingMessages) {
               directory_);
 }
 
+// A file that is written all the time stands for a copy that is under way.
+TEST_F(Hints, TellThatABackupChangedWhileItWasRead) {
+  const std::string lines = resourceLines(3000);
+  writeFile(directory_ / "lines", lines);
+  writeFile(directory_ / "lines.gz", compressed("gzip", lines));
+  const std::string why = "orxkdb: the file changed while it was read, @lines, wait until .*\n";
+  const std::string undo = "orxrestore: @lines changed while it was read, .*\n  next: orxkdb undo ";
+  const struct {
+    const char* command;
+    int exitCode;
+    std::string errors;
+  } cases[] = {
+      {"orxrestore -i lines -o db", exitSuccess, undo + "db\n"},
+      {"orxrestore -i lines -m other", exitSuccess, undo + "other\n"},
+      {"orxrestore -i lines -m counterless", exitFailed,
+       "orxrestore: the system .*\n  next: orxkdb check counterless\n"
+       "orxrestore: @lines changed during the run; .*\n  next: ls -l lines\n"},
+      {"orxkdb check lines", exitFailed, why},
+      {"orxkdb plan other lines", exitFailed, why},
+      {"orxkdb diff lines other", exitFailed, why},
+      {"orxkdb diff other lines.gz", exitFailed,
+       "orxkdb: the file changed while it was read, @lines.gz, .*\n"},
+  };
+  for (const auto& row : cases) {
+    const auto result = run("command='" + std::string(row.command) +
+                            R"('; while touch lines lines.gz; do :; done & writer=$!
+for i in {1..200}; do
+  $command > out 2> errors; code=$?
+  grep -q ' changed ' errors && break
+done
+kill $writer; cat errors >&2; exit $code)");
+    EXPECT_EQ(result.exitCode, row.exitCode) << row.command;
+    expectMatch(result.errors, row.errors, directory_);
+  }
+}
+
 // Which of its files a run cannot open depends on how many are open already.
 TEST(HintsOfFewDescriptors, NameTheFileAndTheLimit) {
   RestoreSettings settings;

@@ -99,7 +99,7 @@ void BackupSource::sortLines() {
 
 bool BackupSource::read(KeyedRecord& record, Result& result) {
   const bool isRead = isSorted_ ? nextSortedLine() : nextLine();
-  result = file_.result();
+  result = isRead ? file_.result() : file_.finish();
   if (!isRead) return false;
   DataBuffer restored;
   line_.buildDataBuffer(restored);

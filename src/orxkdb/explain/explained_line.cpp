@@ -106,7 +106,7 @@ Result findLine(const LinePlace& place, std::string& line) {
     line = piece.text;
     return {};
   }
-  if (!file.result().ok()) return file.result();
+  if (Result result = file.finish(); !result.ok()) return result;
   return fail(exitNotAsExpected, "there is no such line",
               place.file + ":" + std::to_string(place.line),
               "its last line is " + std::to_string(piece.line));
