@@ -18,6 +18,7 @@
 #include "restore/exit_codes.h"
 #include "terminal/color.h"
 #include "terminal/file_words.h"
+#include "terminal/free_space.h"
 
 namespace orx {
 
@@ -81,6 +82,10 @@ constexpr Meaning damaged{kdb::Reason::format,
 constexpr Meaning onlyPrevious{kdb::Reason::notFound,
                                "there is no database {DB}, but its previous generation {PREVIOUS}",
                                "mv {previous} {db}"};
+constexpr Meaning noInodes{kdb::Reason::space,
+                           "the file system of {DB} can hold no more files, whatever space it has; "
+                           "remove some that are not needed",
+                           "df -i ."};
 constexpr Meaning leadsNowhere{kdb::Reason::notFound,
                                "{DB} is a symbolic link that leads to no database", "ls -l {db}"};
 constexpr Meaning noDatabase{kdb::Reason::format, "{DB} is not a database", "ls -ld {db}"};
@@ -266,6 +271,7 @@ class HintList {
     if (reason == kdb::Reason::format) {
       return kdb::looksLikeDatabase(settings_.databaseName.c_str()) ? damaged : noDatabase;
     }
+    if (reason == kdb::Reason::space && lacksInodes(settings_.databaseName)) return noInodes;
     if (outcome_.exitCode == exitDatabaseNotOpened) {
       if (reason == kdb::Reason::notFound && isTaken(settings_.databaseName)) return leadsNowhere;
       if (reason == kdb::Reason::notFound &&

@@ -1,7 +1,9 @@
 #include "orxkdb/cmd_undo.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -38,7 +40,9 @@ Result undoFailure(const std::string& name, const kdb::kdbStatus& status) {
   if (status.reason == wrongFormat && kdb::looksLikeDatabase(name.c_str())) {
     return previousFailure(previous, status);
   }
-  return openFailure(name, status);
+  const bool hidesPrevious =
+      ::access(name.c_str(), R_OK) == 0 && ::access(previous.c_str(), R_OK) != 0 && errno == EACCES;
+  return openFailure(hidesPrevious ? previous : name, status);
 }
 
 nlohmann::ordered_json jsonOf(const std::string& name) {

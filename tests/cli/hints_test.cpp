@@ -142,6 +142,20 @@ TEST_F(Hints, NameAFullDiskWhoHoldsTheDatabaseAndMissingMessages) {
               directory_);
 }
 
+TEST_F(Hints, NameAFileSystemThatHoldsNoMoreFiles) {
+  const auto result = run(R"(unshare -m bash -c '
+mount -t tmpfs -o nr_inodes=60 none folder && cp -r db PRESTORE_restore folder || exit 77
+cd folder; for i in {1..60}; do : > $i; done 2> /dev/null
+orxrestore -i ../backup -o db; orxkdb dump db text; true' || exit 77)");
+  if (result.exitCode == 77) GTEST_SKIP() << "no right to mount";
+  expectMatch(result.errors,
+              "orxrestore: the file system of @folder/db can hold no more files, .* unchanged\n"
+              "  next: df -i [.]\n"
+              "orxkdb: the output file cannot be made, @folder/text [(]No space .*[)], "
+              "remove files, see \"df -i [.]\", and run this again\n",
+              directory_);
+}
+
 // A file that is written all the time stands for a copy that is under way.
 TEST_F(Hints, TellThatABackupChangedWhileItWasRead) {
   const std::string lines = resourceLines(3000);
