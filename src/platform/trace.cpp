@@ -66,10 +66,16 @@ void sayClosed(const char* why) {
   (void)std::fprintf(stderr, "nothing is traced: ORX_TRACE_FILE %s\n", why);
 }
 
+// Also of one that is to come: a trace in its place would keep it from being made.
+bool isDatabaseName(const std::string& file) {
+  return file.ends_with(".orx-new") || file.ends_with(".orx-previous") ||
+         kdb::looksLikeDatabase(file.c_str());
+}
+
 // Null, and one line on standard error, for a file that cannot take a trace: lines in a database
 // would be its end. A pipe that nobody reads keeps nobody waiting.
 std::FILE* openTraceFile(const std::string& file) {
-  if (kdb::looksLikeDatabase(file.c_str())) {
+  if (isDatabaseName(file)) {
     sayClosed("names a database");
     return nullptr;
   }

@@ -1,6 +1,6 @@
 #include "platform/trace.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -78,6 +78,7 @@ TEST(Trace, AFileThatCannotTakeLinesClosesTheTraceAndIsKept) {
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   const std::string before = test::readFile(database);
   const std::pair<std::string, std::string> cases[] = {{database, "names a database"},
+                                                       {database + ".orx-new", "names a database"},
                                                        {pipe, "cannot be opened"}};
   for (const auto& [file, why] : cases) {
     testing::internal::CaptureStderr();
@@ -88,6 +89,7 @@ TEST(Trace, AFileThatCannotTakeLinesClosesTheTraceAndIsKept) {
               "nothing is traced: ORX_TRACE_FILE " + why + "\n");
   }
   EXPECT_TRUE(test::readFile(database) == before);
+  EXPECT_THAT(directory.names(), testing::ElementsAre("db", "pipe"));
   trace_setting::configure("", "");
 }
 
