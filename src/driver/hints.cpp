@@ -18,20 +18,31 @@
 #include "restore/exit_codes.h"
 #include "terminal/color.h"
 #include "terminal/file_words.h"
+#include "terminal/free_space.h"
 
 namespace orx {
 
 namespace {
 
-struct Meaning {
-  kdb::Reason reason;
-  const char* what;
-  const char* next;
+// A text with places for names. Only constants are: a name that looks like a place stays a name.
+class Template {
+ public:
+  consteval Template(const char* text) : text_(text) {}  // NOLINT(google-explicit-constructor)
+  [[nodiscard]] std::string_view text() const { return text_; }
+
+ private:
+  std::string_view text_;
 };
 
-constexpr const char* moreFiles = "ulimit -n 1024";
+struct Meaning {
+  kdb::Reason reason;
+  Template what;
+  Template next;
+};
 
-// What the reasons mean, and the command to type next, as expand() takes them.
+constexpr Template moreFiles = "ulimit -n 1024";
+
+// What the reasons mean, and the command to type next, with the places of placesOf().
 constexpr std::array openMeanings{
     Meaning{kdb::Reason::notFound, "there is no database {DB}", "orxkdb create {db}"},
     Meaning{kdb::Reason::inUse, "{DB} is being changed by another program; wait for its end",
@@ -71,6 +82,10 @@ constexpr Meaning damaged{kdb::Reason::format,
 constexpr Meaning onlyPrevious{kdb::Reason::notFound,
                                "there is no database {DB}, but its previous generation {PREVIOUS}",
                                "mv {previous} {db}"};
+constexpr Meaning noInodes{kdb::Reason::space,
+                           "the file system of {DB} can hold no more files, whatever space it has; "
+                           "remove some that are not needed",
+                           "df -i ."};
 constexpr Meaning leadsNowhere{kdb::Reason::notFound,
                                "{DB} is a symbolic link that leads to no database", "ls -l {db}"};
 constexpr Meaning noDatabase{kdb::Reason::format, "{DB} is not a database", "ls -ld {db}"};
@@ -85,25 +100,17 @@ constexpr Meaning unreadBackup{kdb::Reason::ioError,
                                "{BACKUP} could not be read to its end; see the system's log",
                                "journalctl -k"};
 
-// The names in a text: {DB}, {PREVIOUS} (its previous generation) and {BACKUP} as absolute paths,
-// {db}, {previous} and {backup} as words of a command.
-std::string expand(std::string_view text, const RestoreSettings& settings) {
+// The places in a text: {DB}, {PREVIOUS} (its previous generation) and {BACKUP} for absolute paths,
+// {db}, {previous}, {backup} and {dir} (the backup's directory) for words of a command.
+std::vector<Placed> placesOf(const RestoreSettings& settings) {
   const std::string previous = kdb::previousName(settings.databaseName);
-  const std::array<std::pair<std::string_view, std::string>, 6> names{
-      {{"{PREVIOUS}", absolutePath(previous)},
-       {"{previous}", shellWord(previous)},
-       {"{DB}", absolutePath(settings.databaseName)},
-       {"{BACKUP}", absolutePath(settings.backupFileName)},
-       {"{db}", shellWord(settings.databaseName)},
-       {"{backup}", shellWord(settings.backupFileName)}}};
-  std::string expanded;
-  while (!text.empty()) {
-    const auto* const name = std::ranges::find_if(
-        names, [text](const auto& entry) { return text.starts_with(entry.first); });
-    expanded += name == names.end() ? std::string(1, text.front()) : name->second;
-    text.remove_prefix(name == names.end() ? 1 : name->first.size());
-  }
-  return expanded;
+  return {{"{PREVIOUS}", absolutePath(previous)},
+          {"{previous}", shellWord(previous)},
+          {"{DB}", absolutePath(settings.databaseName)},
+          {"{BACKUP}", absolutePath(settings.backupFileName)},
+          {"{db}", shellWord(settings.databaseName)},
+          {"{backup}", shellWord(settings.backupFileName)},
+          {"{dir}", shellWord(parentOf(settings.backupFileName))}};
 }
 
 std::string errorText(int error) {
@@ -113,7 +120,10 @@ std::string errorText(int error) {
 class HintList {
  public:
   explicit HintList(const RunOutcome& outcome)
-      : outcome_(outcome), settings_(outcome.settings), report_(outcome.report) {}
+      : outcome_(outcome),
+        settings_(outcome.settings),
+        report_(outcome.report),
+        places_(placesOf(outcome.settings)) {}
 
   std::vector<Hint> take() {
     if (outcome_.messagesMissing) addMissingMessages();
@@ -144,32 +154,39 @@ class HintList {
   }
 
  private:
-  void add(std::string_view what, std::string_view next) {
-    hints_.push_back({expand(what, settings_), expand(next, settings_)});
+  // With `more` places than those of every text.
+  void add(Template what, Template next, const std::vector<Placed>& more = {}) {
+    std::vector<Placed> places = places_;
+    places.insert(places.end(), more.begin(), more.end());
+    hints_.push_back({filled(what.text(), places), filled(next.text(), places)});
   }
 
-  void addMeaning(const Meaning& meaning, const std::string& behind) {
-    add(meaning.what + behind, meaning.next);
+  void addMeaning(const Meaning& meaning, std::string_view behind) {
+    add(meaning.what, meaning.next);
+    hints_.back().what += behind;
   }
 
-  void addUndo(const std::string& why) { add(why, "orxkdb undo {db}"); }
+  void addUndo(Template why, const std::vector<Placed>& more = {}) {
+    add(why, "orxkdb undo {db}", more);
+  }
 
   void addMissingMessages() {
-    add("the messages are missing or cannot be read: " + absolutePath("PRESTORE_restore"),
-        "orxkdb messages");
+    add("the messages are missing or cannot be read: {MESSAGES}", "orxkdb messages",
+        {{"{MESSAGES}", absolutePath("PRESTORE_restore")}});
   }
 
   void addPathInName() {
     const std::filesystem::path path(settings_.databaseName);
-    const std::string why =
-        "the database is named without a path and opened in the current directory";
     std::error_code error;
     if (path.has_filename() && path.has_parent_path() &&
         std::filesystem::is_directory(path.parent_path(), error)) {
-      add(why + ", not as {DB}",
-          "cd " + shellWord(path.parent_path()) + " && " + commandThere(path));
+      add("the database is named without a path and opened in the current directory, not as {DB}",
+          "cd {there} && {command}",
+          {{"{there}", shellWord(path.parent_path())}, {"{command}", commandThere(path)}});
     } else {
-      add(why + "; there is no directory for {DB}", "ls -l .");
+      add("the database is named without a path and opened in the current directory; there is no "
+          "directory for {DB}",
+          "ls -l .");
     }
   }
 
@@ -189,61 +206,63 @@ class HintList {
 
   void addUnopenedBackup() {
     if (addOwnGeneration()) return;
-    const std::string unchanged = outcome_.published ? "" : "; {DB} is unchanged";
-    const auto& [what, next] = whyUnopened();
-    add(what + unchanged, next);
-    if (outcome_.published) addUndo("only the system record of {DB} was written again");
+    addWhyUnopened();
+    if (outcome_.published) {
+      addUndo("only the system record of {DB} was written again");
+    } else {
+      hints_.back().what += "; " + absolutePath(settings_.databaseName) + " is unchanged";
+    }
   }
 
-  [[nodiscard]] std::pair<std::string, std::string> whyUnopened() const {
+  void addWhyUnopened() {
     const std::string& name = settings_.backupFileName;
     const int error = report_.backupError;
     struct stat file {};
     if (error == EMFILE || error == ENFILE) {
-      return {"too many files are open for the backup {BACKUP} to be read; raise the limit",
-              moreFiles};
+      return add("too many files are open for the backup {BACKUP} to be read; raise the limit",
+                 moreFiles);
     }
     if (::stat(name.c_str(), &file) != 0) {
-      if (errno == ENOENT) {
-        return {"there is no backup {BACKUP}", "ls -l " + shellWord(parentOf(name))};
-      }
-      return {"the backup {BACKUP} cannot be reached (" + errorText(errno) + ")", "ls -l ."};
+      if (errno == ENOENT) return add("there is no backup {BACKUP}", "ls -l {dir}");
+      return add("the backup {BACKUP} cannot be reached ({why})", "ls -l .",
+                 {{"{why}", errorText(errno)}});
     }
-    if (S_ISDIR(file.st_mode)) return {"the backup {BACKUP} is a directory", "ls -ld {backup}"};
+    if (S_ISDIR(file.st_mode)) return add("the backup {BACKUP} is a directory", "ls -ld {backup}");
     if (::access(name.c_str(), R_OK) != 0) {
-      return {"no permission to read the backup {BACKUP}", "ls -ld {backup}"};
+      return add("no permission to read the backup {BACKUP}", "ls -ld {backup}");
     }
-    return {"the backup {BACKUP} cannot be opened: " + errorText(error), "journalctl -k"};
+    add("the backup {BACKUP} cannot be opened: {why}", "journalctl -k",
+        {{"{why}", errorText(error)}});
   }
 
   // The backup would have been replaced by the run.
   [[nodiscard]] bool addOwnGeneration() {
     const std::string& name = settings_.backupFileName;
-    const std::string free = shellWord(freeTextName(name));
+    const std::vector<Placed> free{{"{free}", shellWord(freeTextName(name))}};
     switch (kdb::generationOf(name, settings_.databaseName)) {
       case kdb::Generation::none:
         return false;
       case kdb::Generation::current:
         add("{BACKUP} is the database itself, not a backup of it; nothing was done",
-            "orxkdb backup {db} " + free);
+            "orxkdb backup {db} {free}", free);
         return true;
       case kdb::Generation::successor:
         add("{BACKUP} has the name under which the next {DB} is written; nothing was done",
-            "mv {backup} " + free);
+            "mv {backup} {free}", free);
         return true;
       case kdb::Generation::previous:
         add("{BACKUP} is the previous generation of {DB}, which the run would replace; nothing was "
             "done",
-            previousCommand(free));
+            previousCommand(), free);
     }
     return true;
   }
 
-  [[nodiscard]] std::string previousCommand(const std::string& free) const {
-    if (settings_.mode == modeMerge) return "orxkdb backup {backup} " + free;
+  [[nodiscard]] Template previousCommand() const {
+    if (settings_.mode == modeMerge) return "orxkdb backup {backup} {free}";
     std::error_code error;
-    return std::filesystem::exists(settings_.databaseName, error) ? "orxkdb undo {db}"
-                                                                  : "mv {backup} {db}";
+    if (std::filesystem::exists(settings_.databaseName, error)) return "orxkdb undo {db}";
+    return "mv {backup} {db}";
   }
 
   [[nodiscard]] const Meaning& meaningOfFailure() const {
@@ -252,6 +271,7 @@ class HintList {
     if (reason == kdb::Reason::format) {
       return kdb::looksLikeDatabase(settings_.databaseName.c_str()) ? damaged : noDatabase;
     }
+    if (reason == kdb::Reason::space && lacksInodes(settings_.databaseName)) return noInodes;
     if (outcome_.exitCode == exitDatabaseNotOpened) {
       if (reason == kdb::Reason::notFound && isTaken(settings_.databaseName)) return leadsNowhere;
       if (reason == kdb::Reason::notFound &&
@@ -277,8 +297,15 @@ class HintList {
   void addFailure() {
     if (report_.failure.returnCode == 0) return;
     if (outcome_.published) addUndo("{DB} has what the run did before it failed");
-    if (addWrongBackup()) return;
-    addMeaning(meaningOfFailure(), outcome_.published ? "" : "; the database is unchanged");
+    if (!addWrongBackup()) {
+      addMeaning(meaningOfFailure(), outcome_.published ? "" : "; the database is unchanged");
+    }
+    if (report_.backupChanged) addChangedBackup();
+  }
+
+  void addChangedBackup() {
+    add("{BACKUP} changed during the run; run this again when nobody writes to it any more",
+        "ls -l {backup}");
   }
 
   static bool isDatabase(const std::string& name) { return kdb::looksLikeDatabase(name.c_str()); }
@@ -299,8 +326,11 @@ class HintList {
   void addCompressedBackup(Compression compression) {
     const std::string format = nameOf(compression);
     const std::string tool = compression == Compression::gzip ? "zcat" : format + "cat";
-    add("{BACKUP} is compressed with " + format + "; decompress it and restore that",
-        tool + " < {backup} > " + shellWord(decompressedName(settings_.backupFileName)));
+    add("{BACKUP} is compressed with {format}; decompress it and restore that",
+        "{tool} < {backup} > {free}",
+        {{"{format}", format},
+         {"{tool}", tool},
+         {"{free}", shellWord(decompressedName(settings_.backupFileName))}});
   }
 
   // Also by a symbolic link that leads nowhere: a command would write through it.
@@ -327,15 +357,24 @@ class HintList {
 
   void addDatabaseAsBackup() {
     add("{BACKUP} is a database, not a backup; make a backup of it and restore that",
-        "orxkdb backup {backup} " + shellWord(freeTextName(settings_.backupFileName)));
+        "orxkdb backup {backup} {free}",
+        {{"{free}", shellWord(freeTextName(settings_.backupFileName))}});
   }
 
   void addSuccess() {
     const bool removedAll = settings_.mode == modeReplace && outcome_.published &&
                             report_.deletedCount > 1 && report_.addedCount <= 1;
-    if (removedAll) {
-      addUndo("{DB} had " + std::to_string(report_.deletedCount) + " records and has " +
-              std::to_string(report_.addedCount) + " now; if that is not what you want, undo it");
+    if (report_.backupChanged && outcome_.published) {
+      addUndo(
+          "{BACKUP} changed while it was read, {DB} may have a part of it; undo that, and run "
+          "this again when nobody writes to the backup any more");
+    } else if (report_.backupChanged) {
+      addChangedBackup();
+    } else if (removedAll) {
+      addUndo(
+          "{DB} had {deleted} records and has {added} now; if that is not what you want, undo it",
+          {{"{deleted}", std::to_string(report_.deletedCount)},
+           {"{added}", std::to_string(report_.addedCount)}});
     }
     (void)addWrongBackup();
   }
@@ -343,6 +382,7 @@ class HintList {
   const RunOutcome& outcome_;
   const RestoreSettings& settings_;
   const RunReport& report_;
+  std::vector<Placed> places_;
   std::vector<Hint> hints_;
 };
 

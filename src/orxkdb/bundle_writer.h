@@ -10,5 +10,8 @@ namespace orx::orxkdb {
 // Puts the directory PRESTORE_restore with its files into `directory`, which must exist. Each file
 // appears whole; one that is there is replaced.
 Result putBundle(const std::string& directory);
+// exitNotOpened when a link, or anything else that is no file of messages, has the name of one:
+// putBundle() does not replace it, and nobody should write what goes with the messages.
+Result checkBundlePlace(const std::string& directory);
 
 }  // namespace orx::orxkdb

@@ -41,7 +41,7 @@ nlohmann::ordered_json jsonOf(const BackupOptions& options, std::uint64_t record
 }
 
 std::string textOf(const BackupOptions& options, std::uint64_t records) {
-  return options.file + ": " + std::to_string(records) + " records backed up\n";
+  return options.file + ": " + std::to_string(records) + " records backed up";
 }
 
 }  // namespace

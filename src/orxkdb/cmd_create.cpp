@@ -9,6 +9,7 @@
 #include "orxkdb/new_database.h"
 #include "orxkdb/output.h"
 #include "platform/file.h"
+#include "terminal/file_words.h"
 
 namespace orx::orxkdb {
 
@@ -30,14 +31,16 @@ nlohmann::ordered_json jsonOf(const std::string& database, const std::string& di
 }  // namespace
 
 Result create(const CreateOptions& options) {
-  if (Result result = createDatabase(options.database); !result.ok()) return result;
   const std::string directory = directoryOf(options.database);
+  if (Result result = checkBundlePlace(directory); !result.ok()) return result;
+  if (Result result = createDatabase(options.database); !result.ok()) return result;
   if (Result result = putBundle(directory); !result.ok()) {
-    result.addHint("the database is made, \"orxkdb messages " + directory + "\" adds the rest");
+    result.addHint("the database is made, \"orxkdb messages " + shellWord(directory) +
+                   "\" adds the rest");
     return result;
   }
   return tellOutcome(options.json, jsonOf(options.database, directory),
-                     options.database + ": empty database made, messages beside it\n");
+                     options.database + ": empty database made, messages beside it");
 }
 
 void addCreate(CommandLine& line) {

@@ -8,9 +8,19 @@
 
 namespace orx::orxkdb {
 
+namespace {
+
+// Of an input that is damaged somewhere: the other code stands for an unusable command line here.
+Result notOpened(Result result) {
+  if (result.code == exitNotAsExpected) result.code = exitNotOpened;
+  return result;
+}
+
+}  // namespace
+
 Result diff(const DiffOptions& options) {
   DiffCounts counts;
-  if (Result result = runDiff(options, counts); !result.ok()) return result;
+  if (Result result = runDiff(options, counts); !result.ok()) return notOpened(std::move(result));
   if (counts.isSame()) return {};
   return fail(exitDifferent, "the two differ: " + countsInShort(counts),
               options.before + " and " + options.after,
@@ -40,7 +50,7 @@ void addDiff(CommandLine& line) {
       "All objects are counted, also those that are not shown. The exit code is 0 when the two "
       "are\n"
       "the same and 1 when they differ. Any other is a failure: 2 the command line is unusable, 5\n"
-      "an input could not be opened, 6 a failure on the way.\n\n"
+      "an input could not be opened or is damaged, 6 a failure on the way.\n\n"
       "Examples:\n"
       "  orxkdb diff rorxdata.orx-previous rorxdata\n"
       "  orxkdb diff RORXbackup.txt rorxdata\n"

@@ -31,7 +31,7 @@ nlohmann::ordered_json jsonOf(const DumpOptions& options, std::uint64_t records)
 }
 
 std::string textOf(const DumpOptions& options, std::uint64_t records) {
-  return options.file + ": " + std::to_string(records) + " records dumped\n";
+  return options.file + ": " + std::to_string(records) + " records dumped";
 }
 
 }  // namespace

@@ -107,7 +107,7 @@ nlohmann::ordered_json jsonOf(const LoadOptions& options, std::uint64_t records)
 }
 
 std::string textOf(const LoadOptions& options, std::uint64_t records) {
-  return options.database + ": " + std::to_string(records) + " records loaded\n";
+  return options.database + ": " + std::to_string(records) + " records loaded";
 }
 
 }  // namespace

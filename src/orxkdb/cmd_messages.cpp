@@ -17,7 +17,7 @@ nlohmann::ordered_json jsonOf(const std::string& bundle) {
 }
 
 std::string textOf(const std::string& bundle) {
-  return bundle + ": " + std::to_string(bundleFiles().size()) + " message files written\n";
+  return bundle + ": " + std::to_string(bundleFiles().size()) + " message files written";
 }
 
 }  // namespace
@@ -37,7 +37,8 @@ void addMessages(CommandLine& line) {
   command.json(options->json);
   command.footer(
       "The files go into DIR/PRESTORE_restore, one for each language; those that are there are\n"
-      "replaced. orxrestore finds them when it runs in DIR.\n\n"
+      "replaced. Nothing is written where a link, or a file that holds no messages, has the name\n"
+      "of one. orxrestore finds them when it runs in DIR.\n\n"
       "Examples:\n"
       "  orxkdb messages\n"
       "  orxkdb messages --json /srv/tdv");

@@ -1,7 +1,9 @@
 #include "orxkdb/cmd_undo.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -38,7 +40,9 @@ Result undoFailure(const std::string& name, const kdb::kdbStatus& status) {
   if (status.reason == wrongFormat && kdb::looksLikeDatabase(name.c_str())) {
     return previousFailure(previous, status);
   }
-  return openFailure(name, status);
+  const bool hidesPrevious =
+      ::access(name.c_str(), R_OK) == 0 && ::access(previous.c_str(), R_OK) != 0 && errno == EACCES;
+  return openFailure(hidesPrevious ? previous : name, status);
 }
 
 nlohmann::ordered_json jsonOf(const std::string& name) {
@@ -47,7 +51,8 @@ nlohmann::ordered_json jsonOf(const std::string& name) {
 
 std::string textOf(const std::string& name) {
   return name + ": back to its previous generation; what it was until now is kept as " +
-         kdb::previousName(name) + ", and another \"orxkdb undo " + name + "\" takes this back\n";
+         kdb::previousName(name) + ", and another \"orxkdb undo " + shellWord(name) +
+         "\" takes this back";
 }
 
 }  // namespace

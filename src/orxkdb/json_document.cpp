@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "orxkdb/output.h"
+#include "terminal/file_words.h"
 
 namespace orx::orxkdb {
 
@@ -45,7 +46,7 @@ std::string failureJson(const Result& failure) {
 
 Result tellOutcome(bool json, const Json& document, std::string_view words) {
   if (!json) {
-    say(words);
+    if (!words.empty()) say(onOneLine(std::string(words)) + "\n");
     return {};
   }
   Result result = writeStandardOutput(jsonText(document));

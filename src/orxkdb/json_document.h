@@ -27,7 +27,8 @@ namespace orx::orxkdb {
 // The document of a failure: its exit code, what happened where, and what to do next.
 [[nodiscard]] std::string failureJson(const Result& failure);
 
-// Tells what was done, as JSON or in words. A script needs its document: exitFailed when it cannot
+// Tells what was done, as JSON or in words, one line that names may stand in as they are; without
+// words nothing. A script needs its document: exitFailed when it cannot
 // be written, though all is done. Whether anybody reads the words does not matter.
 Result tellOutcome(bool json, const nlohmann::ordered_json& document, std::string_view words);
 

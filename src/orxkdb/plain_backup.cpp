@@ -11,6 +11,7 @@
 #include "orxkdb/read_failure.h"
 #include "platform/kdb.h"
 #include "platform/run_progress.h"
+#include "records/file_state.h"
 
 namespace orx::orxkdb {
 
@@ -82,7 +83,10 @@ Result PlainBackup::unpack(const std::string& name) {
   file_ = openFile(scratchDirectory(), O_TMPFILE | O_RDWR, 0600);
   if (!file_.valid()) return scratchFailure(name, errno);
   runProgress().enterFile("unpacking", name);
-  if (Result result = copyAll(source, name, file_); !result.ok()) return result;
+  const auto before = stateOf(name);
+  Result copied = copyAll(source, name, file_);
+  if (stateOf(name) != before) return changedFailure(name);
+  if (!copied.ok()) return copied;
   path_ = "/proc/self/fd/" + std::to_string(file_.get());
   if (!kdb::looksLikeDatabase(path_.c_str())) return {};
   return fail(exitNotAsExpected, "what comes out is a database, not a backup", name,

@@ -17,6 +17,7 @@
 #include "orxkdb/output.h"
 #include "platform/interruption.h"
 #include "terminal/color.h"
+#include "terminal/file_words.h"
 #include "terminal/progress_line.h"
 
 namespace orx::orxkdb {
@@ -127,7 +128,7 @@ void reportAsJson(const Result& result) {
 
 void reportFailure(const Result& result) {
   const std::string name = painted("orxkdb:", Paint::red, STDERR_FILENO);
-  (void)std::fprintf(stderr, "%s %s\n", name.c_str(), result.text.c_str());
+  (void)std::fprintf(stderr, "%s %s\n", name.c_str(), onOneLine(result.text).c_str());
 }
 
 // Without taking memory.

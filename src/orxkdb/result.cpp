@@ -8,6 +8,7 @@
 #include "messages/error_msg.h"
 #include "platform/interruption.h"
 #include "terminal/file_words.h"
+#include "terminal/free_space.h"
 
 namespace orx::orxkdb {
 
@@ -48,12 +49,17 @@ constexpr Sentence noPlaceForPrevious{
     kdb::Reason::unique,
     "a directory or another file stands in the place of NAME.orx-previous or NAME.orx-new",
     "move it away, \"ls -ld {db}.orx-*\" shows it"};
+constexpr Sentence noInodes{kdb::Reason::space, "the file system can hold no more files",
+                            "remove files, see \"df -i {dir}\", and run this again", true};
 constexpr Sentence missingDirectory{kdb::Reason::notFound, "there is no directory for the database",
                                     "make the directory, or check the name"};
 constexpr Sentence otherwise{kdb::Reason::noError, "the database refused the call",
                              "tell the maintainers with these codes", true};
 
-const Sentence& sentenceOf(std::int32_t reason) {
+const Sentence& sentenceOf(std::int32_t reason, const std::string& database) {
+  if (reason == static_cast<std::int32_t>(kdb::Reason::space) && lacksInodes(database)) {
+    return noInodes;
+  }
   const auto* found = std::ranges::find(sentences, static_cast<kdb::Reason>(reason),
                                         [](const Sentence& entry) { return entry.reason; });
   return found == sentences.end() ? otherwise : *found;
@@ -68,16 +74,10 @@ std::string codesOf(const kdb::kdbStatus& status) {
          numberAndName(status.reason, reasonName(status.reason)) + ")";
 }
 
-std::string expanded(std::string text, const std::string& database) {
-  const std::array<std::pair<std::string_view, std::string>, 2> names{
+std::string expanded(std::string_view text, const std::string& database) {
+  const std::array<Placed, 2> places{
       {{"{db}", shellWord(database)}, {"{dir}", shellWord(parentOf(database))}}};
-  for (const auto& [name, word] : names) {
-    for (auto at = text.find(name); at != std::string::npos; at = text.find(name, at)) {
-      text.replace(at, name.size(), word);
-      at += word.size();
-    }
-  }
-  return text;
+  return filled(text, places);
 }
 
 // The database was moved or removed, what it was before the last change is there.
@@ -109,6 +109,10 @@ ExitCode openCode(const kdb::kdbStatus& status) {
     default:
       return exitNotOpened;
   }
+}
+
+std::string withError(std::string where, int error) {
+  return where.append(" (").append(std::generic_category().message(error)).append(")");
 }
 
 const char* adviceFor(int error) {
@@ -167,20 +171,20 @@ Result openFailure(const std::string& database, const kdb::kdbStatus& status) {
   }
   const bool hasNoPlace = status.reason == static_cast<std::int32_t>(kdb::Reason::unique);
   return statusFailure(openCode(status), database, status,
-                       hasNoPlace ? noPlaceForPrevious : sentenceOf(status.reason));
+                       hasNoPlace ? noPlaceForPrevious : sentenceOf(status.reason, database));
 }
 
 Result createFailure(const std::string& database, const kdb::kdbStatus& status) {
   const bool isMissing = status.reason == static_cast<std::int32_t>(kdb::Reason::notFound);
   return statusFailure(openCode(status), database, status,
-                       isMissing ? missingDirectory : sentenceOf(status.reason));
+                       isMissing ? missingDirectory : sentenceOf(status.reason, database));
 }
 
 Result databaseFailure(const std::string& database, const kdb::kdbStatus& status,
                        const std::string& record) {
   const bool damaged = status.reason == static_cast<std::int32_t>(kdb::Reason::format);
   return statusFailure(damaged ? exitNotAsExpected : exitFailed, database, status,
-                       sentenceOf(status.reason), record);
+                       sentenceOf(status.reason, database), record);
 }
 
 Result lastFailure(const std::string& database, kdb::kdbHandle handle, const std::string& record) {
@@ -190,12 +194,18 @@ Result lastFailure(const std::string& database, kdb::kdbHandle handle, const std
 }
 
 Result systemFailure(ExitCode code, std::string_view what, std::string where, int error) {
-  where.append(" (").append(std::generic_category().message(error)).append(")");
-  return fail(code, what, where, adviceFor(error));
+  return fail(code, what, withError(std::move(where), error), adviceFor(error));
 }
 
 Result fileFailure(ExitCode code, std::string_view what, const std::string& file, int error) {
-  return systemFailure(code, what, absolutePath(file), error);
+  const std::string where = withError(absolutePath(file), error);
+  if (error != ENOSPC || !lacksInodes(file)) return fail(code, what, where, adviceFor(error));
+  return fail(code, what, where, expanded(noInodes.next, file));
+}
+
+Result changedFailure(const std::string& file) {
+  return fail(exitFailed, "the file changed while it was read", absolutePath(file),
+              "wait until the program that writes it has ended and run this again");
 }
 
 }  // namespace orx::orxkdb

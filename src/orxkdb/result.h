@@ -41,5 +41,7 @@ Result lastFailure(const std::string& database, kdb::kdbHandle handle,
 // A call that failed with the system's error number, at a place or with a file.
 Result systemFailure(ExitCode code, std::string_view what, std::string where, int error);
 Result fileFailure(ExitCode code, std::string_view what, const std::string& file, int error);
+// Somebody wrote to `file` while it was read: what was read need not be what it holds.
+Result changedFailure(const std::string& file);
 
 }  // namespace orx::orxkdb

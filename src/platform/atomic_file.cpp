@@ -40,7 +40,11 @@ AtomicFile::~AtomicFile() {
 int AtomicFile::open(const std::string& target) {
   const auto resolved = resolvePath(target);
   if (!resolved.has_value() && errno != ENOENT) return errno;
-  target_ = resolved.value_or(target);
+  return openUnresolved(resolved.value_or(target));
+}
+
+int AtomicFile::openUnresolved(const std::string& target) {
+  target_ = target;
   struct stat existing {};
   const bool replaces = ::stat(target_.c_str(), &existing) == 0;
   if (!replaces && errno != ENOENT) return errno;  // what cannot be looked at is not replaced

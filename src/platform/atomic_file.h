@@ -27,6 +27,8 @@ class AtomicFile {
   // the next calls fail the same way. A new file is 0640 less the umask; a replaced one keeps its
   // mode.
   [[nodiscard]] int open(const std::string& target);
+  // The same for a name of which nobody said that it may lead elsewhere: a link is replaced itself.
+  [[nodiscard]] int openUnresolved(const std::string& target);
   [[nodiscard]] int write(std::string_view bytes);
   [[nodiscard]] int publish();
   // The target has the text, also when publish() could not make sure that it is on the disk.

@@ -1,6 +1,8 @@
 #include "platform/trace.h"
 
+#include <fcntl.h>
 #include <fnmatch.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -11,6 +13,8 @@
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "platform/kdb.h"
 
 namespace orx {
 
@@ -58,11 +62,40 @@ std::vector<Gate> parseGates(std::string_view text) {
   return gates;
 }
 
+void sayClosed(const char* why) {
+  (void)std::fprintf(stderr, "nothing is traced: ORX_TRACE_FILE %s\n", why);
+}
+
+// Also of one that is to come: a trace in its place would keep it from being made.
+bool isDatabaseName(const std::string& file) {
+  return file.ends_with(".orx-new") || file.ends_with(".orx-previous") ||
+         kdb::looksLikeDatabase(file.c_str());
+}
+
+// Null, and one line on standard error, for a file that cannot take a trace: lines in a database
+// would be its end. A pipe that nobody reads keeps nobody waiting.
+std::FILE* openTraceFile(const std::string& file) {
+  if (isDatabaseName(file)) {
+    sayClosed("names a database");
+    return nullptr;
+  }
+  constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  const int descriptor = ::open(file.c_str(), flags, 0666);
+  std::FILE* const stream = descriptor < 0 ? nullptr : ::fdopen(descriptor, "a");
+  if (stream == nullptr) {
+    sayClosed("cannot be opened");
+    if (descriptor >= 0) (void)::close(descriptor);
+    return nullptr;
+  }
+  (void)::fcntl(descriptor, F_SETFL, O_APPEND);  // whoever reads a pipe slowly gets all the same
+  return stream;
+}
+
 // A file that cannot be opened closes the trace; tracing must not change what a run does.
 Setting makeSetting(std::string_view patterns, std::string_view file) {
   Setting setting{parseGates(patterns), nullptr};
   if (setting.gates.empty()) return setting;
-  setting.stream.reset(file.empty() ? stderr : std::fopen(std::string(file).c_str(), "ae"));
+  setting.stream.reset(file.empty() ? stderr : openTraceFile(std::string(file)));
   if (setting.stream == nullptr) setting.gates.clear();
   return setting;
 }

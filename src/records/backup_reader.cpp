@@ -51,14 +51,18 @@ BackupReader::~BackupReader() {
 }
 
 bool BackupReader::isRegularFile() const {
-  struct stat status {};
-  return isOpen() && fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
+  return opened_.has_value();
+}
+
+bool BackupReader::hasChanged() const {
+  return isRegularFile() && stateOf(descriptor_) != opened_;
 }
 
 void BackupReader::close() {
   ORX_TRACE("BackupReader::close");
   if (descriptor_ >= 0) (void)::close(descriptor_);
   descriptor_ = -1;
+  opened_.reset();
   ended_ = false;
   atLineStart_ = true;
   lineNumber_ = 0;
@@ -78,6 +82,7 @@ bool BackupReader::openDescriptor(const char* path) {
   descriptor_ = retryInterrupted([path] { return ::open(path, O_RDONLY | O_CLOEXEC); });
   errorNumber_ = descriptor_ < 0 ? errno : whyUnreadable(descriptor_);
   if (errorNumber_ != 0) close();
+  if (isOpen()) opened_ = stateOf(descriptor_);
   return descriptor_ >= 0;
 }
 

@@ -14,8 +14,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
+
+#include "records/file_state.h"
 
 namespace orx {
 
@@ -47,6 +50,9 @@ class BackupReader {
   [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
   // Whether reading never has to wait for somebody who writes.
   [[nodiscard]] bool isRegularFile() const;
+  // Whether somebody has written to the file that is open since it was opened: what was read may be
+  // a part of it, or parts of two states.
+  [[nodiscard]] bool hasChanged() const;
 
   // The next line; `record` or `line` changes only when the outcome is `line`. Without an open file
   // the outcome is `end`.
@@ -68,8 +74,9 @@ class BackupReader {
 
   int descriptor_ = -1;
   int errorNumber_ = 0;
-  bool ended_ = false;       // no more bytes come from the file
-  bool atLineStart_ = true;  // the next piece begins a line of the file
+  std::optional<FileState> opened_;  // the file when it was opened
+  bool ended_ = false;               // no more bytes come from the file
+  bool atLineStart_ = true;          // the next piece begins a line of the file
   std::uint64_t lineNumber_ = 0;
   std::vector<char> buffer_;  // bytes begin_ to end_ are unread
   std::size_t begin_ = 0;

@@ -31,6 +31,8 @@ class BackupStream {
   void start();
   // As BackupReader::next, as a record of the database. Rethrows std::bad_alloc of the thread.
   ReadOutcome next(DataBuffer& record);
+  // As BackupReader::hasChanged.
+  [[nodiscard]] bool hasChanged() const { return reader_.hasChanged(); }
   void close();
 
  private:

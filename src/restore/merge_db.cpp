@@ -73,7 +73,6 @@ class MergeRestore {
   [[nodiscard]] bool readAlien() {
     runProgress().enterFile("reading", settings_.backupFileName);
     const ReadOutcome read = readBackup(backup_, merge_);
-    backup_.close();
     if (read == ReadOutcome::end) return true;
     reportBackupReadError();
     return false;
@@ -134,11 +133,13 @@ class MergeRestore {
     });
   }
 
-  // Closes file and database; what was written before an ordinary failure is kept.
+  // Closes database and file; what was written before an ordinary failure is kept.
   [[nodiscard]] int finish(ExitCode result) {
+    const bool isClosed = database_.close();
+    runReport().backupChanged = backup_.hasChanged();
     backup_.close();
     runReport().addedCount = addedCount_;
-    return database_.close() ? result : exitFailed;
+    return isClosed ? result : exitFailed;
   }
 
   const RestoreSettings& settings_;

@@ -123,12 +123,14 @@ class ReplaceRestore {
     return true;
   }
 
-  // Closes file and database; what was added before an ordinary failure is kept.
+  // Closes database and file; what was added before an ordinary failure is kept.
   [[nodiscard]] int finish(ExitCode result) {
+    const bool isClosed = database_.close();
+    runReport().backupChanged = backup_.hasChanged();
     backup_.close();
     runReport().deletedCount = deletedCount_;
     runReport().addedCount = addedCount_;
-    return database_.close() ? result : exitFailed;
+    return isClosed ? result : exitFailed;
   }
 
   const RestoreSettings& settings_;

@@ -11,6 +11,7 @@ struct RunReport {
   kdb::kdbStatus failure;         // of the first error line; 0/0 without one
   bool backupFailed = false;      // that line was about reading the backup
   int backupError = 0;            // why the backup could not be opened, an errno value
+  bool backupChanged = false;     // while it was read, or between that and the run's end
   std::int32_t deletedCount = 0;  // replace restore
   std::int32_t addedCount = 0;    // replace and merge restore
 

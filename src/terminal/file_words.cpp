@@ -50,17 +50,17 @@ std::string inQuotes(std::string_view text) {
   return word + "'";
 }
 
-std::string printable(std::string text) {
+}  // namespace
+
+std::string onOneLine(std::string text) {
   std::ranges::replace_if(text, isControl, '?');
   return text;
 }
 
-}  // namespace
-
 std::string absolutePath(const std::string& name) {
   std::error_code error;
   const std::filesystem::path path = std::filesystem::absolute(name, error);
-  return printable(error ? name : path.lexically_normal().string());
+  return onOneLine(error ? name : path.lexically_normal().string());
 }
 
 std::string parentOf(const std::string& name) {
@@ -71,6 +71,18 @@ std::string shellWord(const std::string& name) {
   const std::string word = name.starts_with('-') ? "./" + name : name;
   if (std::ranges::any_of(word, isControl)) return inCodes(word);
   return !word.empty() && std::ranges::all_of(word, isPlain) ? word : inQuotes(word);
+}
+
+std::string filled(std::string_view text, std::span<const Placed> places) {
+  std::string result;
+  while (!text.empty()) {
+    const auto place =
+        std::ranges::find_if(places, [text](const Placed& p) { return text.starts_with(p.first); });
+    const bool isPlace = place != places.end();
+    result += isPlace ? place->second : std::string(1, text.front());
+    text.remove_prefix(isPlace ? place->first.size() : 1);
+  }
+  return result;
 }
 
 }  // namespace orx

@@ -29,6 +29,7 @@ class Hints : public testing::Test {
     writeFile(directory_ / "notes", "not a database");
     writeFile(directory_ / "backup", backupText(smallFleet()));
     writeFile(directory_ / "pack.ed.gz", compressed("gzip", backupText(smallFleet())));
+    writeFile(directory_ / "{db}.gz", compressed("gzip", backupText(smallFleet())));
     writeFile(directory_ / "packed", compressed("gzip", backupText({plainLine(1)})));
     writeFile(directory_ / "packed.txt", "not to be written over");
     writeFile(directory_ / "twice", backupText({plainLine(1), plainLine(1)}));
@@ -99,6 +100,10 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
       {"-i pack.ed.gz -m counterless", exitFailed,
        "@pack.ed[.]gz is compressed with gzip; decompress it and restore that",
        "zcat < pack.ed[.]gz > pack.ed"},
+      {"-i '{db}.gz' -m counterless", exitFailed, "@[{]db[}][.]gz is compressed with gzip; .*",
+       "zcat < '[{]db[}][.]gz' > '[{]db[}]'"},
+      {"-i '{dir}/{why}' -o db", exitBackupNotOpened,
+       "there is no backup @[{]dir[}]/[{]why[}]; @db is unchanged", "ls -l '[{]dir[}]'"},
       {"-i packed -m counterless", exitFailed, "@packed is compressed .*",
        "zcat < packed > packed[.]2[.]txt"},
       {"-i twice -m other", exitFailed,
@@ -135,6 +140,56 @@ TEST_F(Hints, NameAFullDiskWhoHoldsTheDatabaseAndMissingMessages) {
   expectMatch(silent.errors,
               "orxrestore: the messages are missing .*@PRESTORE_restore\n  next: orxkdb messages\n",
               directory_);
+}
+
+TEST_F(Hints, NameAFileSystemThatHoldsNoMoreFiles) {
+  const auto result = run(R"(unshare -m bash -c '
+mount -t tmpfs -o nr_inodes=60 none folder && cp -r db PRESTORE_restore folder || exit 77
+cd folder; for i in {1..60}; do : > $i; done 2> /dev/null
+orxrestore -i ../backup -o db; orxkdb dump db text; true' || exit 77)");
+  if (result.exitCode == 77) GTEST_SKIP() << "no right to mount";
+  expectMatch(result.errors,
+              "orxrestore: the file system of @folder/db can hold no more files, .* unchanged\n"
+              "  next: df -i [.]\n"
+              "orxkdb: the output file cannot be made, @folder/text [(]No space .*[)], "
+              "remove files, see \"df -i [.]\", and run this again\n",
+              directory_);
+}
+
+// A file that is written all the time stands for a copy that is under way.
+TEST_F(Hints, TellThatABackupChangedWhileItWasRead) {
+  const std::string lines = resourceLines(3000);
+  writeFile(directory_ / "lines", lines);
+  writeFile(directory_ / "lines.gz", compressed("gzip", lines));
+  const std::string why = "orxkdb: the file changed while it was read, @lines, wait until .*\n";
+  const std::string undo = "orxrestore: @lines changed while it was read, .*\n  next: orxkdb undo ";
+  const struct {
+    const char* command;
+    int exitCode;
+    std::string errors;
+  } cases[] = {
+      {"orxrestore -i lines -o db", exitSuccess, undo + "db\n"},
+      {"orxrestore -i lines -m other", exitSuccess, undo + "other\n"},
+      {"orxrestore -i lines -m counterless", exitFailed,
+       "orxrestore: the system .*\n  next: orxkdb check counterless\n"
+       "orxrestore: @lines changed during the run; .*\n  next: ls -l lines\n"},
+      {"orxkdb check lines", exitFailed, why},
+      {"orxkdb plan other lines", exitFailed, why},
+      {"orxkdb diff lines other", exitFailed, why},
+      {"orxkdb diff other lines.gz", exitFailed,
+       "orxkdb: the file changed while it was read, @lines.gz, .*\n"},
+  };
+  for (const auto& row : cases) {
+    const auto result = run("command='" + std::string(row.command) +
+                            R"('; while touch lines lines.gz; do :; done & writer=$!
+for i in {1..200}; do
+  $command > out 2> errors; code=$?
+  grep -q ' changed ' errors && break
+done
+kill $writer; cat errors >&2; exit $code)");
+    EXPECT_EQ(result.exitCode, row.exitCode) << row.command;
+    expectMatch(result.errors, row.errors, directory_);
+  }
 }
 
 // Which of its files a run cannot open depends on how many are open already.

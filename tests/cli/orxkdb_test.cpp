@@ -1,5 +1,6 @@
 // The whole program: what it prints, where, and its exit codes.
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "messages/bundle_files.h"
 #include "orxkdb/exit_codes.h"
@@ -86,6 +87,55 @@ TEST_F(OrxKdb, WritesMessagesWhereItIsTold) {
   EXPECT_EQ(test::readFile(scratch_.file("sub/PRESTORE_restore")), "in the way");
 }
 
+TEST_F(OrxKdb, KeepsWhatHasTheNameOfAMessageFile) {
+  namespace fs = std::filesystem;
+  test::writeFile(scratch_ / "victim", "kept");
+  fs::create_directory(scratch_ / "elsewhere");
+  const fs::path bundle = scratch_ / "PRESTORE_restore";
+  const fs::path file = bundle / "de.res";
+  const std::pair<const char*, std::function<void()>> cases[] = {
+      {"link", [&] { fs::create_symlink("../victim", file); }},
+      {"dangling link", [&] { fs::create_symlink("nowhere", file); }},
+      {"text", [&] { test::writeFile(file, "these are notes of somebody else's"); }},
+      {"short text", [&] { test::writeFile(file, "notes"); }},
+      {"directory", [&] { fs::create_directory(file); }},
+      {"pipe", [&] { (void)::mkfifo(file.c_str(), 0600); }},
+      {"text behind a linked directory",
+       [&] {
+         fs::remove(bundle);
+         fs::create_directory_symlink("elsewhere", bundle);
+         test::writeFile(file, "notes");
+       }},
+  };
+  for (const auto& [name, make] : cases) {
+    SCOPED_TRACE(name);
+    fs::create_directory(bundle);
+    make();
+    const fs::file_type type = fs::symlink_status(file).type();
+    for (const auto& command : {std::vector<std::string>{"messages"}, {"create", "db"}}) {
+      expectFailure(run(command), exitNotOpened,
+                    "something else than messages has the name of a message file, " +
+                        file.string() + ", look at it with \"ls -l ./PRESTORE_restore/de.res\"");
+      EXPECT_EQ(fs::symlink_status(file).type(), type);
+      EXPECT_EQ(std::distance(fs::directory_iterator(bundle), {}), 1);
+      EXPECT_EQ(test::readFile(scratch_ / "victim"), "kept");
+    }
+    EXPECT_THAT(scratch_.names(), testing::ElementsAre("PRESTORE_restore", "elsewhere", "victim"));
+    fs::remove_all(bundle);
+  }
+}
+
+TEST_F(OrxKdb, WritesDamagedMessagesAgain) {
+  ASSERT_EQ(run({"messages"}).exitCode, exitDone);
+  const std::string file = scratch_.file("PRESTORE_restore/root.res");
+  const std::string whole = test::readFile(file);
+  for (const std::string& damaged : {std::string(), whole.substr(0, 16)}) {
+    test::writeFile(file, damaged);
+    EXPECT_EQ(run({"messages"}).exitCode, exitDone);
+    EXPECT_TRUE(test::readFile(file) == whole);
+  }
+}
+
 TEST_F(OrxKdb, StandardStreamsCarryDumpsAndBackups) {
   test::createDatabase(scratch_.file("db"), 3);
   const std::string dumped = run({"dump", "db"}).output;
@@ -165,6 +215,43 @@ TEST_F(OrxKdb, NamesAreTakenAsTheyAre) {
   EXPECT_EQ(run({"create", "--", "-x"}).exitCode, exitDone);
   EXPECT_TRUE(std::filesystem::exists(scratch_.file("-x")));
   EXPECT_EQ(run({"stat", ""}).exitCode, exitNotOpened);
+  EXPECT_THAT(run({"stat", "{dir}"}).errors, HasSubstr("\"orxkdb create '{dir}'\""));
+}
+
+// As a file that somebody else has named may be called.
+TEST_F(OrxKdb, NamesStayOnTheirLineAndInTheirWord) {
+  const std::string name = "d\033[2J\nb $(touch made)";
+  const std::string word = "$'d\\033[2J\\012b $(touch made)'";
+  const std::string shown = "d?[2J?b $(touch made)";
+  const std::string text = name + ".txt";
+  ASSERT_EQ(run({"create", name}).exitCode, exitDone);
+  ASSERT_EQ(run({"sample", "--objects", "20", text}).exitCode, exitDone);
+  test::createDatabase(scratch_.file(name + ".orx-previous"), 1);
+  const auto undone = run({"undo", name});
+  EXPECT_THAT(undone.output, testing::StartsWith(shown + ": back to its previous generation; "));
+  EXPECT_THAT(undone.output, HasSubstr("\"orxkdb undo " + word + "\" takes"));
+  const std::vector<std::string> commands[] = {
+      {"undo", name},
+      {"create", name},
+      {"dump", name, name + ".dump"},
+      {"backup", name, "b" + name},
+      {"load", name + "2", name + ".dump"},
+      {"check", text},
+      {"check", name},
+      {"diff", name, text},
+      {"plan", name, text},
+      {"stat", name + "3"},
+      {"explain", "--line", text + ":1"},
+      {"explain", name, "9:9"},
+      {"report", name, "--html", name + ".html"},
+      {"messages", name},
+      {name},
+  };
+  for (const auto& arguments : commands) {
+    const auto result = run(arguments);
+    EXPECT_THAT(result.output + result.errors, HasSubstr("d?[2J?b")) << arguments[0];
+    EXPECT_EQ((result.output + result.errors).find('\033'), std::string::npos) << arguments[0];
+  }
 }
 
 }  // namespace

@@ -194,6 +194,23 @@ TEST_F(Surroundings, WithoutPermissionNothingIsChanged) {
   }
 }
 
+TEST_F(Surroundings, AnUnreadablePreviousGenerationIsWhatUndoNames) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs a second user";
+  const Scene scene(*scene_);
+  const std::string previous = scene.directory().file("db.orx-previous");
+  std::filesystem::permissions(previous, std::filesystem::perms(0600));
+  for (const char* name : {"", "db"})
+    (void)!chown(scene.directory().file(name).c_str(), 65534, 65534);
+  const auto nobody = [] {
+    if (setgid(65534) != 0 || setuid(65534) != 0) _exit(cannotBeMade);
+    if (access(builtProgram("orxkdb").c_str(), X_OK) != 0) _exit(cannotBeMade);
+  };
+  const auto result = runIn(scene.directory(), "orxkdb", {"undo", "db"}, "", nobody);
+  if (result.exitCode == cannotBeMade) GTEST_SKIP() << "the programs are hidden from others";
+  EXPECT_EQ(result.exitCode, exitDatabaseNotOpened);
+  EXPECT_THAT(result.errors, HasSubstr(", " + previous + " (11 Authority"));
+}
+
 TEST_F(Surroundings, AReadOnlyFileSystemIsNotWrittenTo) {
   for (const Operation& operation : operations) {
     const Scene scene(*scene_);

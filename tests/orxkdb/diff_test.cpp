@@ -310,6 +310,11 @@ TEST_F(Diff, FailsWithACodeThatIsNotOneOfTheResults) {
   run({.before = good, .after = backup("damaged", damaged)}, exitNotOpened);
   run({.before = scratch_.path().string(), .after = good}, exitNotOpened);
   run({.before = "/dev/null", .after = good}, exitNotOpened);
+  const std::string deep = scratch_.file("deep");
+  (void)test::writeDamagedDatabase(deep);
+  run({.before = deep, .after = good}, exitNotOpened);
+  run({.before = good, .after = deep}, exitNotOpened);
+  run({.before = deep, .after = backup("sound", backupOf(fleet()))}, exitNotOpened);
   const std::vector<const char*> unusable[] = {{"orxkdb", "diff", "a"},
                                                {"orxkdb", "diff", "a", "b", "c"},
                                                {"orxkdb", "--none", "diff", "a", "b"},

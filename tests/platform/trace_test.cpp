@@ -1,10 +1,12 @@
 #include "platform/trace.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <fstream>
 
+#include "tests/support/kdb_records.h"
 #include "tests/support/temp_dir.h"
 
 namespace orx {
@@ -65,6 +67,29 @@ TEST(Trace, PatternsChooseFunctionsAndFlagsAddUp) {
 TEST(Trace, AFileThatCannotBeOpenedClosesTheTrace) {
   trace_setting::configure("*=0x41", "/nonexistent/directory/trace");
   EXPECT_EQ(traced(1), 2);
+  trace_setting::configure("", "");
+}
+
+TEST(Trace, AFileThatCannotTakeLinesClosesTheTraceAndIsKept) {
+  const test::TempDir directory;
+  const std::string database = directory.file("db");
+  test::createDatabase(database, 3);
+  const std::string pipe = directory.file("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const std::string before = test::readFile(database);
+  const std::pair<std::string, std::string> cases[] = {{database, "names a database"},
+                                                       {database + ".orx-new", "names a database"},
+                                                       {pipe, "cannot be opened"}};
+  for (const auto& [file, why] : cases) {
+    testing::internal::CaptureStderr();
+    trace_setting::configure("*=0x41", file);
+    EXPECT_EQ(traced(1), 2);
+    EXPECT_FALSE(traceIsOpen());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "nothing is traced: ORX_TRACE_FILE " + why + "\n");
+  }
+  EXPECT_TRUE(test::readFile(database) == before);
+  EXPECT_THAT(directory.names(), testing::ElementsAre("db", "pipe"));
   trace_setting::configure("", "");
 }
 

@@ -42,7 +42,7 @@ class BackupCheck {
     }
     inventory_.expect(entries_.size());
     if (file_.result().ok()) readRecords();
-    return file_.result();
+    return file_.finish();
   }
 
  private:

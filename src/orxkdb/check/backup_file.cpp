@@ -43,6 +43,7 @@ Result BackupFile::open(const std::string& name) {
     return fail(exitNotOpened, "this is neither a database nor a regular file", name,
                 "save the backup in a file and give its name");
   }
+  opened_ = stateOf(file_.get());
   size_ = static_cast<std::uint64_t>(file.st_size);
   window_.resize(windowCapacity);
   runProgress().startFile();
@@ -81,6 +82,10 @@ bool BackupFile::readAt(std::uint64_t offset, CMDatabaseBackupRecord& record) {
   const std::string_view piece = pieceAt(offset);
   record.setLine(restoredText(piece));
   return result_.ok();
+}
+
+Result BackupFile::finish() const {
+  return stateOf(file_.get()) == opened_ ? result_ : changedFailure(name_);
 }
 
 void BackupFile::rewind() {

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,6 +19,7 @@
 #include "orxkdb/result.h"
 #include "platform/file.h"
 #include "records/backup_record.h"
+#include "records/file_state.h"
 
 namespace orx::orxkdb {
 
@@ -41,6 +43,8 @@ class BackupFile {
   // The next piece; false at the end and after a failure, which result() tells.
   [[nodiscard]] bool next(BackupPiece& piece);
   [[nodiscard]] const Result& result() const { return result_; }
+  // The result of all that was read: exitFailed as well when somebody wrote to the file meanwhile.
+  [[nodiscard]] Result finish() const;
   // Makes the first piece the next one.
   void rewind();
 
@@ -60,6 +64,7 @@ class BackupFile {
   std::string name_;
   PlainBackup plain_;
   UniqueFd file_;
+  std::optional<FileState> opened_;  // the file when it was opened
   Result result_;
   std::uint64_t size_ = 0;  // when it was opened; what is appended later is not read
   std::uint64_t offset_ = 0;

@@ -5,6 +5,7 @@
 
 #include "orxkdb/json_document.h"
 #include "orxkdb/printable.h"
+#include "terminal/file_words.h"
 
 namespace orx::orxkdb {
 
@@ -81,11 +82,12 @@ nlohmann::ordered_json kindJson(const FindingKindText& kind, const Findings& fin
 
 std::string reportText(const std::string& input, const CheckCounts& counts,
                        const Findings& findings) {
-  std::string text = countsText(input, counts);
+  const std::string shown = onOneLine(input);
+  std::string text = countsText(shown, counts);
   std::string summary;
   for (const FindingKindText& kind : findingKinds) {
     if (findings.count(kind.kind) == 0) continue;
-    text += kindText(input, kind, findings);
+    text += kindText(shown, kind, findings);
     summary +=
         "  " + std::string(kind.name) + ": " + std::to_string(findings.count(kind.kind)) + "\n";
   }

@@ -45,16 +45,10 @@ std::string whyUnreadable(const BackupPiece& piece) {
          printable(piece.text.substr(0, backup_layout::recType.offset)) + "\"";
 }
 
-// In a comparison the other code stands for a command line that cannot be used.
-Result notOpened(Result result) {
-  if (result.code == exitNotAsExpected) result.code = exitNotOpened;
-  return result;
-}
-
 }  // namespace
 
 Result BackupSource::open() {
-  if (Result result = file_.open(name()); !result.ok()) return notOpened(std::move(result));
+  if (Result result = file_.open(name()); !result.ok()) return result;
   bool ascends = true;
   RecordKey last;
   scanKeys([&](const BackupPiece&, const RecordKey& key) {
@@ -105,7 +99,7 @@ void BackupSource::sortLines() {
 
 bool BackupSource::read(KeyedRecord& record, Result& result) {
   const bool isRead = isSorted_ ? nextSortedLine() : nextLine();
-  result = file_.result();
+  result = isRead ? file_.result() : file_.finish();
   if (!isRead) return false;
   DataBuffer restored;
   line_.buildDataBuffer(restored);

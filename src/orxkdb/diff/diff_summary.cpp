@@ -4,6 +4,8 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
+#include "terminal/file_words.h"
+
 namespace orx::orxkdb {
 
 namespace {
@@ -19,9 +21,9 @@ const char* formOf(const RecordSource& source) {
 
 std::string inputText(const ChainReader& input) {
   const SourceCounts& counts = input.source().counts();
-  std::string text = "  " + input.source().name() + ": " + formOf(input.source()) + " of " +
-                     std::to_string(counts.records) + " records, " + std::to_string(input.count()) +
-                     " objects\n";
+  std::string text = "  " + onOneLine(input.source().name()) + ": " + formOf(input.source()) +
+                     " of " + std::to_string(counts.records) + " records, " +
+                     std::to_string(input.count()) + " objects\n";
   if (counts.repeated > 0) {
     text += "    " + std::to_string(counts.repeated) +
             " more ignored, whose key an earlier one has in a backup\n";
@@ -38,8 +40,8 @@ std::string unreadableText(const ChainReader& input) {
   const std::uint64_t more = counts.unreadable - counts.unreadableShown.size();
   std::string text;
   for (const UnreadableLine& line : counts.unreadableShown) {
-    text += "unreadable line: " + input.source().name() + ":" + std::to_string(line.line) + ", " +
-            line.text + "\n";
+    text += "unreadable line: " + onOneLine(input.source().name()) + ":" +
+            std::to_string(line.line) + ", " + line.text + "\n";
   }
   if (more > 0) {
     text += "and " + std::to_string(more) + " more, which \"--limit 0\" shows\n";

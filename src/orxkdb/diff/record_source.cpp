@@ -27,8 +27,7 @@ bool RecordSource::next(KeyedRecord& record) {
     }
     ++counts_.repeated;
     if (record.key < last_) {
-      result_ = fail(exitFailed, "the file changed while it was read", name_,
-                     "wait until the program that writes it has ended and compare again");
+      result_ = changedFailure(name_);
     }
   }
   return false;

@@ -10,6 +10,7 @@
 #include "orxkdb/printable.h"
 #include "platform/kdb.h"
 #include "records/data_buffer.h"
+#include "terminal/file_words.h"
 
 namespace orx::orxkdb {
 
@@ -105,14 +106,14 @@ Result findLine(const LinePlace& place, std::string& line) {
     line = piece.text;
     return {};
   }
-  if (!file.result().ok()) return file.result();
+  if (Result result = file.finish(); !result.ok()) return result;
   return fail(exitNotAsExpected, "there is no such line",
               place.file + ":" + std::to_string(place.line),
               "its last line is " + std::to_string(piece.line));
 }
 
 std::string lineText(const LinePlace& place, std::string_view line) {
-  std::string text = place.file + ":" + std::to_string(place.line) + ", " +
+  std::string text = onOneLine(place.file) + ":" + std::to_string(place.line) + ", " +
                      std::to_string(line.size()) + " characters\n";
   for (const ColumnText& column : backupColumns) text += columnText(column, line);
   for (const LineFault& fault : lineFaults(line)) {

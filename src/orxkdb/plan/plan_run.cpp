@@ -33,13 +33,18 @@ class PlanRun {
   Result run() {
     if (Result result = openBackup(); !result.ok()) return result;
     if (Result result = database_.open(databaseName_); !result.ok()) return result;
+    Result result = compare();
+    return backup_.hasChanged() ? changedFailure(backupName_) : result;
+  }
+
+ private:
+  Result compare() {
     if (Result result = readCurrent(); !result.ok()) return result;
     if (Result result = readAlien(); !result.ok()) return result;
     mergeSystemRecord();
     return addObjects();
   }
 
- private:
   Result openBackup() {
     if (Result result = plain_.open(backupName_); !result.ok()) return result;
     if (!backup_.open(plain_.path().c_str())) {

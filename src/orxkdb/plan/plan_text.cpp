@@ -4,6 +4,7 @@
 #include "orxkdb/plan/plan_report.h"
 #include "orxkdb/plan/plan_words.h"
 #include "orxkdb/printable.h"
+#include "terminal/file_words.h"
 
 namespace orx::orxkdb {
 
@@ -57,7 +58,8 @@ class Text {
   }
 
   [[nodiscard]] std::string verdict() const {
-    const std::string merge = "The merge of " + names_.backup + " into " + names_.database;
+    const std::string merge =
+        "The merge of " + onOneLine(names_.backup) + " into " + onOneLine(names_.database);
     if (plan_.succeeds()) {
       return merge + " would succeed: " + numbered(totals_.records, "record") + " of " +
              numbered(totals_.objects, "object") + " to add.\n";

@@ -5,6 +5,7 @@
 #include "orxkdb/report/html_table.h"
 #include "orxkdb/report/html_text.h"
 #include "orxkdb/report/model_picture.h"
+#include "terminal/file_words.h"
 
 namespace orx::orxkdb {
 
@@ -159,7 +160,7 @@ ObjectSection objectSection(const std::vector<ListedObject>& objects, std::uint6
     html += paragraph("The list holds " + grouped(shown) + " of " + grouped(all) +
                       " objects: models first, then those that come first in the database. "
                       "\"orxkdb explain " +
-                      shortened(database, 200) + " TYPE:ID\" shows any other.");
+                      shellWord(database) + " TYPE:ID\" shows any other.");
   }
   html +=
       "<div id=\"search\" hidden><label>Search in this list: <input type=\"search\" "
