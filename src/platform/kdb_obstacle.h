@@ -18,7 +18,7 @@ struct Obstacle {
   std::string path = {};
 };
 
-// The first file beside the database `name` that the programs cannot deal with by themselves.
+// The first file beside the database `name`, or itself, that the programs cannot deal with.
 [[nodiscard]] Obstacle obstacleOf(const std::string& name);
 
 }  // namespace orx::kdb

@@ -145,7 +145,8 @@ ObstacleKind obstacleAt(const DatabasePaths& paths, const std::string& path, int
   if (::stat(paths.directory.c_str(), &directory) != 0) return ObstacleKind::none;
   if (look(path, onlyFiles, found) == EEXIST) return ObstacleKind::other;
   if (checkNameCanChange(path, directory) != 0) return ObstacleKind::fixed;
-  const bool matters = S_ISREG(found.st_mode) && path != paths.previous;
+  const bool matters =
+      S_ISREG(found.st_mode) && (path == paths.successor || path == paths.replaced);
   return matters ? obstacleInFile(paths, path, databaseFd) : ObstacleKind::none;
 }
 
@@ -175,7 +176,8 @@ Outcome checkNamesCanChange(const DatabasePaths& paths) {
 Obstacle obstacleOf(const std::string& name) {
   const DatabasePaths paths = DatabasePaths::of(resolvePath(name).value_or(name));
   const UniqueFd database = openFile(paths.database, O_RDONLY | O_NONBLOCK | O_NOCTTY);
-  for (const std::string* const path : {&paths.previous, &paths.replaced, &paths.successor}) {
+  for (const std::string* const path :
+       {&paths.previous, &paths.replaced, &paths.successor, &paths.database}) {
     const ObstacleKind kind = obstacleAt(paths, *path, database.get());
     if (kind != ObstacleKind::none) return {kind, *path};
   }
