@@ -15,6 +15,7 @@
 #include "platform/compression/compression.h"
 #include "platform/interruption.h"
 #include "platform/kdb.h"
+#include "platform/kdb_obstacle.h"
 #include "restore/exit_codes.h"
 #include "terminal/color.h"
 #include "terminal/file_words.h"
@@ -53,11 +54,14 @@ constexpr std::array openMeanings{
     Meaning{kdb::Reason::length,
             "the name is too long for the file system with \".orx-previous\" behind it: {DB}",
             "ls -l ."},
-    Meaning{
-        kdb::Reason::unique,
-        "a directory or another file stands in the place of {PREVIOUS} or of the next database, "
-        "{DB}.orx-new; move it away",
-        "ls -ld {db}.orx-*"},
+    Meaning{kdb::Reason::unique,
+            "another file stands in the place of {PREVIOUS} or of the next database, {DB}.orx-new; "
+            "move it away",
+            "ls -ld {db}.orx-*"},
+    Meaning{kdb::Reason::arguments,
+            "{DB} has the name of a file that belongs to another database, whose next change would "
+            "replace it; give it a name of its own",
+            "ls -l {db}"},
 };
 constexpr std::array runMeanings{
     Meaning{kdb::Reason::endOfFile,
@@ -69,6 +73,14 @@ constexpr std::array runMeanings{
     Meaning{kdb::Reason::space,
             "no space, quota or file-size limit is left for a second {DB} beside the first",
             "df -h ."},
+    Meaning{kdb::Reason::inUse,
+            "{DB} was moved, removed or replaced by somebody else while this ran, or is a mount "
+            "point",
+            "ls -l {db}*"},
+    Meaning{kdb::Reason::systemReject,
+            "the file system of {DB} can neither exchange nor link names; keep the database on "
+            "another",
+            "df -T {db}"},
     Meaning{kdb::Reason::open,
             "too many files are open for {DB} to be read and written; raise the limit", moreFiles},
     Meaning{kdb::Reason::storage, "memory ran out while {DB} was written", "free -m"},
@@ -142,7 +154,7 @@ class HintList {
         addUnopenedBackup();
         break;
       case exitDatabaseNotOpened:
-        addMeaning(meaningOfFailure(), "");
+        if (!addObstacle()) addMeaning(meaningOfFailure(), "");
         break;
       case exitFailed:
         addFailure();
@@ -294,6 +306,43 @@ class HintList {
     return found == meanings.end() ? nullptr : found;
   }
 
+  // The file that kept the database from being opened for a change, where it is not the database.
+  [[nodiscard]] bool addObstacle() {
+    const auto reason = static_cast<kdb::Reason>(report_.failure.reason);
+    const bool mayBe = reason == kdb::Reason::unique || reason == kdb::Reason::authority ||
+                       reason == kdb::Reason::inUse;
+    return mayBe && addObstacle(kdb::obstacleOf(settings_.databaseName));
+  }
+
+  bool addObstacle(const kdb::Obstacle& obstacle) {
+    const std::string file = absolutePath(obstacle.path);
+    const std::string word = shellWord(obstacle.path);
+    switch (obstacle.kind) {
+      case kdb::ObstacleKind::none:
+        return false;
+      case kdb::ObstacleKind::other:
+        hints_.push_back({file + " is no file of this program, which needs the name; move it away",
+                          "ls -ld " + word});
+        return true;
+      case kdb::ObstacleKind::uncertain:
+        hints_.push_back({file + " may be the database that a killed run replaced, or what it was "
+                                 "making; see which, then rename or remove it",
+                          "orxkdb stat " + word});
+        return true;
+      case kdb::ObstacleKind::fixed:
+        hints_.push_back({file + " cannot be read, renamed or replaced, which a change of the "
+                                 "database needs: immutable, a mount point, or another user's",
+                          "ls -l " + word + "; lsattr " + word});
+        return true;
+      case kdb::ObstacleKind::replaced:
+        hints_.push_back({file + expand(" is the database before its last change, and could not "
+                                        "become {PREVIOUS}",
+                                        settings_),
+                          "mv " + word + expand(" {previous}", settings_)});
+    }
+    return true;
+  }
+
   void addFailure() {
     if (report_.failure.returnCode == 0) return;
     if (outcome_.published) addUndo("{DB} has what the run did before it failed");
@@ -377,6 +426,14 @@ class HintList {
            {"{added}", std::to_string(report_.addedCount)}});
     }
     (void)addWrongBackup();
+    addReplaced();
+  }
+
+  // The change is made, and its last step is not.
+  void addReplaced() {
+    if (!outcome_.published) return;
+    const kdb::Obstacle left = kdb::obstacleOf(settings_.databaseName);
+    if (left.kind == kdb::ObstacleKind::replaced) addObstacle(left);
   }
 
   const RunOutcome& outcome_;

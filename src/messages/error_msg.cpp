@@ -54,6 +54,7 @@ constexpr bool names(kdb::Reason reason, std::string_view name) {
 static_assert(names(kdb::Code::notThere, "NotThere") && names(kdb::Code::authority, "Authority"));
 static_assert(names(kdb::Reason::endOfFile, "EndOfFile") && names(kdb::Reason::inUse, "InUse"));
 static_assert(names(kdb::Reason::notFound, "NotFound") && names(kdb::Reason::space, "Space"));
+static_assert(names(kdb::Reason::systemReject, "SystemReject"));
 static_assert(names(kdb::Reason::unique, "Unique") && names(kdb::Reason::open, "Open"));
 
 }  // namespace

@@ -37,6 +37,13 @@ Result undoFailure(const std::string& name, const kdb::kdbStatus& status) {
     return fail(exitNotOpened, "the database has no previous generation", absolutePath(previous),
                 "nothing can be undone; the database is as it was");
   }
+  struct stat link {};
+  if (status.reason == wrongFormat && ::lstat(previous.c_str(), &link) == 0 &&
+      S_ISLNK(link.st_mode)) {
+    return fail(exitNotOpened, "the previous generation is a symbolic link", absolutePath(previous),
+                "put the file itself there, \"ls -l " + shellWord(previous) +
+                    "\" shows where it is; nothing was changed, the database is as it was");
+  }
   if (status.reason == wrongFormat && kdb::looksLikeDatabase(name.c_str())) {
     return previousFailure(previous, status);
   }

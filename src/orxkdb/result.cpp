@@ -1,5 +1,7 @@
 #include "orxkdb/result.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -7,6 +9,7 @@
 
 #include "messages/error_msg.h"
 #include "platform/interruption.h"
+#include "platform/kdb_obstacle.h"
 #include "terminal/file_words.h"
 #include "terminal/free_space.h"
 
@@ -16,9 +19,9 @@ namespace {
 
 // In `next`, {db} stands for the database as a word of a command, {dir} for its directory.
 struct Sentence {
-  kdb::Reason reason;
-  const char* what;
-  const char* next;
+  kdb::Reason reason = kdb::Reason::noError;
+  const char* what = "";
+  const char* next = "";
   bool tellsState = false;  // what became of the database follows
 };
 
@@ -41,16 +44,36 @@ constexpr std::array sentences{
     Sentence{kdb::Reason::storage, "memory ran out", "free memory and run this again", true},
     Sentence{kdb::Reason::ioError, "the disk could not be read or written",
              "look into the system's log", true},
+    Sentence{kdb::Reason::systemReject, "the file system can neither exchange nor link names",
+             "keep the database on another", true},
     Sentence{kdb::Reason::open, "too many files are open",
              "raise the limit with \"ulimit -n 1024\", or end other programs, and run this again",
              true},
 };
-constexpr Sentence noPlaceForPrevious{
-    kdb::Reason::unique,
-    "a directory or another file stands in the place of NAME.orx-previous or NAME.orx-new",
-    "move it away, \"ls -ld {db}.orx-*\" shows it"};
 constexpr Sentence noInodes{kdb::Reason::space, "the file system can hold no more files",
                             "remove files, see \"df -i {dir}\", and run this again", true};
+constexpr Sentence nameOfAnother{
+    kdb::Reason::arguments, "this is the name of a file that belongs to another database",
+    "give it a name of its own: a change of the other database would replace it"};
+constexpr Sentence lostName{kdb::Reason::inUse,
+                            "the database was moved, removed or replaced by somebody else",
+                            "look for it with \"ls -l {db}*\"", true};
+
+// In the order of ObstacleKind; of the file that keeps a database from being changed.
+constexpr std::array obstacles{
+    Sentence{},
+    Sentence{kdb::Reason::unique, "a directory or another file has a name that is needed",
+             "move it away, \"ls -ld {db}\" shows it"},
+    Sentence{kdb::Reason::unique,
+             "this may be the database that a killed run replaced, or what it was making",
+             "see which with \"orxkdb stat {db}\", then rename or remove it"},
+    Sentence{kdb::Reason::authority,
+             "this file cannot be read, renamed or replaced, which a change of the database needs",
+             "see with \"ls -l {db}\", \"lsattr {db}\" and \"findmnt {db}\" why"},
+    Sentence{kdb::Reason::authority,
+             "the database before the last change could not become the previous generation",
+             "rename it to end in .orx-previous"},
+};
 constexpr Sentence missingDirectory{kdb::Reason::notFound, "there is no directory for the database",
                                     "make the directory, or check the name"};
 constexpr Sentence otherwise{kdb::Reason::noError, "the database refused the call",
@@ -105,6 +128,7 @@ ExitCode openCode(const kdb::kdbStatus& status) {
     case kdb::Reason::storage:
     case kdb::Reason::ioError:
     case kdb::Reason::open:
+    case kdb::Reason::systemReject:
       return exitFailed;
     default:
       return exitNotOpened;
@@ -113,6 +137,25 @@ ExitCode openCode(const kdb::kdbStatus& status) {
 
 std::string withError(std::string where, int error) {
   return where.append(" (").append(std::generic_category().message(error)).append(")");
+}
+
+bool has(const kdb::kdbStatus& status, kdb::Reason reason) {
+  return status.reason == static_cast<std::int32_t>(reason);
+}
+
+// The file beside the database that failed the opening; no text when it was not one.
+Result obstacleFailure(const std::string& database, const kdb::kdbStatus& status) {
+  const bool mayBe = has(status, kdb::Reason::unique) || has(status, kdb::Reason::authority) ||
+                     has(status, kdb::Reason::inUse);
+  const kdb::Obstacle obstacle = mayBe ? kdb::obstacleOf(database) : kdb::Obstacle();
+  if (obstacle.kind == kdb::ObstacleKind::none) return {};
+  return statusFailure(openCode(status), obstacle.path, status,
+                       obstacles[static_cast<std::size_t>(obstacle.kind)]);
+}
+
+const Sentence& sentenceOfName(const std::string& database, const kdb::kdbStatus& status) {
+  const bool isNamed = has(status, kdb::Reason::arguments) && !database.empty();
+  return isNamed ? nameOfAnother : sentenceOf(status.reason, database);
 }
 
 const char* adviceFor(int error) {
@@ -169,22 +212,26 @@ Result openFailure(const std::string& database, const kdb::kdbStatus& status) {
                 "check the name; \"mv " + shellWord(kdb::previousName(database)) + " " +
                     shellWord(database) + "\" makes it the database");
   }
-  const bool hasNoPlace = status.reason == static_cast<std::int32_t>(kdb::Reason::unique);
-  return statusFailure(openCode(status), database, status,
-                       hasNoPlace ? noPlaceForPrevious : sentenceOf(status.reason, database));
+  if (Result failure = obstacleFailure(database, status); !failure.ok()) return failure;
+  return statusFailure(openCode(status), database, status, sentenceOfName(database, status));
 }
 
 Result createFailure(const std::string& database, const kdb::kdbStatus& status) {
-  const bool isMissing = status.reason == static_cast<std::int32_t>(kdb::Reason::notFound);
-  return statusFailure(openCode(status), database, status,
-                       isMissing ? missingDirectory : sentenceOf(status.reason, database));
+  struct stat file {};
+  const bool isTaken = ::lstat(database.c_str(), &file) == 0;
+  if (!isTaken) {
+    if (Result failure = obstacleFailure(database, status); !failure.ok()) return failure;
+  }
+  return statusFailure(
+      openCode(status), database, status,
+      has(status, kdb::Reason::notFound) ? missingDirectory : sentenceOfName(database, status));
 }
 
 Result databaseFailure(const std::string& database, const kdb::kdbStatus& status,
                        const std::string& record) {
-  const bool damaged = status.reason == static_cast<std::int32_t>(kdb::Reason::format);
-  return statusFailure(damaged ? exitNotAsExpected : exitFailed, database, status,
-                       sentenceOf(status.reason, database), record);
+  return statusFailure(
+      has(status, kdb::Reason::format) ? exitNotAsExpected : exitFailed, database, status,
+      has(status, kdb::Reason::inUse) ? lostName : sentenceOf(status.reason, database), record);
 }
 
 Result lastFailure(const std::string& database, kdb::kdbHandle handle, const std::string& record) {

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "platform/file_rights.h"
 #include "platform/interruption.h"
 #include "platform/run_progress.h"
 
@@ -45,18 +46,18 @@ int AtomicFile::open(const std::string& target) {
 
 int AtomicFile::openUnresolved(const std::string& target) {
   target_ = target;
-  struct stat existing {};
-  const bool replaces = ::stat(target_.c_str(), &existing) == 0;
-  if (!replaces && errno != ENOENT) return errno;  // what cannot be looked at is not replaced
-  if (replaces && !S_ISREG(existing.st_mode)) return S_ISDIR(existing.st_mode) ? EISDIR : EEXIST;
+  FileRights existing;
+  const int unknown = readRights(target_, existing);
+  const bool replaces = unknown == 0;
+  if (!replaces && unknown != ENOENT) return unknown;  // what cannot be looked at is not replaced
+  const mode_t mode = existing.file.st_mode;
+  if (replaces && !S_ISREG(mode)) return S_ISDIR(mode) ? EISDIR : EEXIST;
   const std::string temporary = target_ + ".orx-new";
   if (const int error = removeStale(temporary); error != 0) return error;
   if (const int error = create(temporary); error != 0) return error == EEXIST ? EBUSY : error;
   if (const int error = lockFile(fd_.get()); error != 0) return busyOr(error);
   if (const int error = checkLeadsTo(temporary, fd_.get(), EBUSY); error != 0) return error;
-  if (!replaces) return 0;
-  existing.st_mode |= unpublishedMark;
-  return setModeAndOwner(fd_.get(), existing);
+  return replaces ? giveRights(fd_.get(), existing, unpublishedMark) : 0;
 }
 
 int AtomicFile::create(const std::string& path) {

@@ -119,16 +119,6 @@ int setSize(int fd, off_t size) {
   return errnoOf([&] { return ::ftruncate(fd, size); });
 }
 
-int setModeAndOwner(int fd, const struct stat& like) {
-  struct stat now {};
-  if (::fstat(fd, &now) != 0) return errno;
-  if (now.st_uid != like.st_uid || now.st_gid != like.st_gid) {
-    const int error = errnoOf([&] { return ::fchown(fd, like.st_uid, like.st_gid); });
-    if (error != 0) return error;
-  }
-  return setMode(fd, like.st_mode & 07777);
-}
-
 int isMarked(int fd, bool& marked) {
   struct stat file {};
   if (::fstat(fd, &file) != 0) return errno;
@@ -153,6 +143,12 @@ void releaseSpace(int fd, off_t offset, off_t size) {
 
 bool sameFile(const struct stat& a, const struct stat& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+bool isSameFile(int a, int b) {
+  struct stat fileA {};
+  struct stat fileB {};
+  return ::fstat(a, &fileA) == 0 && ::fstat(b, &fileB) == 0 && sameFile(fileA, fileB);
 }
 
 bool leadsTo(const std::string& path, int fd) {

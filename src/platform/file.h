@@ -57,7 +57,6 @@ void writeIfTaken(int fd, std::string_view bytes);
 // Another name for the same file.
 [[nodiscard]] int linkFile(const std::string& existing, const std::string& name);
 [[nodiscard]] int setMode(int fd, mode_t mode);
-[[nodiscard]] int setModeAndOwner(int fd, const struct stat& like);
 [[nodiscard]] int setSize(int fd, off_t size);
 // The mode bit of a file that is written under another name than its own, until it is published:
 // nothing else is removed under such a name.
@@ -73,6 +72,7 @@ int clearMark(int fd);
 void releaseSpace(int fd, off_t offset, off_t size);
 
 [[nodiscard]] bool sameFile(const struct stat& a, const struct stat& b);
+[[nodiscard]] bool isSameFile(int a, int b);  // of open files
 // Whether the name `path` itself, not what it links to, is the open file `fd`.
 [[nodiscard]] bool leadsTo(const std::string& path, int fd);
 // The same as an errno value: `elsewhere` when it is not, another when nobody could tell.

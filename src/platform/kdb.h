@@ -57,7 +57,10 @@ inline constexpr std::int32_t openAsNew = 2;
 // are followed and kept). Never creates but with openAsNew. `status` receives the reason and the
 // return code.
 //   5/28 missing; 8/17 not a database, damaged, a directory; 11/3 no permission on the file or its
-//   directory; 3/19 open in another process; 1/22 a name too long for the file system.
+//   directory; 3/19 open in another process; 1/22 a name too long for the file system; but for
+//   reading 1/1 a name that ends in ".orx-new", ".orx-old" or ".orx-previous", which belongs to
+//   another database, and 4/46 when something stands in the place of one of these
+//   (kdb_obstacle.h).
 [[nodiscard]] std::int32_t kdbOpen(const char* name, std::int32_t nameLength, std::int32_t mode,
                                    kdbHandle& database, kdbStatus& status);
 
@@ -119,8 +122,9 @@ std::int32_t Checkpoint(kdbHandle database);
 [[nodiscard]] bool advanceKey(std::uint8_t* key);
 
 // Exchanges the closed database `name` with its previous generation, NAME.orx-previous, in one
-// step; doing it again takes it back. The generation is read through before. Fails like kdbOpen;
-// 5/28 also when there is no previous generation, 8/17 when that is no database or damaged.
+// step; doing it again takes it back. The generation is read through before, and gets owner, mode
+// and access list of the database. Fails like kdbOpen; 5/28 also when there is no previous
+// generation, 8/17 when that is no database, damaged or only a link.
 [[nodiscard]] std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status);
 
 // Which file of the database `name` the file `path` is, by whatever name: the database itself,

@@ -35,6 +35,7 @@ enum class Reason : std::int32_t {
   notHeld = 29,
   space = 40,
   storage = 41,
+  systemReject = 42,  // the file system lacks something
   unique = 46,
   open = 62,  // no further file can be opened
 };
@@ -55,9 +56,11 @@ inline constexpr Outcome duplicateKey{Code::duplicate, Reason::unique};
 inline constexpr Outcome noPermission{Code::authority, Reason::authority};
 inline constexpr Outcome notADatabase{Code::systemError, Reason::format};
 inline constexpr Outcome inputOutputError{Code::systemError, Reason::ioError};
+inline constexpr Outcome notSupported{Code::systemError, Reason::systemReject};
 inline constexpr Outcome noSpace{Code::shortage, Reason::space};
 inline constexpr Outcome noMemory{Code::shortage, Reason::storage};
 inline constexpr Outcome tooManyFiles{Code::shortage, Reason::open};
+inline constexpr Outcome nameOfAnother{Code::badArgument, Reason::arguments};
 inline constexpr Outcome inUse{Code::busyObject, Reason::inUse};
 
 // A storage failure leaves the database as it was before the run: nothing of it is published.

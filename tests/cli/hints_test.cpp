@@ -22,6 +22,8 @@ class Hints : public testing::Test {
     makeDatabase(directory_.file("db"), smallFleet());
     makeDatabase(directory_.file("db.orx-previous"), {plainLine(1)});
     makeDatabase(directory_.file("gone.orx-previous"), {plainLine(1)});
+    makeDatabase(directory_.file("doubt"), {plainLine(1)});
+    makeDatabase(directory_.file("doubt.orx-new"), {plainLine(1)});
     std::filesystem::create_symlink("nowhere", directory_ / "dangling");
     makeDatabase(directory_.file("other"), smallFleet());
     createDatabase(directory_.file("empty"));
@@ -82,6 +84,11 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
       {"-i backup -o gone", exitDatabaseNotOpened,
        "there is no database @gone, but its previous generation @gone.orx-previous",
        "mv gone.orx-previous gone"},
+      {"-i backup -o doubt", exitDatabaseNotOpened,
+       "@doubt.orx-new may be the database that a killed run replaced, .*",
+       "orxkdb stat @doubt.orx-new"},
+      {"-i backup -o doubt.orx-new", exitDatabaseNotOpened,
+       "@doubt.orx-new has the name of a file that belongs to another .*", "ls -l doubt.orx-new"},
       {"-i backup -o dangling", exitDatabaseNotOpened, "@dangling is a symbolic link .*",
        "ls -l dangling"},
       {"-i backup -o 'no db'", exitDatabaseNotOpened, "there is no database @no db",

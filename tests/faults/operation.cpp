@@ -18,6 +18,7 @@ constexpr const char* absent = "absent";
 constexpr const char* unreadable = "unreadable";
 constexpr const char* bundle = "PRESTORE_restore";
 constexpr const char* successorSuffix = ".orx-new";
+constexpr const char* replacedSuffix = ".orx-old";
 constexpr const char* previousSuffix = ".orx-previous";
 
 // A leak is not looked for here: the tool that does cannot work beside another tracer.
@@ -112,6 +113,10 @@ const std::vector<Operation>& operations() {
        .program = "orxkdb",
        .arguments = {"load", "--replace", "db", "input.dump"}},
       {.name = "undo", .program = "orxkdb", .arguments = {"undo", "db"}},
+      {.name = "undo-linking",
+       .program = "orxkdb",
+       .arguments = {"undo", "db"},
+       .exchangeFails = true},
       {.name = "backup",
        .program = "orxkdb",
        .arguments = {"backup", "db", "out.txt"},
@@ -212,19 +217,21 @@ std::optional<bool> Scene::isNew(const fs::path& directory) const {
 }
 
 // With the new database, the old one is the previous generation or, until the next run, still has
-// the successor's name. With the old one, the generation before it is as it was; where names cannot
-// be exchanged, it has to go before the database changes.
+// the successor's name or, where names cannot be exchanged, one of its own. With the old one, the
+// generation before it is as it was.
 std::string Scene::faultInGenerations(const fs::path& directory, bool isNew) const {
   const std::string previous = contentOf(directory / (operation_.target + previousSuffix), true);
   const std::string successor = contentOf(directory / (operation_.target + successorSuffix), true);
   if (isNew) {
-    const bool kept = previous == before_ || (previous == previous_ && successor == before_);
+    const std::string linked = contentOf(directory / (operation_.target + replacedSuffix), true);
+    const bool waits = successor == before_ || (operation_.exchangeFails && linked == before_);
+    const bool isUndone = previous == absent && after_ == previous_;  // it is the database now
+    const bool kept = previous == before_ || (waits && (previous == previous_ || isUndone));
     return kept ? "" : "the database is new and the old one is not kept; ";
   }
-  const bool gone = operation_.exchangeFails && previous == absent;
-  const bool again = (operation_.exchangeFails || operation_.mayRewrite) && previous == before_;
+  const bool again = operation_.mayRewrite && previous == before_;
   const bool waits = operation_.behindKill && previous == absent && successor == previous_;
-  return previous == previous_ || gone || again || waits
+  return previous == previous_ || again || waits
              ? ""
              : "the database is old and its previous generation changed; ";
 }
@@ -243,7 +250,8 @@ std::string Scene::faultInFiles(const fs::path& directory, bool isNew,
     const std::string name = entry.path().filename();
     const bool isKnown = fs::exists(start() / name) || name == operation_.target ||
                          name == bundle || name == operation_.target + previousSuffix;
-    const bool isSuccessor = name == operation_.target + successorSuffix;
+    const bool isSuccessor =
+        name == operation_.target + successorSuffix || name == operation_.target + replacedSuffix;
     if (!isKnown && !isSuccessor) faults += name + " is left behind; ";
     const bool waits = operation_.behindKill && contentOf(entry.path(), true) == previous_;
     if (isSuccessor && !isNew && !mayLeaveSuccessor && !waits) faults += name + " is left behind; ";
@@ -301,8 +309,10 @@ std::string Scene::faultInNextRun(const fs::path& directory, bool isNew, bool un
   }
   if (content(directory) != (isNew ? afterAgain_ : after_))
     return "the next run makes another database; ";
-  if (fs::exists(directory / (operation_.target + successorSuffix))) {
-    return "the next run leaves the successor; ";
+  for (const char* const suffix : {successorSuffix, replacedSuffix}) {
+    if (fs::exists(directory / (operation_.target + suffix))) {
+      return "the next run leaves " + (operation_.target + suffix) + "; ";
+    }
   }
   return "";
 }

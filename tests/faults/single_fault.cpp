@@ -33,16 +33,18 @@ std::string faultInRetry(const FaultCase& fault, const TracedResult& result) {
   return "";
 }
 
-// The last sync of a replaced database comes behind the change: the next run makes up for it.
+// The last sync of a replaced database comes behind the change: the next run makes up for it. Where
+// names cannot be exchanged, the first rename is the change itself.
 bool isBehindChange(const Scene& scene, const TracedResult& result, std::size_t call) {
   const Operation& operation = scene.operation();
-  const auto end = result.calls.rend();
-  const auto before =
-      std::find_if(end - static_cast<std::ptrdiff_t>(call), end, [](const SystemCall& earlier) {
-        return earlier.number == SYS_rename || earlier.number == SYS_renameat2;
-      });
-  return operation.isDatabase && !operation.exchangeFails && before != end &&
-         before->number == SYS_rename;
+  std::vector<long> renames;
+  for (std::size_t i = 0; i < call; ++i) {
+    const long number = result.calls[i].number;
+    if (number == SYS_rename || number == SYS_renameat2) renames.push_back(number);
+  }
+  const auto plain = std::ranges::count(renames, SYS_rename);
+  return operation.isDatabase && plain > (operation.exchangeFails ? 1 : 0) &&
+         renames.back() == SYS_rename;
 }
 
 // A success means that all of it is on the disk.

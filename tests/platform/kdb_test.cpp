@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 
 #include <cerrno>
 #include <random>
@@ -197,6 +198,63 @@ TEST_F(Kdb, PublishingKeepsOneGenerationTheModeAndTheLink) {
   struct stat database {};
   ASSERT_EQ(::stat(name_.c_str(), &database), 0);
   EXPECT_EQ(database.st_mode & 0777u, 0604u);
+  ASSERT_EQ(::chmod(name_.c_str(), 0640), 0);
+  kdb::kdbStatus status;
+  EXPECT_EQ(kdb::exchangeWithPrevious(name_.c_str(), status), 0);
+  ASSERT_EQ(::stat(name_.c_str(), &database), 0);
+  EXPECT_EQ(database.st_mode & 0777u, 0640u) << "not those of the generation";
+}
+
+// An access list as the system stores it: a version, then tag, permissions and identifier.
+std::string accessList(std::uint8_t userBits) {
+  std::string list{2, 0, 0, 0};
+  const auto add = [&list](char tag, std::uint8_t bits, std::string_view identifier) {
+    list += {tag, 0, static_cast<char>(bits), 0};
+    list += identifier;
+  };
+  constexpr std::string_view none = "\xFF\xFF\xFF\xFF";
+  add(0x01, 6, none);
+  add(0x02, userBits, std::string_view("\x39\x30\0\0", 4));  // the user 12345
+  add(0x04, 0, none);
+  add(0x10, userBits, none);
+  add(0x20, 0, none);
+  return list;
+}
+
+// "" for none.
+std::string attributeOf(const std::string& file, const char* name) {
+  std::array<char, 256> value{};
+  const ssize_t size = ::getxattr(file.c_str(), name, value.data(), value.size());
+  return {value.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
+}
+
+TEST_F(Kdb, PublishingKeepsTheAccessListAndTakesNoneFromTheDirectory) {
+  constexpr const char* own = "system.posix_acl_access";
+  const std::string list = accessList(4);
+  const std::string inherited = accessList(6);
+  const std::string directory = std::filesystem::path(name_).parent_path();
+  createDatabase(name_, 1);
+  if (::setxattr(directory.c_str(), "system.posix_acl_default", inherited.data(), inherited.size(),
+                 0) != 0) {
+    GTEST_SKIP() << "a file system without access lists";
+  }
+  addRecords(name_, {makeRecord(2)});
+  EXPECT_EQ(attributeOf(name_, own), "") << "the database had none";
+  ASSERT_EQ(::setxattr(name_.c_str(), own, list.data(), list.size(), 0), 0);
+  const bool hasLabels = ::setxattr(name_.c_str(), "user.note", "kept", 4, 0) == 0;
+  {
+    const Opened database(name_);
+    EXPECT_EQ(database.add(makeRecord(3)), "0/0");
+    const std::string successor = attributeOf(name_ + ".orx-new", own);
+    ASSERT_EQ(successor.size(), list.size());
+    EXPECT_EQ(successor[30], 0) << "the mask lets nobody in yet";
+    EXPECT_EQ(database.close(), "0/0");
+  }
+  EXPECT_EQ(attributeOf(name_, own), list);
+  EXPECT_EQ(attributeOf(name_, "user.note"), hasLabels ? "kept" : "");
+  kdb::kdbStatus status;
+  EXPECT_EQ(kdb::exchangeWithPrevious(name_.c_str(), status), 0);
+  EXPECT_EQ(attributeOf(name_, own), list);
 }
 
 TEST_F(Kdb, UndoExchangesTheGenerationsAndBack) {
@@ -211,10 +269,17 @@ TEST_F(Kdb, UndoExchangesTheGenerationsAndBack) {
   EXPECT_EQ(kdb::exchangeWithPrevious(name_.c_str(), status), 0);
   EXPECT_THAT(test::objects(name_), SizeIs(2));
   {
-    const Opened other(name_ + ".orx-previous");
+    const UniqueFd other = openFile(name_ + ".orx-previous", O_RDONLY);
+    ASSERT_EQ(lockFile(other.get()), 0);
     (void)kdb::exchangeWithPrevious(name_.c_str(), status);
     EXPECT_EQ(test::text(status), "3/19");
   }
+  const std::string elsewhere = scratch_.file("elsewhere");
+  std::filesystem::rename(name_ + ".orx-previous", elsewhere);
+  std::filesystem::create_symlink(elsewhere, name_ + ".orx-previous");
+  (void)kdb::exchangeWithPrevious(name_.c_str(), status);
+  EXPECT_EQ(test::text(status), "8/17");
+  std::filesystem::remove(name_ + ".orx-previous");
   test::writeFile(name_ + ".orx-previous", "no database");
   (void)kdb::exchangeWithPrevious(name_.c_str(), status);
   EXPECT_EQ(test::text(status), "8/17");

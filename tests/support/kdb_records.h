@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
@@ -100,10 +101,12 @@ inline void addRecords(const std::string& name, const std::vector<Record>& recor
   ASSERT_EQ(database.close(), "0/0");
 }
 
+// Also under a name that the programs would not give it.
 inline void createDatabase(const std::string& name, std::uint32_t count = 0) {
   std::vector<Record> records;
   for (std::uint32_t i = 1; i <= count; ++i) records.push_back(makeRecord(i));
-  addRecords(name, records, kdb::openAsNew);
+  addRecords(name + ".made", records, kdb::openAsNew);
+  std::filesystem::rename(name + ".made", name);
 }
 
 // A database of which the first pages alone are sound. Returns its bytes.

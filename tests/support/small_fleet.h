@@ -78,9 +78,10 @@ inline void addUnder(const Opened& database, const DataBuffer& key, const DataBu
 
 // A new database of these records, each under its own key.
 inline void makeDatabase(const std::string& name, const std::vector<DataBuffer>& records) {
-  const Opened database(name, kdb::openAsNew);
+  const Opened database(name + ".made", kdb::openAsNew);
   for (const DataBuffer& record : records) addUnder(database, record, record);
   ASSERT_EQ(database.close(), "0/0");
+  std::filesystem::rename(name + ".made", name);
 }
 
 inline void makeDatabase(const std::string& name, const std::vector<Line>& lines) {

@@ -9,7 +9,9 @@
 #include <utility>
 #include <vector>
 
+#include "platform/file_rights.h"
 #include "platform/kdb/failure.h"
+#include "platform/kdb/leftover.h"
 #include "platform/run_progress.h"
 
 namespace orx::kdb {
@@ -33,6 +35,11 @@ bool belongsToGroup(gid_t group) {
   return std::find(groups.begin(), groups.end(), group) != groups.end();
 }
 
+Outcome checkName(const DatabasePaths& paths) {
+  if (!paths.namesFit()) return {Code::badArgument, Reason::length};
+  return paths.isOfAnother() ? nameOfAnother : succeeded;
+}
+
 // Whatever would stop the run at its end is found before it begins.
 Outcome checkPermissions(const DatabasePaths& paths, const struct stat& file) {
   if (::faccessat(AT_FDCWD, paths.database.c_str(), R_OK | W_OK, AT_EACCESS) != 0) {
@@ -42,8 +49,18 @@ Outcome checkPermissions(const DatabasePaths& paths, const struct stat& file) {
     return outcomeOfErrno(errno);
   }
   const uid_t user = ::geteuid();
-  if (user == 0) return succeeded;
-  return user == file.st_uid && belongsToGroup(file.st_gid) ? succeeded : noPermission;
+  const bool isOwn = user == file.st_uid && belongsToGroup(file.st_gid);
+  return user == 0 || isOwn ? checkNamesCanChange(paths) : noPermission;
+}
+
+// The rights of the database are given at the end, but what cannot be given is found now.
+Outcome prepareRights(int successorFd, int databaseFd) {
+  FileRights rights;
+  int error = readRights(databaseFd, rights);
+  if (error == 0) error = withholdRights(successorFd, rights, unpublishedMark);
+  if (error == EINVAL || error == EOPNOTSUPP) return noPermission;
+  if (error == 0) copyLabels(databaseFd, successorFd);
+  return outcomeOfErrno(error);
 }
 
 Outcome openRegularFile(const std::string& path, UniqueFd& fd, struct stat& file) {
@@ -112,7 +129,7 @@ Outcome Database::openExisting(const std::string& name, OpenMode mode) {
   struct stat file {};
   if (const Outcome outcome = openRegularFile(*resolved, fd, file); !outcome.ok()) return outcome;
   if (mode == OpenMode::update) {
-    if (!paths_.namesFit()) return {Code::badArgument, Reason::length};
+    if (const Outcome outcome = checkName(paths_); !outcome.ok()) return outcome;
     if (const Outcome outcome = checkPermissions(paths_, file); !outcome.ok()) return outcome;
     if (const Outcome outcome = lock(fd); !outcome.ok()) return outcome;
   }
@@ -143,16 +160,12 @@ Outcome Database::openNew(const std::string& name) {
   if (::lstat(name.c_str(), &existing) == 0) return duplicateKey;
   if (errno != ENOENT) return outcomeOfErrno(errno);
   paths_ = DatabasePaths::of(name);
-  if (!paths_.namesFit()) return {Code::badArgument, Reason::length};
+  if (const Outcome outcome = checkName(paths_); !outcome.ok()) return outcome;
   return Successor::create(paths_, successor_);
 }
 
 // What a run that died between its last steps left to do.
 Outcome Database::settleLastRun() {
-  struct stat previous {};
-  if (::lstat(paths_.previous.c_str(), &previous) == 0 && S_ISDIR(previous.st_mode)) {
-    return duplicateKey;  // nothing could be published
-  }
   if (const Outcome outcome = settleLeftover(paths_, base_->fd()); !outcome.ok()) return outcome;
   return outcomeOfErrno(clearMark(base_->fd()));
 }
@@ -186,17 +199,14 @@ Outcome Database::startSuccessor() {
 }
 
 Outcome Database::makeSuccessor() {
-  if (const Outcome outcome = Successor::create(paths_, successor_); !outcome.ok()) {
-    return outcome;
-  }
+  // The directory was there when the database was opened; somebody moved it.
+  const Outcome made = Successor::create(paths_, successor_);
+  if (!made.ok()) return made == recordNotFound ? inUse : made;
   lookUp_.reset();
   successor_->uncachePrevious(paths_);
-  struct stat owner {};
-  if (::fstat(base_->fd(), &owner) != 0) return outcomeOfErrno(errno);
-  owner.st_mode = S_IRUSR | S_IWUSR | unpublishedMark;
-  // An owner that cannot be given is found now, not at the end.
-  const int error = setModeAndOwner(successor_->fd(), owner);
-  if (error != 0) return error == EINVAL ? noPermission : outcomeOfErrno(error);
+  if (const Outcome outcome = prepareRights(successor_->fd(), base_->fd()); !outcome.ok()) {
+    return outcome;
+  }
   return everythingDeleted() ? succeeded : startCopy();
 }
 

@@ -66,6 +66,8 @@ class Database {
 
   // Locks what was opened for reading; 3/19 when somebody has.
   [[nodiscard]] Outcome hold() const;
+  // The file of a database that was not new.
+  [[nodiscard]] int fd() const { return base_->fd(); }
 
   // Publishes what was changed. The object is of no further use.
   [[nodiscard]] Outcome publish();

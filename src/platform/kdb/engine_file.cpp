@@ -66,7 +66,24 @@ Outcome EngineFile::outcomeOf(int engineError) const {
   return engine::outcomeOf(engineError, fd_);
 }
 
+// The engine opens and begins its files by name, and the name may lead elsewhere by now: that of
+// the descriptor cannot. Where there is none (no /proc), the file's own has to do.
 Outcome EngineFile::openEngine(const std::string& path) {
+  Outcome outcome = openEnvironment("/proc/self/fd/" + std::to_string(fd_));
+  if (outcome == recordNotFound || outcome == noPermission) outcome = openEnvironment(path);
+  if (!outcome.ok()) return outcome;
+  int opened = -1;
+  if (const int error = mdb_env_get_fd(environment_.get(), &opened); error != 0) {
+    return outcomeOf(error);
+  }
+  if (!isSameFile(opened, fd_)) return inputOutputError;
+  outcome = checkNotCut();
+  if (outcome.ok()) outcome = begin();
+  return !outcome.ok() ? outcome : outcomeOf(mdb_dbi_open(transaction_.get(), nullptr, 0, &table_));
+}
+
+Outcome EngineFile::openEnvironment(const std::string& path) {
+  environment_.reset();
   MDB_env* environment = nullptr;
   if (const int error = mdb_env_create(&environment); error != 0) return outcomeOf(error);
   environment_.reset(environment);
@@ -74,11 +91,7 @@ Outcome EngineFile::openEngine(const std::string& path) {
     return outcomeOf(error);
   }
   constexpr unsigned flags = MDB_NOSUBDIR | MDB_NOLOCK | MDB_NOSYNC | MDB_NOTLS;
-  if (const int error = mdb_env_open(environment, path.c_str(), flags, 0600); error != 0) {
-    return outcomeOf(error);
-  }
-  if (const Outcome outcome = begin(); !outcome.ok()) return outcome;
-  return outcomeOf(mdb_dbi_open(transaction_.get(), nullptr, 0, &table_));
+  return outcomeOf(mdb_env_open(environment, path.c_str(), flags, 0600));
 }
 
 Outcome EngineFile::begin() {
@@ -102,9 +115,22 @@ Outcome EngineFile::commit() {
   cursor_.reset();
   pendingCost_ = 0;
   if (transaction_ == nullptr) return succeeded;
-  const Outcome outcome = outcomeOf(mdb_txn_commit(transaction_.release()));
+  // Before it as well: it may write behind the cut, and make the file long again.
+  Outcome outcome = checkNotCut();
+  if (!outcome.ok()) return outcome;
+  outcome = outcomeOf(mdb_txn_commit(transaction_.release()));
+  if (outcome.ok()) outcome = checkNotCut();
   if (outcome.ok()) startWriteBack();
   return outcome;
+}
+
+// Whoever cuts the file makes holes in it, which would be read as zeros.
+Outcome EngineFile::checkNotCut() {
+  struct stat file {};
+  if (::fstat(fd_, &file) != 0) return outcomeOfErrno(errno);
+  if (file.st_size < knownSize_) return inputOutputError;
+  knownSize_ = file.st_size;
+  return succeeded;
 }
 
 // Lets the disk work while the next records are prepared; the sync at the end then waits for less.
@@ -205,10 +231,9 @@ Outcome EngineFile::finish() {
   Extent extent;
   if (const Outcome outcome = measure(extent); !outcome.ok()) return outcome;
   environment_.reset();
+  if (const Outcome outcome = checkNotCut(); !outcome.ok()) return outcome;
   const auto wanted = static_cast<off_t>(extent.used);
-  struct stat file {};
-  if (::fstat(fd_, &file) != 0) return outcomeOfErrno(errno);
-  return file.st_size < wanted ? outcomeOfErrno(setSize(fd_, wanted)) : succeeded;
+  return knownSize_ < wanted ? outcomeOfErrno(setSize(fd_, wanted)) : succeeded;
 }
 
 }  // namespace orx::kdb

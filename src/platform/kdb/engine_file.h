@@ -14,7 +14,8 @@ namespace orx::kdb {
 
 class EngineFile {
  public:
-  // `fd` is the file behind `path`, empty. It stays the caller's and outlives the object.
+  // `fd` is the file behind `path`, empty. It stays the caller's and outlives the object. 8/20 when
+  // the path leads to another file.
   static Outcome open(const std::string& path, int fd, std::unique_ptr<EngineFile>& file);
 
   EngineFile(const EngineFile&) = delete;
@@ -42,14 +43,16 @@ class EngineFile {
   [[nodiscard]] Outcome copyTo(int fd);
 
   // Writes what is pending, closes the engine and gives the file its full length, so that its size
-  // can be checked exactly when it is opened. Nothing may follow.
+  // can be checked exactly when it is opened. Nothing may follow. 8/20 when somebody cut it.
   [[nodiscard]] Outcome finish();
 
  private:
   explicit EngineFile(int fd) : fd_(fd) {}
   [[nodiscard]] Outcome openEngine(const std::string& path);
+  [[nodiscard]] Outcome openEnvironment(const std::string& path);
   [[nodiscard]] Outcome begin();
   [[nodiscard]] Outcome commit();
+  [[nodiscard]] Outcome checkNotCut();
   void startWriteBack();
   [[nodiscard]] Outcome commitWhenLarge(unsigned cost);
   struct Extent;
@@ -68,6 +71,7 @@ class EngineFile {
   bool empty_ = true;
   unsigned pendingCost_ = 0;
   std::int64_t writeBackFrom_ = 0;
+  std::int64_t knownSize_ = 0;  // of the file; it never gets shorter by itself
 };
 
 template <typename Visit>

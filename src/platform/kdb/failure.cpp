@@ -31,6 +31,7 @@ Outcome outcomeOfErrno(int error) {
       return notADatabase;
     case EWOULDBLOCK:
     case ETXTBSY:
+    case EBUSY:
       return inUse;
     case ENOSPC:
     case EDQUOT:
@@ -39,6 +40,8 @@ Outcome outcomeOfErrno(int error) {
     case EMFILE:
     case ENFILE:
       return tooManyFiles;
+    case EOPNOTSUPP:
+      return notSupported;
     case ENOMEM:
       return noMemory;
     default:

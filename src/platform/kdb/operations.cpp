@@ -3,12 +3,14 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstring>
 #include <string>
 #include <utility>
 
 #include "platform/file.h"
 #include "platform/kdb/engine.h"
+#include "platform/kdb/failure.h"
 #include "platform/kdb/handles.h"
 #include "platform/kdb/publish.h"
 #include "platform/kdb_statistics.h"
@@ -283,10 +285,14 @@ std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status) {
     // A run that died while it published leaves the database as its own previous generation.
     const DatabasePaths& paths = current->paths();
     if (outcome.ok() && isSameFile(paths.database, paths.previous)) outcome = recordNotFound;
+    // Behind a link lies a file that the exchange would not move.
+    if (outcome.ok()) {
+      outcome = outcomeOfErrno(checkLeadsTo(paths.previous, previous->fd(), EISDIR));
+    }
     // Until the exchange is on the disk, nobody else may build upon what has the name by then.
     if (outcome.ok()) outcome = previous->hold();
     if (outcome.ok()) outcome = readThrough(*previous);
-    if (outcome.ok()) outcome = exchangeGenerations(paths);
+    if (outcome.ok()) outcome = exchangeGenerations(paths, current->fd(), previous->fd());
   }
   fill(status, outcome);
   return status.returnCode;

@@ -13,23 +13,26 @@ namespace orx::kdb {
 struct DatabasePaths {
   std::string database;
   std::string successor;  // NAME.orx-new
+  std::string replaced;   // NAME.orx-old
   std::string previous;   // NAME.orx-previous
   std::string directory;
 
   // `database` must already be resolved.
   static DatabasePaths of(const std::string& database);
-  // False when the file system has no room for the longer of the two names.
+  // False when the file system has no room for the longest of the names.
   [[nodiscard]] bool namesFit() const;
+  // Whether the name of the database itself ends like one of the others. Another database's runs
+  // would replace or remove it.
+  [[nodiscard]] bool isOfAnother() const;
 };
 
-// A successor has the mark of an unpublished file; the last step of publishing takes it away. When
-// a dead run left a NAME.orx-new without the mark beside a NAME with it, that is the database that
-// the run replaced; any other database is a successor.
+// A successor has the mark of an unpublished file; the last step of publishing takes it away. By
+// the mark the next run knows what a dead one left (leftover.h).
 
 // Publishes the complete successor open as `successorFd` in place of the database open as
 // `databaseFd`:
-//   1. sync the successor, give it mode and owner of the database and the mark, sync again, and
-//      sync the database, which must not get its own mark back in a power failure;
+//   1. sync the successor, give it the rights of the database and the mark, sync again, and sync
+//      the database, which must not get its own mark back in a power failure;
 //   2. exchange NAME and NAME.orx-new: the one step that changes the database;
 //   3. sync the directory; a failure takes step 2 back, and where not even that can be done it is
 //      noted as published;
@@ -37,21 +40,22 @@ struct DatabasePaths {
 //      the mark away.
 // A process that dies leaves the old database before step 2 and the new one after it. What is
 // missing of step 4 is made up for by the next run.
-// Where names cannot be exchanged or the mark is not kept, the database gets NAME.orx-previous as a
-// second name, then the successor is renamed to NAME.
+// Where names cannot be exchanged or the mark is not kept, the database gets NAME.orx-old as a
+// second name, for good, then the successor is renamed to NAME; step 4 begins with NAME.orx-old.
+// 3/19 when the names lead to other files by now, 8/20 when the successor was cut, 8/42 where names
+// can neither be exchanged nor linked.
 [[nodiscard]] Outcome publishReplacement(const DatabasePaths& paths, int successorFd,
                                          int databaseFd);
-
-// Takes care of what a dead run left as NAME.orx-new: discards a successor, makes a replaced
-// database the previous generation. 3/19 when its process is alive, 4/46 for a directory or
-// somebody else's file. `databaseFd` is the database, with the mark that it was found with; -1 for
-// none.
-[[nodiscard]] Outcome settleLeftover(const DatabasePaths& paths, int databaseFd);
 
 // Publishes the complete successor as a new database of mode `mode`; 4/46 when the name is taken.
 [[nodiscard]] Outcome publishNew(const DatabasePaths& paths, int successorFd, unsigned mode);
 
-// Exchanges the database with its previous generation. 5/28 when there is none.
-[[nodiscard]] Outcome exchangeGenerations(const DatabasePaths& paths);
+// Exchanges the database with its previous generation, which gets the rights of the database.
+[[nodiscard]] Outcome exchangeGenerations(const DatabasePaths& paths, int databaseFd,
+                                          int previousFd);
+
+// Makes the replaced database, which has the name `from`, the previous generation, for good. An
+// errno value.
+[[nodiscard]] int makePrevious(const DatabasePaths& paths, const std::string& from);
 
 }  // namespace orx::kdb

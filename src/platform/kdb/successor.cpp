@@ -8,6 +8,7 @@
 
 #include "platform/interruption.h"
 #include "platform/kdb/failure.h"
+#include "platform/kdb/leftover.h"
 
 namespace orx::kdb {
 
@@ -16,6 +17,15 @@ namespace {
 // Records out of order go straight into the engine's file while they are few beside the others.
 constexpr std::uint64_t fewInsertions = 1000;
 constexpr std::uint64_t appendsPerInsertion = 32;
+
+// The process' mask may have taken away what the engine needs to open the file.
+int grantOwnUse(int fd) {
+  constexpr mode_t ownUse = S_IRUSR | S_IWUSR;
+  struct stat file {};
+  if (::fstat(fd, &file) != 0) return errno;
+  if ((file.st_mode & ownUse) == ownUse) return 0;
+  return setMode(fd, ownUse | unpublishedMark);
+}
 
 // A file-size limit then shows as a failed write instead of ending the process.
 void ignoreFileSizeSignal() {
@@ -47,7 +57,7 @@ int Successor::createFile(const std::string& path) {
   fd_ = openFile(path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600 | unpublishedMark);
   if (!fd_.valid()) return errno;
   step.removeWhenInterrupted(path, fd());
-  return 0;
+  return grantOwnUse(fd());
 }
 
 void Successor::keep() {
@@ -118,8 +128,7 @@ Outcome Successor::settle() {
 Outcome Successor::restartEngine() {
   engine_.reset();
   if (const int error = setSize(fd(), 0); error != 0) return outcomeOfErrno(error);
-  const Outcome outcome = openEngine();
-  return outcome.ok() && !leadsTo(path_, fd()) ? inputOutputError : outcome;
+  return openEngine();
 }
 
 Outcome Successor::appendAll(SortedRuns& runs) {
