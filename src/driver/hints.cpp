@@ -334,11 +334,12 @@ class HintList {
                                  "database needs: immutable, a mount point, or another user's",
                           "ls -l " + word + "; lsattr " + word});
         return true;
-      case kdb::ObstacleKind::replaced:
-        hints_.push_back({file + expand(" is the database before its last change, and could not "
-                                        "become {PREVIOUS}",
-                                        settings_),
-                          "mv " + word + expand(" {previous}", settings_)});
+      case kdb::ObstacleKind::replaced: {
+        const std::string previous = kdb::previousName(settings_.databaseName);
+        hints_.push_back({file + " is the database before its last change, and could not become " +
+                              absolutePath(previous),
+                          "mv " + word + " " + shellWord(previous)});
+      }
     }
     return true;
   }
