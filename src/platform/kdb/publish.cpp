@@ -154,8 +154,10 @@ Outcome publishNew(const DatabasePaths& paths, int successorFd, unsigned mode) {
   error = renameFile(paths.successor, paths.database, true);
   if (error == EEXIST) return duplicateKey;
   if (error != 0) return outcomeOfErrno(error);
-  (void)clearMark(successorFd);
   error = syncDirectory(paths.directory);
+  // Not before: without the mark, and with the name lost in a power failure, nobody could tell what
+  // it is.
+  if (error == 0) (void)clearMark(successorFd);
   const bool takenBack = error != 0 && renameFile(paths.database, paths.successor, true) == 0;
   if (!takenBack) step.notePublished();
   return outcomeOfErrno(error);
