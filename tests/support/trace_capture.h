@@ -25,9 +25,9 @@ inline std::string withoutHead(const std::string& line) {
   return line;
 }
 
-// Runs `action` with the trace set to `patterns`; returns its lines without their heads.
+// Runs `action` with the trace set to `patterns`; returns its lines.
 template <typename Action>
-std::vector<std::string> captureTrace(const std::string& patterns, Action action) {
+std::vector<std::string> captureWholeTrace(const std::string& patterns, Action action) {
   const std::string file = testing::TempDir() + "orx_capture.txt";
   (void)std::remove(file.c_str());
   trace_setting::configure(patterns, file);
@@ -35,7 +35,15 @@ std::vector<std::string> captureTrace(const std::string& patterns, Action action
   trace_setting::configure("", "");
   std::vector<std::string> lines;
   std::ifstream in(file);
-  for (std::string line; std::getline(in, line);) lines.push_back(withoutHead(line));
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+// The same without the heads of the lines.
+template <typename Action>
+std::vector<std::string> captureTrace(const std::string& patterns, Action action) {
+  std::vector<std::string> lines = captureWholeTrace(patterns, action);
+  for (std::string& line : lines) line = withoutHead(line);
   return lines;
 }
 
