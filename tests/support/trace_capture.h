@@ -1,14 +1,12 @@
 // What an action sends to the trace.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <cstdio>
 #include <fstream>
 #include <string>
 #include <vector>
 
 #include "platform/trace.h"
+#include "tests/support/temp_dir.h"
 
 namespace orx {
 
@@ -28,8 +26,8 @@ inline std::string withoutHead(const std::string& line) {
 // Runs `action` with the trace set to `patterns`; returns its lines.
 template <typename Action>
 std::vector<std::string> captureWholeTrace(const std::string& patterns, Action action) {
-  const std::string file = testing::TempDir() + "orx_capture.txt";
-  (void)std::remove(file.c_str());
+  const test::TempDir directory;
+  const std::string file = directory.file("trace");
   trace_setting::configure(patterns, file);
   action();
   trace_setting::configure("", "");
