@@ -25,6 +25,12 @@ std::string valueOf(const CMAttribute& attribute) {
   return value;
 }
 
+std::string times(int count, const std::string& text) {
+  std::string all;
+  for (int i = 0; i < count; ++i) all += text;
+  return all;
+}
+
 // The field, with a byte beyond it that must stay; "" for a failure that left it zeroed.
 std::string fieldOf(const CMAttribute& attribute, int width) {
   std::string field(static_cast<std::size_t>(width) + 1, '#');
@@ -79,6 +85,20 @@ TEST(DescriptionField, IsReadBackOrLeavesTheAttributeAlone) {
                           testing::HasSubstr("78 3B")));
 }
 
+// A key has the same digits in nearly every code page; only the trace tells the direction.
+TEST(DescriptionField, ItsKeyIsConvertedAndItsTextTraced) {
+  using testing::Contains;
+  using testing::EndsWith;
+  CMAttribute attribute;
+  EXPECT_THAT(captureTrace("ConvertStringToUTF8=1", [] { fieldOf(make(6, "x"), 9); }),
+              Contains(EndsWith("flagUTF8 is [0]")));
+  EXPECT_THAT(
+      captureTrace("ConvertStringToUTF8=1", [&] { (void)getUTF8Desc("6;x", &attribute, 0, 0); }),
+      Contains(EndsWith("flagUTF8 is [1]")));
+  EXPECT_THAT(captureTrace("getUTF8Desc=1", [&] { (void)getUTF8Desc("6;x", &attribute, 0, 0); }),
+              ElementsAre("dump of source (3 bytes)", testing::HasSubstr("36 3B 78")));
+}
+
 TEST(DescriptionField, ReadingCanTranslateAndKeepsUtf8WhereItCannot) {
   CMAttribute attribute;
   EXPECT_EQ(getUTF8Desc("6;é€  ", &attribute, 1, 1252), 1);
@@ -86,12 +106,8 @@ TEST(DescriptionField, ReadingCanTranslateAndKeepsUtf8WhereItCannot) {
   EXPECT_EQ(getUTF8Desc("7;é€  ", &attribute, 1, 819), 1);
   EXPECT_EQ(valueOf(attribute), "é€");
   EXPECT_EQ(attribute.key().number(), 7);
-}
-
-std::string times(int count, const std::string& text) {
-  std::string all;
-  for (int i = 0; i < count; ++i) all += text;
-  return all;
+  EXPECT_EQ(getUTF8Desc(("6;" + times(70, "é")).c_str(), &attribute, 2, 819), 1);
+  EXPECT_EQ(valueOf(attribute), times(64, "\xE9"));
 }
 
 TEST(DescriptionTranslation, CutsAtSixtyFourBytesBetweenCharacters) {
@@ -100,8 +116,8 @@ TEST(DescriptionTranslation, CutsAtSixtyFourBytesBetweenCharacters) {
       {"code page", times(70, "é"), 0, 819, 1, times(64, "\xE9")},
       {"no limit", times(70, "é"), 0, 819, 0, times(70, "\xE9")},
       {"two bytes, even", times(40, "\xE9"), 1, 819, 1, times(32, "é")},
-      {"two bytes, odd", "x" + times(40, "\xE9"), 1, 819, 1, "x" + times(31, "é")},
-      {"three bytes", times(30, "\x80"), 1, 1252, 1, times(21, "€")},
+      {"two bytes, odd", "x" + times(40, "\xE9"), 2, 819, 2, "x" + times(31, "é")},
+      {"three bytes", times(30, "\x80"), -1, 1252, -1, times(21, "€")},
       {"UTF-8 as code page", times(22, "€"), 0, 1208, 1, times(21, "€")},
       {"UTF-8 as local code page", times(22, "€"), 0, 0, 1, times(21, "€")},
       {"only 510 bytes count", times(600, "x"), 1, 819, 0, times(510, "x")}};

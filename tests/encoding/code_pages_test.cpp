@@ -1,6 +1,7 @@
 #include "encoding/code_pages.h"
 
 #include <gmock/gmock.h>
+#include <unicode/uclean.h>
 #include <unicode/ustring.h>
 
 #include <cstdlib>
@@ -150,6 +151,49 @@ TEST(Ebcdic, AcceptsExactlyTheFormsOfTheAsciiCharacters) {
   EXPECT_EQ(accepted, 127);
   EXPECT_EQ(isValidEBCDICEnglishString(""), 1);
   EXPECT_EQ(isValidEBCDICEnglishString("\xC8\x85\x93\x93\x96\x41"), 0);
+}
+
+bool memoryIsOut = false;
+
+void* allocate(const void*, std::size_t size) {
+  return memoryIsOut ? nullptr : std::malloc(size);
+}
+void* reallocate(const void*, void* memory, std::size_t size) {
+  return memoryIsOut ? nullptr : std::realloc(memory, size);
+}
+void release(const void*, void* memory) {
+  std::free(memory);
+}
+
+// In a process of its own, where the library has opened nothing yet.
+TEST(EbcdicDeathTest, ATableThatCouldNotBeBuiltIsBuiltTheNextTime) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        UErrorCode status = U_ZERO_ERROR;
+        u_setMemoryFunctions(nullptr, allocate, reallocate, release, &status);
+        std::string text = "a";
+        if (ConvertStringToUTF8_RWCString(1, text, 819) != 0) std::exit(2);
+        memoryIsOut = true;
+        if (isValidEBCDICEnglishString("\xC8") != 0) std::exit(3);
+        memoryIsOut = false;
+        std::exit(isValidEBCDICEnglishString("\xC8") == 1 ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST(TextDetails, AreTraced) {
+  const auto work = [] {
+    char field[5] = {};
+    EXPECT_EQ(myfindUTF8Len("abcdef", 3), 3);
+    UTF8StrNCopy(field, "abcdef", 4);
+  };
+  EXPECT_THAT(captureTrace("*=1", work),
+              ElementsAre("_iEnd is [3]", "dump of output (4 bytes)",
+                          "  000000  61 62 63 64                                      abcd",
+                          "dump of input (6 bytes)",
+                          "  000000  61 62 63 64 65 66                                abcdef"));
+  EXPECT_THAT(captureTrace("*=0xBE", work), ElementsAre());
 }
 
 TEST(ManagedSystems, TheFirstRegistrationStays) {

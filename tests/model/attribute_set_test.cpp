@@ -28,7 +28,11 @@ TEST(AttributeSet, ReadsItsTextUpToTheFirstFault) {
       {nullptr, ""}};
   for (const auto& [text, kept] : rows) EXPECT_EQ(CMAttributeSet(text, 1).text(), kept);
   EXPECT_EQ(CMAttributeSet().getCharAttributeSize(), 1);
-  EXPECT_EQ(CMAttributeSet("<6;0;1;a>>b;;;>", 0).getFirst()->text(), "6;0;1;a>>>>b;;;;;");
+  const CMAttributeSet literal("<6;0;1;a>>b;;;>", 0);
+  EXPECT_EQ(literal.getFirst()->text(), "6;0;1;a>>>>b;;;;;");
+  CMAttributeSet copy(literal);  // unescapes whatever its source does
+  copy = "<6;0;1;a>>b;>";
+  EXPECT_EQ(copy.text(), "<6;0;1;a>>b;>");
 }
 
 TEST(AttributeSet, LooksUpByKey) {

@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <memory>
-
 #include "tests/support/trace_capture.h"
 
 namespace orx {
@@ -38,8 +36,17 @@ TEST(ConfigHandle, ConstructorsAndFactoriesBuildTheirLayout) {
       {CMConfigHandle::createTemporaryHandle(-1, 7), "070000000000FF11"},
       {CMConfigHandle(system2, group70000), "0000701102006300"},
       {CMConfigHandle(system2, group70000, resource9), "090070110200A400"},
-      {CMConfigHandle(nothing, group70000, resource9), "7011010009002400"}};
+      {CMConfigHandle(nothing, group70000, resource9), "7011010009002400"},
+      {CMConfigHandle::createPrototypeInheritedGroupHandle(system2, group70000),
+       "0000701102006300"},
+      {CMConfigHandle::createPrototypeInheritedResourceHandle(system2, group70000, resource9),
+       "090070110200A400"}};
   for (const auto& [handle, expected] : cases) EXPECT_EQ(hex(handle), expected);
+  CMConfigHandle handle(5, 1);
+  handle.set(group70000.getHandleBytes());
+  EXPECT_EQ(hex(handle), "7011010000000301");
+  handle.set(nullptr);
+  EXPECT_TRUE(handle.isNull());
 }
 
 TEST(ConfigHandle, QueriesReadBothLayouts) {
@@ -102,7 +109,6 @@ TEST(ConfigHandle, ComparisonsLookAtTheBytes) {
   EXPECT_EQ(resource9.compareTo(&other), 1);
   EXPECT_FALSE(resource9.isEqual(&other) || resource9.isEqual(nullptr));
   EXPECT_TRUE(nothing == static_cast<const std::uint8_t*>(nullptr));
-  EXPECT_EQ(std::unique_ptr<RWCollectable>(resource9.copy())->isA(), 0);
   EXPECT_EQ(fromHex("0102030405060708").hash(), 0x04030201u ^ 0x08070605u);
 }
 
@@ -121,6 +127,15 @@ TEST(ConfigHandle, DumpTellsWhatAHandleMeans) {
                           "  ResRefID= 0900000000000601",
                           "  TypeModelInh= Prototype inherited resource with PIRG as a parent",
                           "-------------------------------------------"));
+  const std::pair<const char*, const char*> lines[] = {
+      {"0700000000000511", "  Temp    = True"},
+      {"0000070002006300", "  TypeModelInh= Prototype inherited resource group"},
+      {"7011010009002400",
+       "  TypeModelInh= Prototype inherited resource with normal resource group as a parent"}};
+  for (const auto& [bytes, line] : lines) {
+    EXPECT_THAT(captureTrace("none=1", [bytes = bytes] { fromHex(bytes).dump(); }),
+                testing::Contains(line));
+  }
 }
 
 TEST(ConfigHandle, ExportTellsTheTraceOfConvertedHandles) {

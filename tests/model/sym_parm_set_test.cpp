@@ -62,6 +62,7 @@ TEST(SymParmSet, OnlyTheSystemParameterAttributeIsRead) {
   read(set, "KEPT=1,NODE_FILTER=*");
   EXPECT_EQ(set.at(1)->kind(), 4u);
   EXPECT_EQ(set.at(0)->kind(), 2u);
+  EXPECT_EQ(set.at(0)->descriptionId(), 0u);
   EXPECT_EQ(set.at(2), nullptr);
   set = CMAttribute("2;0;1;A=1;", 1);
   set = CMAttributeSet("<2;0;1;A=1;><4097;0;1;B=1;>", 1);
@@ -70,6 +71,30 @@ TEST(SymParmSet, OnlyTheSystemParameterAttributeIsRead) {
   EXPECT_THAT(rowsOf(set), ElementsAre("A=1|"));
   set = CMAttribute("1;0;0;", 1);
   EXPECT_EQ(set.entries(), 0u);
+}
+
+// Tells in which order a set is used.
+struct LoggedSet : CMAttributeSet {
+  using CMAttributeSet::CMAttributeSet;
+  int beginAccess(int first, int second) const override {
+    log += "begin" + std::to_string(first) + std::to_string(second);
+    return 0;
+  }
+  void endAccess(int mode) const override { log += " end" + std::to_string(mode); }
+  const CMAttribute* findAttrKey(const CMAttributeKey& key) const override {
+    log += " find" + std::to_string(key.number());
+    return CMAttributeSet::findAttrKey(key);
+  }
+  mutable std::string log;
+};
+
+TEST(SymParmSet, AnAttributeSetIsReadBetweenItsAccessHooks) {
+  for (const char* text : {"<1;0;1;A=1;>", ""}) {
+    const LoggedSet attributes(text, 1);
+    CMSymParmSet set;
+    set = attributes;
+    EXPECT_EQ(attributes.log, "begin00 find1 end0") << text;
+  }
 }
 
 TEST(SymParmSet, MergingKeepsWhatIsThere) {
@@ -105,11 +130,11 @@ TEST(SymParmSet, FindsTakesOutAndRefuses) {
                           "SymParm Name is [B], value is [2]"));
 }
 
-Rows resolved(const CMSymParmSet& set, const Rows& values) {
-  CMAttribute attribute{CMAttributeKey(4100)};
+Rows resolved(const CMSymParmSet& set, const Rows& values, int key = 4100) {
+  CMAttribute attribute{CMAttributeKey(key)};
   for (const std::string& value : values) attribute.setValue(value);
   const auto result = set.resolveSymbols(&attribute);
-  EXPECT_EQ(result->key().number(), 4100);
+  EXPECT_EQ(result->key().number(), key);
   const auto range = result->values();
   return {range.begin(), range.end()};
 }
@@ -124,6 +149,16 @@ TEST(SymParmSet, ResolvesEachValueAgainstTheSetAsItIs) {
   // Resolving "&A" leaves "12&A" in A; with that, "&B" would be "212&A" afterwards.
   read(set, "A=1&B,B=2&A");
   EXPECT_THAT(resolved(set, {"x&A", {"x&B"}, "x&A"}), ElementsAre("x12&A", "x21&B", "x12&A"));
+}
+
+// In UTF-8 mode a value of more than 255 bytes is left out.
+TEST(SymParmSet, DescriptionsAloneAreResolvedAsUtf8) {
+  const std::string value(256, 'v');
+  CMSymParmSet set;
+  read(set, "L=" + value);
+  for (const int key : {6, 8190}) EXPECT_THAT(resolved(set, {"x&L"}, key), ElementsAre("x")) << key;
+  for (const int key : {1, 4100})
+    EXPECT_THAT(resolved(set, {"x&L"}, key), ElementsAre("x" + value)) << key;
 }
 
 }  // namespace

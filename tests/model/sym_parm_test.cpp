@@ -18,6 +18,8 @@ TEST(SymParm, NamesAreCutAndDecideEquality) {
   EXPECT_TRUE(cut == make(std::string(48, 'n'), "2", 7));
   EXPECT_FALSE(cut == make(std::string(47, 'n'), "1"));
   EXPECT_FALSE(make("a", "") == make("A", ""));
+  const CMSymParm twin(cut);
+  EXPECT_TRUE(cut.isEqual(&twin));
   const CMCollectable other;
   EXPECT_FALSE(cut.isEqual(&other) || cut.isEqual(nullptr));
 }

@@ -5,6 +5,9 @@
 #include <climits>
 #include <cstdlib>
 
+#include "tests/support/latin1_locale.h"
+#include "tests/support/trace_capture.h"
+
 namespace orx {
 namespace {
 
@@ -55,6 +58,28 @@ TEST(SymbolResolution, ARangeOfOneHundredBytesIsTooLong) {
   SubstrRange range;
   EXPECT_EQ(getSubstrRange("2:3\0x", 5, range, 0), 1);
   EXPECT_EQ(range.length, 3);
+}
+
+// Digits are the same bytes in nearly every code page; only the trace tells the direction.
+TEST(SymbolResolution, DigitsOfARangeGoFromUtf8ToTheLocalCodePage) {
+  SubstrRange range;
+  const auto lines = captureTrace("ConvertStringToUTF8=1", [&range] {
+    EXPECT_EQ(getSubstrRange("4:12", 4, range, 1), 1);
+    EXPECT_EQ(getSubstrRange("4:12", 4, range, 0), 1);
+  });
+  EXPECT_EQ(range.start, 4);
+  EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
+                          [](const auto& line) { return line.ends_with("flagUTF8 is [1]"); }),
+            2);
+}
+
+TEST(SymbolResolution, EveryLevelTellsTheTraceItsResult) {
+  const auto resolveNested = [] { EXPECT_EQ(resolve({{"B", "&A.x"}, {"A", "1"}}, "&B.-"), "1x-"); };
+  EXPECT_THAT(
+      captureTrace("ResolveSymbolsInString=0x40", resolveNested),
+      testing::ElementsAre("entry", "entry", "Returning string 1x from ResolveSymbolsInString",
+                           "exit 0", "Returning string 1x- from ResolveSymbolsInString", "exit 0"));
+  EXPECT_THAT(captureTrace("ResolveSymbolsInString=0xBF", resolveNested), testing::ElementsAre());
 }
 
 TEST(SymbolResolution, ValuesOfValuesAreResolvedAndKept) {
@@ -161,6 +186,18 @@ TEST(SymbolResolutionDeathTest, InUtf8ModeTextAndValuesMeetInTheLocalCodePage) {
   const std::string longest(255, 's');
   const Pairs pairs = {{"É", "ä"}, {"N", "&A"}, {"A", "é1"}, {"L", longest + 'l'}, {"S", longest}};
   EXPECT_EQ(resolve(pairs, "ö&É<1:2>.&N&S.-&L.-", 1), "öäé1" + longest + "--");
+}
+
+TEST(SymbolResolutionDeathTest, NamesAndValuesOfTheSetAreInTheLocalCodePageAtEveryLevel) {
+  const Pairs pairs = {{"\xC9", "\xE4"}, {"N", "[&\xC9.]"}};
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        // The C library never frees its copy of LOCPATH: this ends without a look at leaks.
+        if (!test::useLatin1Locale()) std::_Exit(2);
+        std::_Exit(resolve(pairs, "ö&É.&N", 1) == "öä[ä]" ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

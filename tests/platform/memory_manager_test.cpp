@@ -1,8 +1,10 @@
 #include "platform/memory_manager.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <utility>
+
+#include "tests/support/trace_capture.h"
 
 namespace orx {
 namespace {
@@ -21,6 +23,26 @@ TEST(MemoryManager, CountsExactSizesAndKeepsThePeak) {
   delete base;  // the deleting destructor passes the size of the derived object
   EXPECT_EQ(CMMemoryManager::bytesInUse(), before);
   EXPECT_EQ(CMMemoryManager::peakBytesInUse(), peak);
+}
+
+TEST(MemoryManager, ThePeakIsThatOfAllBlocksTogether) {
+  const auto peak = CMMemoryManager::peakBytesInUse();
+  const std::size_t size = peak - CMMemoryManager::bytesInUse() + 1;
+  void* first = CMMemoryManager::operator new(size);
+  void* second = CMMemoryManager::operator new(10);
+  EXPECT_EQ(CMMemoryManager::peakBytesInUse(), peak + 11);
+  CMMemoryManager::operator delete(first, size);
+  void* third = CMMemoryManager::operator new(1);
+  EXPECT_EQ(CMMemoryManager::peakBytesInUse(), peak + 11);
+  CMMemoryManager::operator delete(second, 10);
+  CMMemoryManager::operator delete(third, 1);
+}
+
+TEST(MemoryManager, ItsUseShowsInTheTraceAlone) {
+  const auto show = [] { CMMemoryManager::displayMemoryUse(1); };
+  EXPECT_THAT(captureTrace("CMMemoryManager::displayMemoryUse=0x40", show),
+              testing::ElementsAre("entry", "exit"));
+  EXPECT_THAT(captureTrace("none=0x40", show), testing::ElementsAre());
 }
 
 TEST(MemoryManager, ReleasingMoreThanIsInUseStopsAtZero) {

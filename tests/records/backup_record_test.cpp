@@ -44,6 +44,10 @@ TEST(BackupRecord, WritesTheColumnsAndReadsThemBack) {
   EXPECT_EQ(built(record), DataBuffer());
   record = example();
   EXPECT_EQ(record.text(), exampleLine);
+  const CMDatabaseBackupRecord copy(record);
+  record = CMDatabaseBackupRecord();
+  EXPECT_EQ(record.text(), std::string(440, ' '));
+  EXPECT_EQ(copy.text(), exampleLine);
 }
 
 TEST(BackupRecord, RecordBytesLieWhereTheDatabaseExpectsThem) {
@@ -134,6 +138,8 @@ TEST(CarryCheck, NamesWhatALineWouldLose) {
   using enum CarryProblem;
   const std::pair<CarryProblem, void (*)(DataBuffer&)> cases[] = {
       {none, [](DataBuffer& b) { b.setRecn(0xFFFFFFFF); }},  // written as -1
+      {none, [](DataBuffer& b) { b.setRecn(99999999); }},
+      {none, [](DataBuffer& b) { b.setRecType(-9999999); }},
       {recordNumber, [](DataBuffer& b) { b.setRecn(100000000); }},
       {recordType, [](DataBuffer& b) { b.setRecType(-10000000); }},
       {firstAuxiliary, [](DataBuffer& b) { b.setAuxValue1(-2147483647 - 1); }},
@@ -179,6 +185,7 @@ TEST(BackupRecord, MergeRenumbersHandlesOfMergedTypes) {
   const std::tuple<const char*, std::string, int, State, CMConfigHandle, std::uint32_t> cases[] = {
       {"renumbered", ten, 1, {100, 50}, renumbered, 110},
       {"counter is higher", ten, 1, {100, 200}, renumbered, 200},
+      {"counter is that identifier", ten, 1, {100, 109}, renumbered, 110},
       {"merged, not renumbered", ten, 2, {100, 50}, kept, 50},
       {"no base", ten, 1, {0, 50}, kept, 50},
       {"inherited loses its kind", "<1;2;5;1;1;0;2;7;>", 1, {1, 0}, {5, 458752}, 458753},
@@ -202,6 +209,27 @@ TEST(BackupRecord, MergeRenumbersHandlesOfMergedTypes) {
     EXPECT_EQ(record.buildDataBufferForMerge(buffer, tables), 1);
     EXPECT_EQ(buffer, expected);
     EXPECT_EQ(tables.nextId[5], nextId);
+  }
+}
+
+// Type 0, whose handles keep the old format, and the last type are types like any other.
+TEST(BackupRecord, MergeRenumbersTheFirstAndTheLastTypeWhereBothTablesSaySo) {
+  const std::tuple<int, std::uint32_t, std::uint32_t, std::uint32_t> cases[] = {
+      {1, 100, 99, 100}, {1, 0, 0, 0}, {2, 100, 0, 0}};
+  for (const int type : {0, 254}) {
+    for (const auto& [mergeType, idBase, id, nextId] : cases) {
+      MergeTables tables;
+      tables.mergeTypes[1] = 1;
+      const auto index = static_cast<std::size_t>(type);
+      tables.mergeTypes[index] = mergeType;
+      tables.idBase[index] = idBase;
+      DataBuffer buffer;
+      const auto record = mergeRecord(test::handleText(type, 0), type == 0 ? 1 : type);
+      EXPECT_EQ(record.buildDataBufferForMerge(buffer, tables), 1);
+      EXPECT_EQ(buffer.parentHandle(), CMConfigHandle(type, id));
+      EXPECT_EQ(buffer.modelHandle(), CMConfigHandle(type, id));
+      EXPECT_EQ(tables.nextId[index], nextId);
+    }
   }
 }
 

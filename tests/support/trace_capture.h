@@ -1,14 +1,12 @@
 // What an action sends to the trace.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <cstdio>
 #include <fstream>
 #include <string>
 #include <vector>
 
 #include "platform/trace.h"
+#include "tests/support/temp_dir.h"
 
 namespace orx {
 
@@ -25,17 +23,25 @@ inline std::string withoutHead(const std::string& line) {
   return line;
 }
 
-// Runs `action` with the trace set to `patterns`; returns its lines without their heads.
+// Runs `action` with the trace set to `patterns`; returns its lines.
 template <typename Action>
-std::vector<std::string> captureTrace(const std::string& patterns, Action action) {
-  const std::string file = testing::TempDir() + "orx_capture.txt";
-  (void)std::remove(file.c_str());
+std::vector<std::string> captureWholeTrace(const std::string& patterns, Action action) {
+  const test::TempDir directory;
+  const std::string file = directory.file("trace");
   trace_setting::configure(patterns, file);
   action();
   trace_setting::configure("", "");
   std::vector<std::string> lines;
   std::ifstream in(file);
-  for (std::string line; std::getline(in, line);) lines.push_back(withoutHead(line));
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+// The same without the heads of the lines.
+template <typename Action>
+std::vector<std::string> captureTrace(const std::string& patterns, Action action) {
+  std::vector<std::string> lines = captureWholeTrace(patterns, action);
+  for (std::string& line : lines) line = withoutHead(line);
   return lines;
 }
 
