@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """Changes one comparison, connective or constant of src/ at a time and looks whether a test fails.
 
-  scripts/mutations.py [--count N] [--seed S] [--workers N] [FOLDER...]
+  scripts/mutations.py [--count N] [--seed S] [--workers N] [--again LOG] [FOLDER...]
 
 Takes N (220) changes by chance from the FOLDERs (records model restore), the same for the same seed
 and code, builds each in a copy of the project below build/mutations, and runs the tests of the
 layers, then those of the programs, until one fails. Prints each change with what became of it, and
 the shares at the end: "build" (a check at compile time holds it), "layers", "programs", "time" (the
-tests do not end) or "survived". The exit code is 0 unless the unchanged code fails.
+tests do not end) or "survived". With --again, the changes that survived in the output LOG of an earlier
+run are tried once more. The exit code is 0 unless the unchanged code fails.
 """
 import argparse
 import os
@@ -44,6 +45,20 @@ def changes_of(path):
             old = match.group()
             new = SWAPS.get(old) or str(int(old) + 1)
             yield path.relative_to(ROOT), number, match.start(), old, new
+
+
+def survivors_of(log):
+    """The changes that an earlier run could not catch, as far as they still fit the code."""
+    for line in Path(log).read_text().splitlines():
+        match = re.match(r"survived +(\S+):(\d+):(\d+): (\S+) -> (\S+)$", line)
+        if match is None:
+            continue
+        path, number, column = Path(match[1]), int(match[2]) - 1, int(match[3]) - 1
+        old, new = (text if text.isalnum() else f" {text} " for text in (match[4], match[5]))
+        if (ROOT / path).read_text().split("\n")[number][column:].startswith(old):
+            yield path, number, column, old, new
+        else:
+            print(f"gone      {line.split(maxsplit=1)[1]}")
 
 
 class Worker(threading.Thread):
@@ -107,14 +122,18 @@ def main():
     parser.add_argument("--count", type=int, default=220)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--workers", type=int, default=os.cpu_count())
+    parser.add_argument("--again", metavar="LOG")
     parser.add_argument("folders", nargs="*", default=["records", "model", "restore"])
     options = parser.parse_args()
 
-    files = sorted(f for folder in options.folders for f in (ROOT / "src" / folder).rglob("*")
-                   if f.suffix in (".h", ".cpp"))
-    every = [change for file in files for change in changes_of(file)]
-    chosen = random.Random(options.seed).sample(every, min(options.count, len(every)))
-    print(f"{len(chosen)} of {len(every)} changes", flush=True)
+    if options.again:
+        chosen = list(survivors_of(options.again))
+    else:
+        files = sorted(f for folder in options.folders for f in (ROOT / "src" / folder).rglob("*")
+                       if f.suffix in (".h", ".cpp"))
+        every = [change for file in files for change in changes_of(file)]
+        chosen = random.Random(options.seed).sample(every, min(options.count, len(every)))
+        print(f"{len(chosen)} of {len(every)} changes", flush=True)
     todo, done = queue.Queue(), queue.Queue()
     for change in chosen:
         todo.put(change)
