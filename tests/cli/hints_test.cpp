@@ -257,9 +257,9 @@ TEST_F(Hints, ASignalEndsARunWithoutATrace) {
 { cat lines; sleep 30; } > pipe 2>/dev/null &
 { orxkdb dump other | sed '$d'; sleep 30; } > dump.pipe 2>/dev/null &
 timeout --preserve-status -s $signal 60 $command > out & job=$!
-for i in $(seq 400); do ls *.orx-new 2>/dev/null && break; sleep 0.05; done
+for i in $(seq 400); do ls {db,made}.orx-new 2>/dev/null | grep . && break; sleep 0.05; done
 kill -s ALRM $job  # its time is over
-wait $job; code=$?; kill $(jobs -p); ls *.orx-new 2>/dev/null; exit $code)");
+wait $job; code=$?; kill $(jobs -p); ls {db,made}.orx-new 2>/dev/null; exit $code)");
     EXPECT_EQ(result.exitCode, row.exitCode) << row.command;
     EXPECT_EQ(result.errors, row.errors);
     // There while it ran, gone afterwards.
