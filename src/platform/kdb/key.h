@@ -40,7 +40,7 @@ struct Key {
     // As memcmp, which takes several times as long.
     for (const std::size_t at : {0, 8}) {
       const auto order = loadBE64(a.bytes.data() + at) <=> loadBE64(b.bytes.data() + at);
-      if (order != 0) return order;
+      if (std::is_neq(order)) return order;
     }
     return loadBE32(a.bytes.data() + 16) <=> loadBE32(b.bytes.data() + 16);
   }
