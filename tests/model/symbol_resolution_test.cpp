@@ -58,6 +58,13 @@ TEST(SymbolResolution, ARangeOfOneHundredBytesIsTooLong) {
   SubstrRange range;
   EXPECT_EQ(getSubstrRange("2:3\0x", 5, range, 0), 1);
   EXPECT_EQ(range.length, 3);
+  const std::string digits(101, '1');
+  for (const auto& [text, length, isRange] : {std::tuple(digits.c_str(), 99, 1),
+                                              {digits.c_str(), 100, 0},
+                                              {digits.c_str(), -1, 0},
+                                              {nullptr, 1, 0}}) {
+    EXPECT_EQ(getSubstrRange(text, length, range, 0), isRange) << length;
+  }
 }
 
 // Digits are the same bytes in nearly every code page; only the trace tells the direction.
