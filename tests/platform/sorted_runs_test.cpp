@@ -1,6 +1,7 @@
 #include "platform/kdb/sorted_runs.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <map>
 #include <random>
@@ -34,6 +35,22 @@ TEST(SortedRuns, MergeOnAllLevelsAndFindRepeatedKeys) {
                 std::equal(wanted.begin(), wanted.end(), bytes));
   }
   EXPECT_EQ(runs->next(key, bytes), endOfData);
+}
+
+// As after a failure elsewhere: whoever gets the file must not close it under the writing thread.
+TEST(SortedRuns, TheFileIsGivenAwayWhenNobodyWritesToItAnyMore) {
+  constexpr std::size_t count = 5000;
+  const test::TempDir scratch;
+  std::unique_ptr<SortedRuns> runs;
+  ASSERT_EQ(SortedRuns::create(scratch.path().string(), runs, count), 0);
+  for (std::uint32_t object = count; object > 0; --object) {
+    const test::Record record = test::makeRecord(object, 0, 1);
+    ASSERT_EQ(runs->add(Key::ofRecord(record.data()), record.data()), succeeded);
+  }
+  const UniqueFd file = runs->takeFile();
+  struct stat written {};
+  ASSERT_EQ(::fstat(file.get(), &written), 0);
+  EXPECT_EQ(written.st_size, static_cast<off_t>(count * entrySize));
 }
 
 }  // namespace

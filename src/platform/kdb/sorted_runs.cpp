@@ -214,6 +214,7 @@ Outcome SortedRuns::next(Key& key, const std::uint8_t*& record) {
 
 UniqueFd SortedRuns::takeFile() {
   ahead_.reset();
+  if (writing_.valid()) writing_.wait();  // after a failure elsewhere, nobody asked for its end
   return std::move(file_);
 }
 
