@@ -112,6 +112,27 @@ constexpr Meaning unreadBackup{kdb::Reason::ioError,
                                "{BACKUP} could not be read to its end; see the system's log",
                                "journalctl -k"};
 
+// In the order of ObstacleKind; {FILE} and {file} are the file that keeps a database from being
+// changed.
+struct ObstacleWords {
+  Template what = "";
+  Template next = "";
+};
+constexpr std::array obstacleWords{
+    ObstacleWords{},
+    ObstacleWords{"{FILE} is no file of this program, which needs the name; move it away",
+                  "ls -ld {file}"},
+    ObstacleWords{"{FILE} may be the database that a killed run replaced, or what it was making; "
+                  "see which, then rename or remove it",
+                  "orxkdb stat {file}"},
+    ObstacleWords{"{FILE} cannot be read, renamed or replaced, which a change of the database "
+                  "needs: immutable, a mount point, or another user's",
+                  "ls -l {file}; lsattr {file}"},
+    ObstacleWords{"{FILE} is the database before its last change, and could not become {PREVIOUS}",
+                  "mv {file} {previous}"},
+};
+static_assert(obstacleWords.size() == static_cast<std::size_t>(kdb::ObstacleKind::replaced) + 1);
+
 // The places in a text: {DB}, {PREVIOUS} (its previous generation) and {BACKUP} for absolute paths,
 // {db}, {previous}, {backup} and {dir} (the backup's directory) for words of a command.
 std::vector<Placed> placesOf(const RestoreSettings& settings) {
@@ -259,7 +280,7 @@ class HintList {
             "orxkdb backup {db} {free}", free);
         return true;
       case kdb::Generation::successor:
-        add("{BACKUP} has the name under which the next {DB} is written; nothing was done",
+        add("{BACKUP} has the name of a file that a change of {DB} replaces; nothing was done",
             "mv {backup} {free}", free);
         return true;
       case kdb::Generation::previous:
@@ -315,32 +336,10 @@ class HintList {
   }
 
   bool addObstacle(const kdb::Obstacle& obstacle) {
-    const std::string file = absolutePath(obstacle.path);
-    const std::string word = shellWord(obstacle.path);
-    switch (obstacle.kind) {
-      case kdb::ObstacleKind::none:
-        return false;
-      case kdb::ObstacleKind::other:
-        hints_.push_back({file + " is no file of this program, which needs the name; move it away",
-                          "ls -ld " + word});
-        return true;
-      case kdb::ObstacleKind::uncertain:
-        hints_.push_back({file + " may be the database that a killed run replaced, or what it was "
-                                 "making; see which, then rename or remove it",
-                          "orxkdb stat " + word});
-        return true;
-      case kdb::ObstacleKind::fixed:
-        hints_.push_back({file + " cannot be read, renamed or replaced, which a change of the "
-                                 "database needs: immutable, a mount point, or another user's",
-                          "ls -l " + word + "; lsattr " + word});
-        return true;
-      case kdb::ObstacleKind::replaced: {
-        const std::string previous = kdb::previousName(settings_.databaseName);
-        hints_.push_back({file + " is the database before its last change, and could not become " +
-                              absolutePath(previous),
-                          "mv " + word + " " + shellWord(previous)});
-      }
-    }
+    if (obstacle.kind == kdb::ObstacleKind::none) return false;
+    const ObstacleWords& words = obstacleWords[static_cast<std::size_t>(obstacle.kind)];
+    add(words.what, words.next,
+        {{"{FILE}", absolutePath(obstacle.path)}, {"{file}", shellWord(obstacle.path)}});
     return true;
   }
 

@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstddef>
 
@@ -17,7 +16,6 @@ namespace {
 
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 constexpr std::string_view successorSuffix = ".orx-new";
-constexpr std::array databaseSuffixes{successorSuffix, std::string_view(".orx-previous")};
 
 bool hasWritten = false;
 
@@ -54,8 +52,8 @@ Result refuseInputs(const std::string& name, const std::string& database,
 
 // The name beside the target has to be free as well.
 Result refuseDatabase(const std::string& name) {
-  for (const std::string_view suffix : databaseSuffixes) {
-    if (name.ends_with(suffix)) return refuse("names with this ending belong to databases", name);
+  if (kdb::belongsToDatabase(name)) {
+    return refuse("names with this ending belong to databases", name);
   }
   for (const std::string& path : {resolvePath(name).value_or(name), successorOf(name)}) {
     if (kdb::looksLikeDatabase(path.c_str())) {

@@ -74,6 +74,7 @@ constexpr std::array obstacles{
              "the database before the last change could not become the previous generation",
              "rename it to end in .orx-previous"},
 };
+static_assert(obstacles.size() == static_cast<std::size_t>(kdb::ObstacleKind::replaced) + 1);
 constexpr Sentence missingDirectory{kdb::Reason::notFound, "there is no directory for the database",
                                     "make the directory, or check the name"};
 constexpr Sentence otherwise{kdb::Reason::noError, "the database refused the call",

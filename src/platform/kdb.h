@@ -127,8 +127,13 @@ std::int32_t Checkpoint(kdbHandle database);
 // generation, 8/17 when that is no database, damaged or only a link.
 [[nodiscard]] std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status);
 
+// Whether the name `path` ends like one of the files beside a database: ".orx-new", ".orx-old" or
+// ".orx-previous". A run on that database replaces or removes what has the name.
+[[nodiscard]] bool belongsToDatabase(const std::string& path);
+
 // Which file of the database `name` the file `path` is, by whatever name: the database itself,
-// NAME.orx-previous or NAME.orx-new. A change of the database replaces or discards each of them.
+// NAME.orx-previous, or NAME.orx-new and NAME.orx-old (successor). A change of the database
+// replaces or discards each of them.
 enum class Generation : std::int32_t { none, current, previous, successor };
 [[nodiscard]] Generation generationOf(const std::string& path, const std::string& name);
 

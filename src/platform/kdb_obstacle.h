@@ -1,11 +1,12 @@
 // What beside a database keeps it from being changed.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace orx::kdb {
 
-enum class ObstacleKind {
+enum class ObstacleKind : std::uint8_t {
   none,
   other,      // a directory or somebody else's file has the name
   uncertain,  // a database: the one that a killed run replaced, or the one that it was making

@@ -68,8 +68,7 @@ void sayClosed(const char* why) {
 
 // Also of one that is to come: a trace in its place would keep it from being made.
 bool isDatabaseName(const std::string& file) {
-  return file.ends_with(".orx-new") || file.ends_with(".orx-previous") ||
-         kdb::looksLikeDatabase(file.c_str());
+  return kdb::belongsToDatabase(file) || kdb::looksLikeDatabase(file.c_str());
 }
 
 // Null, and one line on standard error, for a file that cannot take a trace: lines in a database

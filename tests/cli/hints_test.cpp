@@ -53,7 +53,9 @@ void expectMatch(const std::string& text, const std::string& pattern, const Temp
 
 TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
   const std::string longName(250, 'n');
-  writeFile(directory_ / "third.orx-new", backupText(smallFleet()));
+  for (const char* const name : {"third.orx-new", "third.orx-old"}) {
+    writeFile(directory_ / name, backupText(smallFleet()));
+  }
   const struct {
     std::string command;
     int exitCode;
@@ -81,6 +83,8 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
        "orxkdb backup db [.]/db.txt"},
       {"-i third.orx-new -o third", exitBackupNotOpened, "@third.orx-new has the name .*",
        "mv third.orx-new third.orx-new.txt"},
+      {"-i third.orx-old -o third", exitBackupNotOpened, "@third.orx-old has the name .*",
+       "mv third.orx-old third.orx-old.txt"},
       {"-i backup -o gone", exitDatabaseNotOpened,
        "there is no database @gone, but its previous generation @gone.orx-previous",
        "mv gone.orx-previous gone"},

@@ -84,7 +84,8 @@ TEST_F(Backup, NoOutputReplacesADatabase) {
   std::filesystem::create_symlink("db", scratch_.file("symbolic"));
   std::filesystem::create_hard_link(database_, scratch_.file("hard"));
   const std::string before = readFile(database_);
-  for (const char* name : {"db", "symbolic", "hard", "other", "text", "x.orx-previous"}) {
+  for (const char* name :
+       {"db", "symbolic", "hard", "other", "text", "x.orx-previous", "x.orx-old"}) {
     const Result dumped = dumpTo(scratch_.file(name));
     const Result backedUp = backupTo(scratch_.file(name));
     EXPECT_EQ(dumped.code, exitNotAsExpected) << name;

@@ -79,6 +79,7 @@ TEST(Trace, AFileThatCannotTakeLinesClosesTheTraceAndIsKept) {
   const std::string before = test::readFile(database);
   const std::pair<std::string, std::string> cases[] = {{database, "names a database"},
                                                        {database + ".orx-new", "names a database"},
+                                                       {database + ".orx-old", "names a database"},
                                                        {pipe, "cannot be opened"}};
   for (const auto& [file, why] : cases) {
     testing::internal::CaptureStderr();

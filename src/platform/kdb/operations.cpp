@@ -298,11 +298,16 @@ std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status) {
   return status.returnCode;
 }
 
+bool belongsToDatabase(const std::string& path) {
+  return DatabasePaths::of(path).isOfAnother();
+}
+
 Generation generationOf(const std::string& path, const std::string& name) {
   const DatabasePaths paths = DatabasePaths::of(resolvePath(name).value_or(name));
   if (isSameFile(path, paths.database)) return Generation::current;
   if (isSameFile(path, paths.previous)) return Generation::previous;
-  return isSameFile(path, paths.successor) ? Generation::successor : Generation::none;
+  const bool isPassing = isSameFile(path, paths.successor) || isSameFile(path, paths.replaced);
+  return isPassing ? Generation::successor : Generation::none;
 }
 
 std::string previousName(const std::string& name) {
