@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # Every disturbed run there is, of which the tests only take a sample (see docs/testing.md):
 #   scripts/fault_runs.sh [BUILD]
-# BUILD is the directory of a build; without it "build", which is brought up to date. Each system call of twelve operations fails
-# with each error, each comes in part, and the process is killed before and behind it; the power
-# fails at 2400 moments of each; each allocation of three operations fails, once more in build/asan
-# when that is there, where leaks are looked for. Prints the number of cases of each kind, and each
-# fault; the exit code is 0 without one.
+# BUILD is the directory of a build; without it "build", which is brought up to date. Each system
+# call of twelve operations fails with each error, each comes in part, and the process is killed
+# before and behind it; the power fails at 2400 moments of each; each allocation of three operations
+# fails, once more in build/asan when that is there, where leaks are looked for. Prints the number
+# of cases of each kind, and each fault; the exit code is 0 without one.
 set -uo pipefail
 cd "$(dirname "$0")/.."
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds everything and passes every test: formatting, include directions, lint, the tests under the
-# sanitizers, and those of the programs once more with the optimised ones, and
-# no more instructions a record than bench/expected.json says. Installs the Debian packages it needs. The last line
+# sanitizers, those of the programs once more with the optimised ones, and no more instructions a
+# record than bench/expected.json says. Installs the Debian packages that it needs. The last line
 # counts the tests.
 set -uo pipefail
 cd "$(dirname "$0")/.."
