@@ -11,6 +11,7 @@
 #include "platform/kdb/publish.h"
 #include "platform/kdb/successor.h"
 #include "platform/kdb/tree_file.h"
+#include "platform/kdb/tree_reader.h"
 
 namespace orx::kdb {
 
