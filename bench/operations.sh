@@ -28,6 +28,22 @@ orxkdb backup merged both.txt >/dev/null
 orxkdb dump a a.dump >/dev/null
 orxkdb create both >/dev/null
 
+# evict FILE...: the next one to read them reads from the disk.
+evict() {
+  local file
+  for file in "$@"; do
+    dd of="$file" oflag=nocache conv=notrunc,fdatasync count=0 2>/dev/null
+  done
+}
+
+# read_files CELL FILE...: their bytes, without a look at them.
+# shellcheck disable=SC2016  # the arguments are expanded by the inner shell
+read_files() {
+  local cell=$1
+  shift
+  measured "$cell" sh -c 'for file; do dd if="$file" of=/dev/null bs=1M; done' - "$@"
+}
+
 # read_and_write CELL IN OUT: the least that a command which reads IN and writes OUT has to do.
 # shellcheck disable=SC2016  # the arguments are expanded by the inner shell
 read_and_write() {
@@ -40,6 +56,11 @@ for _ in $(seq "$runs"); do
   measured copy copy_records a copy
   measured use_count orxrestore -u a
   measured check orxkdb check a
+  read_files check_io a
+  evict a
+  measured check_disk orxkdb check a
+  evict a
+  read_files check_disk_io a
   measured restore_both orxrestore -i both.txt -o both
   orxrestore -i a.txt -o merged >/dev/null
   measured merge orxrestore -i b.txt -m merged
@@ -53,7 +74,12 @@ for _ in $(seq "$runs"); do
   measured backup orxkdb backup a out
   read_and_write backup_io a a.txt
   expected_status=1 measured diff orxkdb diff a merged
-  measured diff_io sh -c "dd if=a of=/dev/null bs=1M; dd if=merged of=/dev/null bs=1M"
+  measured pass_both sh -c "copy_records a; copy_records merged"
+  read_files diff_io a merged
+  evict a merged
+  expected_status=1 measured diff_disk orxkdb diff a merged
+  evict a merged
+  read_files diff_disk_io a merged
   rm -f dd.out
 done
 
@@ -67,12 +93,17 @@ echo "$kept records, $runs runs"
 line "-u" use_count copy 3 "reading it once with a cursor and writing a copy"
 line "-m" merge restore_both 3 "a replace restore of what comes out"
 line plan plan merge 1 "the merge"
-line check check pass 4 "reading it once with a cursor"
+line check check pass 3 "reading it once with a cursor"
+line check check check_io 3 "reading the bytes of the file, from memory as it does"
+line check check_disk check_disk_io 3 "the same when neither is in memory"
 line dump dump dump_io 3 "reading and writing the files"
 line load load load_io 3 "reading and writing the files"
 line backup backup backup_io 3 "reading and writing the files"
-line diff diff diff_io 3 "reading the two files"
-for peer in copy restore_both pass dump_io load_io backup_io diff_io; do
+line diff diff pass_both 3 "reading the two once with a cursor"
+line diff diff diff_io 3 "reading the bytes of the two files, from memory as it does"
+line diff diff_disk diff_disk_io 3 "the same when neither is in memory"
+for peer in copy restore_both pass pass_both dump_io load_io backup_io check_io check_disk_io \
+  diff_io diff_disk_io; do
   keep_cell "$peer" operation "$peer"
 done
 write_results "$results/operations.json" bench operations runs "$runs" records "$kept"
