@@ -10,6 +10,7 @@
 #include "model/attribute.h"
 #include "model/attribute_trace.h"
 #include "model/cut_text.h"
+#include "model/granted_size.h"
 
 namespace orx {
 
@@ -19,7 +20,6 @@ namespace {
 
 constexpr std::size_t headerFieldLimit = 256;  // a field and its ";" fit
 constexpr std::size_t headerLimit = 64;        // three numbers and their ";"
-constexpr int headerAndNul = 14;               // what the size grants a usual header and the NUL
 
 // Takes header fields and values off the front of a text.
 class TextReader {
@@ -118,15 +118,13 @@ int CMAttribute::getCharAttributeSize() const {
   return trace.exit(sizeOfCharAttr_);
 }
 
-// One byte more for every mark and TAB and a usual header; or, where many values or a long key make
-// that too little, exactly what the text and its NUL take.
 int CMAttribute::measureText() const {
   const Growth growth = growthOf(stored());
   char header[headerLimit];
   const auto headerLength = static_cast<std::size_t>(writeHeader(header) - header);
-  const auto marked = static_cast<std::size_t>(nextAvail_) + growth.marks;
   const std::size_t size =
-      std::max(marked + growth.tabs + headerAndNul, headerLength + marked + growth.empties + 1);
+      grantedSize(headerLength, static_cast<std::size_t>(nextAvail_) + growth.marks, growth.tabs,
+                  growth.empties);
   if (size > INT_MAX) throw std::bad_alloc();
   return static_cast<int>(size);
 }

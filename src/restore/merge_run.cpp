@@ -5,6 +5,8 @@
 #include <cstring>
 
 #include "messages/trace_unit.h"
+#include "model/written_text.h"
+#include "platform/trace.h"
 #include "records/backup_record.h"
 #include "restore/chain_writer.h"
 #include "restore/merge_types.h"
@@ -69,10 +71,8 @@ bool MergeRun::nextObject(MergedObject& object) {
   ORX_TRACE("MergeRun::nextObject");
   if (queue_.empty()) return trace.exit(false);
   takeFromQueue(object);
-  readAttributes(big_.attributeText);
-  renumberHandles(attributes_, tables_, observer_);
   object.head = big_.data;
-  object.text = chainText(attributes_);
+  if (!keepText(object.text)) rewriteText(object.text);
   observer_.mergedObject(object.head, object.text);
   return trace.exit(true);
 }
@@ -107,6 +107,26 @@ void MergeRun::takeFromQueue(MergedObject& object) {
   } else {
     std::ranges::push_heap(queue_, follow);
   }
+}
+
+// Most texts come back from the attribute set as they were and hold no handle: they need not be
+// read, which takes three times as long as all else that is done for an object.
+bool MergeRun::keepText(std::string& text) {
+  if (traceIsOpen()) return false;  // it shows the reading
+  bool holdsHandles = false;
+  const auto size = sizeOfWrittenText(
+      big_.attributeText, [&](int key) { holdsHandles = holdsHandles || isHandleAttribute(key); });
+  if (!size || holdsHandles) return false;
+  searchInVain(observer_);
+  text = big_.attributeText;
+  text.resize(*size);
+  return true;
+}
+
+void MergeRun::rewriteText(std::string& text) {
+  readAttributes(big_.attributeText);
+  renumberHandles(attributes_, tables_, observer_);
+  text = chainText(attributes_);
 }
 
 // An object keeps the first of two attributes of one key. Assigning a set does that, but copies

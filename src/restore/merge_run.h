@@ -62,6 +62,8 @@ class MergeRun {
   void fillQueue();
   void takeFromQueue(MergedObject& object);
   [[nodiscard]] bool follows(std::size_t a, std::size_t b) const;
+  [[nodiscard]] bool keepText(std::string& text);
+  void rewriteText(std::string& text);
   void readAttributes(const std::string& text);
 
   MergeObserver& observer_;

@@ -1,5 +1,7 @@
 #include "restore/renumber.h"
 
+#include <algorithm>
+
 #include "messages/trace_unit.h"
 #include "model/attribute_iterator.h"
 #include "restore/merge_types.h"
@@ -32,6 +34,16 @@ void renumberHandles(CMAttributeSet& attributes, const MergeTables& tables,
     observer.foundAttribute(wanted.attrId);
     renumberValues(*attribute, tables, observer);
   }
+}
+
+bool isHandleAttribute(int keyNumber) {
+  return std::ranges::any_of(handleAttributes, [keyNumber](const HandleAttribute& wanted) {
+    return wanted.attrGroup * CMAttributeKey::groupSize + wanted.attrId == keyNumber;
+  });
+}
+
+void searchInVain(MergeObserver& observer) {
+  for (const HandleAttribute& wanted : handleAttributes) observer.searchedAttribute(wanted.attrId);
 }
 
 }  // namespace orx

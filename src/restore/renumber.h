@@ -13,4 +13,9 @@ namespace orx {
 void renumberHandles(CMAttributeSet& attributes, const MergeTables& tables,
                      MergeObserver& observer);
 
+// Whether the attribute of that key number is one of handleAttributes.
+[[nodiscard]] bool isHandleAttribute(int keyNumber);
+// Tells the observer what renumberHandles does of an object that has none of them.
+void searchInVain(MergeObserver& observer);
+
 }  // namespace orx
