@@ -81,7 +81,8 @@ inline constinit RunProgress processProgress;
   return detail::processProgress;
 }
 
-// While one exists nothing is drawn: for whoever prints on standard output during a run. Not nested.
+// While one exists nothing is drawn: for whoever prints on standard output during a run. Not to be
+// nested.
 class OutputTurn {
  public:
   OutputTurn() : display_(runProgress().display()) {
