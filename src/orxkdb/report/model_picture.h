@@ -1,4 +1,5 @@
-// The pictures of which objects refer to which models.
+// The pictures of which objects refer to which models, as HTML. `models` are those of
+// ModelUses::ranked().
 #pragma once
 
 #include <string>
