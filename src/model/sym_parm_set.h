@@ -1,11 +1,11 @@
 // CMSymParmSet: the system parameters of one database, in order and without two of one name.
 //
-// Text form: the parameters in order, separated by ","; each is NAME=VALUE or NAME=VALUE=
-// DESCRIPTION. In all three "," and "=" are doubled; an empty value is written as one blank.
-// Reading strips blanks at both ends of values and descriptions, skips entries without a name,
-// keeps the first of two entries of one name, and ends at the first empty entry. The parameters A
-// with the value 1 and B with the value "x,y" and the description "temp" are "A=1,B=x,,y= temp".
-// The text is kept as value 0 of the attribute with key 1.
+// Text form: the parameters in order, separated by ","; each is "NAME=VALUE" or
+// "NAME=VALUE= DESCRIPTION". In all three "," and "=" are doubled; an empty value is written as one
+// blank. Reading strips blanks at both ends of values and descriptions, skips entries without a
+// name, keeps the first of two entries of one name, and ends at the first empty entry. The
+// parameters A with the value 1 and B with the value "x,y" and the description "temp" are
+// "A=1,B=x,,y= temp". The text is kept as value 0 of the attribute with key 1.
 //
 // The set owns its parameters; what it hands out lives until it is removed. A look-up by name takes
 // constant time, at() walks to its position. Nothing reports an error: attributes of another key
