@@ -4,10 +4,10 @@
 //   Output output;
 //   output.open(name, database); output.write(bytes); ...; output.publish();
 //
-// Once each, and nothing after a failure. A file that was not published is as it was before
-// (platform/atomic_file.h); of standard output the end is missing then. Nothing that is read is
-// overwritten, nor any database: open() refuses the database and the backup that are being read
-// under any of their names, every other file that is a database, and the names that belong to
+// open() and publish() once, and nothing after a failure. A file that was not published is as it
+// was before (platform/atomic_file.h); of standard output the end is missing then. Nothing that is
+// read is overwritten, nor any database: open() refuses the database and the backup that are being
+// read under any of their names, every other file that is a database, and the names that belong to
 // databases, with exitNotAsExpected. exitNotOpened when the file cannot be made, exitFailed when it
 // cannot be written.
 #pragma once

@@ -128,7 +128,9 @@ inline constexpr std::int32_t openAsNew = 2;
 // Publishes the changes of the run, if any, and closes the database whatever comes of it. 0 means
 // that the changes are durable; any other code that the database is as it was before the run. The
 // one exception: the directory could not be synced, and the names not be changed back; then
-// hasPublished() (interruption.h) is true.
+// hasPublished() (interruption.h) is true. Beside the storage failures:
+//   3/19 somebody moved, removed or replaced the database meanwhile; 4/46 the name of a new one was
+//   taken meanwhile; 8/42 the file system can neither exchange nor link names.
 [[nodiscard]] std::int32_t CloseDatabase(kdbHandle database, kdbStatus& status);
 
 // Closes the database without publishing anything.

@@ -2,9 +2,9 @@
 // adds what it yields; a plan only shows it.
 //
 // Order of calls: takeCurrent for every record of the database, in database order;
-// readSystemRecord; takeBackup for every line of the backup; mergeSystemRecord; then nextObject
-// until it is false; reportRemaining. The backup's records are held in memory, and each is given
-// back as its object is taken. For one thread at a time.
+// readSystemRecord, and when that was true takeBackup for every line of the backup;
+// mergeSystemRecord; nextObject until it is false; reportRemaining. The backup's records are held
+// in memory, and each is given back as its object is taken. For one thread at a time.
 #pragma once
 
 #include <cstddef>
