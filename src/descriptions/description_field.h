@@ -14,9 +14,10 @@ namespace orx {
 class CMAttribute;
 class CMAttributeSet;
 
-// Writes the field. A value that does not fit is cut before a character; of a value that is no
-// UTF-8 the last character that fits is blanked. Returns 0, with the field zeroed, when key and ";"
-// leave no room for a byte more.
+// Writes the field of `width` bytes with the key and the first value. A value that does not fit is
+// cut before a character; of a value that is no UTF-8 the last character that fits is blanked.
+// Returns 0, with the field zeroed, when key and ";" leave no room for a byte more; 0 also without
+// a field (null, or a width below 1).
 [[nodiscard]] int createUTF8Desc(const CMAttribute& attribute, char* field, int width);
 
 // Reads a field, up to a NUL, into the attribute: its key, and the rest as its only value. With
@@ -28,7 +29,8 @@ class CMAttributeSet;
 // Converts the attribute's first value, of which the first 510 bytes count, to UTF-8 (`toUTF8`
 // other than 0) or from UTF-8 into the code page; it becomes the only value. `limit64` other than 0
 // cuts the result to 64 bytes, or fewer where the target is UTF-8 and a character would be split.
-// Returns 0 and leaves the attribute as it is when the value cannot be converted.
+// Returns 0 and leaves the attribute as it is when the value cannot be converted, or the result
+// takes more than 510 bytes.
 [[nodiscard]] int TranslateAttrValue(CMAttribute* attribute, int toUTF8, int ccsid, int limit64);
 
 // The set's description attribute, the first of them in the order of the table of their keys; null

@@ -1,8 +1,9 @@
+// The banner of orxrestore, on standard output.
 #pragma once
 
 namespace orx {
 
-// Prints the banner: the program and when it was built.
+// The program and when it was built; nothing without a message bundle.
 void HelloFn();
 
 }  // namespace orx

@@ -23,10 +23,12 @@ struct RunOutcome {
   RunReport report;
 };
 
-// In the order in which they are to be followed. Looks at the files that `outcome` names.
+// In the order in which they are to be followed; none when there is nothing to say. Looks at the
+// files that `outcome` names, relative to the current directory, and changes none.
 [[nodiscard]] std::vector<Hint> hintsFor(const RunOutcome& outcome);
 
-// Prints the hints of this process's run, behind what it printed on standard output:
+// Prints the hints of this process's run when it has ended with `exitCode`, behind what it printed
+// on standard output:
 //   orxrestore: WHAT
 //     next: COMMAND
 void giveHints(int exitCode);

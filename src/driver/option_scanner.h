@@ -18,7 +18,8 @@ extern const char* scanPosition;  // the option just returned, when its word may
 
 // Returns the next option of argv[1] to argv[argc - 1], '?' for "-?" and for every error, or -1
 // at the end of the options. `optionString` lists the letters, each with a ":" behind it when it
-// takes an argument. Errors are printed: IDS_GETOPT_FIRST, _SECOND and _THIRD.
+// takes an argument. Errors are printed: IDS_GETOPT_FIRST, _SECOND and _THIRD. All calls of a scan
+// get the same words; optarg points into them.
 [[nodiscard]] int getopt(int argc, char* const argv[], const char* optionString);
 
 }  // namespace orx::options

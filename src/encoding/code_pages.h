@@ -7,7 +7,8 @@
 // too small.
 //
 // The local code page, the EBCDIC table and the managed systems are filled on first use and live as
-// long as the process. Not guarded: one thread only.
+// long as the process. Not guarded: one thread only. Pointers are not null, if nothing else is
+// said.
 #pragma once
 
 #include <string>
@@ -40,8 +41,8 @@ inline constexpr int gb18030Growing = 5488;  // the identifier that 1392 replace
 // U+10FFFF, no character cut short.
 [[nodiscard]] int isValidUTF8String(const char* text);
 
-// 1 when every byte of the text is the EBCDIC form (code page 1047) of one of the 128 ASCII
-// characters.
+// 1 when every byte of the text, up to its NUL, is the EBCDIC form (code page 1047) of one of the
+// 128 ASCII characters; 0 for every text but the empty one when there is no converter for 1047.
 [[nodiscard]] int isValidEBCDICEnglishString(const char* text);
 
 // The index of the first byte of the character that covers byte `end`; -1 when there are only
@@ -55,8 +56,9 @@ void UTF8StrNCopy(char* field, const char* text, int width);
 // the field is `width` bytes long or longer.
 void UTF8FillTail(char* field, int width);
 
-// The code page of a managed system; 0 when it is not known. The first registration stays.
+// The code page that a managed system is registered with, by its name; 0 when it is not.
 [[nodiscard]] int findCodedCharSetId(std::string_view managedSystem);
+// Registers a managed system for the rest of the process; of two registrations the first stays.
 void insertCodedCharSetId(std::string_view managedSystem, int ccsid);
 
 }  // namespace orx

@@ -15,7 +15,7 @@ struct BundleFile {
   std::span<const std::uint8_t> bytes;
 };
 
-// All of them, with static lifetime.
+// All of them; the bytes live as long as the process.
 [[nodiscard]] std::span<const BundleFile> bundleFiles();
 
 }  // namespace orx

@@ -6,7 +6,8 @@
 
 namespace orx {
 
-// The operator's names of the database's codes and reasons; "Unknown" outside their tables.
+// The operator's names of the database's codes and reasons (platform/kdb_codes.h), literals;
+// "Unknown" outside their tables.
 [[nodiscard]] std::string_view returnCodeName(std::int32_t returnCode);
 [[nodiscard]] std::string_view reasonName(std::int32_t reason);
 

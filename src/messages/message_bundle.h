@@ -5,7 +5,8 @@
 //
 // The bundle is a directory of compiled resource files, one for each language (root.res, de.res,
 // ...), in the current directory. The language is that of ICU's default locale; a language that
-// the directory lacks falls back to root.res.
+// the directory lacks falls back to root.res. Files that are damaged are not opened
+// (resource_file.h). Throws std::bad_alloc.
 #pragma once
 
 #include <unicode/locid.h>
@@ -26,7 +27,8 @@ class MessageBundle {
   ~MessageBundle() = default;
 
   // Releases what is open and opens `bundleName` below the current directory. 0: open. -1: no
-  // name, nothing changed. -2: no such bundle, or no current directory; the object is then as new.
+  // name, nothing changed. -2: no such bundle, one with a damaged file, or no current directory;
+  // the object is then as new.
   [[nodiscard]] int open(const char* bundleName);
 
   // The text of `key` in ICU's default code page, exactly as the bundle holds it, or nullptr: no

@@ -61,11 +61,13 @@ inline const char* printable(const std::string& text) {
 }
 }  // namespace detail
 
-// The text of `signature` in `bundle`, safe as a format with its arguments, or nullptr. It lives as
-// long as MessageBundle::getMessage says.
+// The text of `signature` in `bundle`, safe as a format with its arguments; nullptr when there is
+// none, or none that is safe. It lives as long as MessageBundle::getMessage says.
 [[nodiscard]] const char* messageFormat(MessageBundle& bundle, const MessageSignature& signature);
 
-// An opened bundle as one message needs it: fresh, and empty when there is none.
+// The bundle in the current directory, opened anew: every file of it is read and checked, so
+// whoever prints several messages at once keeps one. Without a bundle it is not open, and has no
+// texts.
 class MessageCatalogue {
  public:
   MessageCatalogue();

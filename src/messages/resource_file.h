@@ -22,8 +22,10 @@
 
 namespace orx {
 
-// Every file NAME.res in `directory`; true for a directory without any. A file that needs another
-// for its keys or texts, or refers to other bundles, is not sound here.
+// True when every file NAME.res in `directory` is sound, so also for a directory without any, or
+// none at all. Not sound is a file that cannot be read, that has more than 64 MiB, that needs
+// another for its keys or texts, or that refers to other bundles. A file that is changed after this
+// look at it can still end the process.
 [[nodiscard]] bool resourceFilesAreSound(const std::string& directory);
 
 }  // namespace orx

@@ -7,7 +7,8 @@ namespace orx {
 
 extern const TraceUnit restoreTraceUnit;
 
-// The name that ORX_TRACE looks for.
+// The name that ORX_TRACE looks for: a source of namespace orx that includes this belongs to the
+// unit.
 [[maybe_unused]] static constexpr const TraceUnit& traceUnit = restoreTraceUnit;
 
 }  // namespace orx

@@ -81,7 +81,7 @@ class CMAttribute : public CMCollectable {
   void getValue3(std::string& out, int index) const;
   // A value read as a handle; the null handle when there is no such value. Returns `out`.
   CMConfigHandle& getValue3(CMConfigHandle& out, int index) const;
-  // A value read as a number, as CMAttributeIterator::getValueInt does.
+  // A value read as a number, as CMAttributeIterator::getValueInt does; `isNumeric` may be null.
   int getValue(int* isNumeric, int index) const;
 
   // Size in bytes of a buffer that takes the text form and its NUL.
@@ -97,6 +97,7 @@ class CMAttribute : public CMCollectable {
   [[nodiscard]] bool isNull() const;
   // The same key and the same values in the same order.
   [[nodiscard]] bool operator==(const CMAttribute& other) const;
+  // Whether a value reads as this number, is this text byte by byte, or reads as this handle.
   [[nodiscard]] bool doesValueExist(long number) const;
   [[nodiscard]] bool doesValueExist2(const char* value) const;
   [[nodiscard]] bool doesHandleExist(const CMConfigHandle& handle) const;
@@ -110,7 +111,8 @@ class CMAttribute : public CMCollectable {
   // Sends the attribute to the trace, line by line.
   void print() const;
 
-  // Whether an attribute of that key number holds a description; the table of those numbers.
+  // Whether an attribute of that key number holds a description; the table of those numbers, which
+  // lives as long as the process, with its length in *count, unless that is null.
   [[nodiscard]] static bool isUTF8DescAttr(int keyNumber);
   [[nodiscard]] static const int* getUTF8DescAttrID(int* count);
   // The text with every "," and "=" doubled, as fields of a system-parameter text are written.

@@ -43,7 +43,7 @@ class CMAttributeIterator : public CMMemoryManager {
   void getCharValue(char* buffer, int size) const;
   // The value as a number. Its first 19 characters count: digits and "-" alone, or none at all,
   // make it numeric (*isNumeric 1), and the result is the number that it begins with; else both are
-  // 0.
+  // 0. `isNumeric` may be null.
   int getValueInt(int* isNumeric) const;
   // The value's first 47 characters read as a handle in either form; the null handle when done.
   // Returns `out`.

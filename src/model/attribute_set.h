@@ -61,6 +61,7 @@ class CMAttributeSet : public RWHashTable, public CMMemoryManager {
   // Null for an empty set.
   [[nodiscard]] virtual CMAttribute* getFirst();
   [[nodiscard]] virtual const CMAttribute* getFirst() const;
+  // The access hooks. They return 0; their arguments have no effect.
   virtual int beginAccess(int, int) const;
   virtual int beginIteration(int mode, int) const;
   virtual void endAccess(int) const;
@@ -76,6 +77,7 @@ class CMAttributeSet : public RWHashTable, public CMMemoryManager {
   // Writes the text form without a NUL to a place that has room for getCharAttributeSize() bytes;
   // returns the end of it.
   [[nodiscard]] char* writeText(char* out) const;
+  // Visits the attributes in order; `visit` must not change the set.
   void forEach(const std::function<void(const CMAttribute&)>& visit) const;
 
  private:

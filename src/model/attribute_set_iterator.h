@@ -1,5 +1,6 @@
 // CMAttributeSetIterator: walks the attributes of a set in ascending order of their keys. It must
-// not outlive the set; the attribute returned last may be taken out of the set meanwhile.
+// not outlive the set. What it returns stays the set's; the attribute returned last may be taken
+// out of the set meanwhile.
 #pragma once
 
 #include "model/attribute_set.h"

@@ -19,8 +19,19 @@
 //   resourceInGroup      group reference (32 bits)            resource reference
 //
 // Flag 3 of an inherited resource says that its parent is an inherited group as well. The null
-// handle is 8 zero bytes. Texts: the exported form "<1;KIND;TYPE;F;F;F;ID;...>" in decimal and the
-// 16-digit hexadecimal form; both writers and both readers work in place, without allocation.
+// handle is 8 zero bytes.
+//
+// Texts: the 16 hexadecimal digits of the bytes, and the exported form
+// "<1;KIND;TYPE;F;F;F;ID;...>", decimal numbers with a ";" behind each. F are the three flags. KIND
+// is a number of its own, which tells what identifiers follow:
+//
+//   1  none                 bytes 0-3
+//   2  inheritedGroup       bytes 4-5, 2-3
+//   3  resourceInGroup      bytes 0-3, 4-5
+//   4  resourceInInherited  bytes 4-5, 2-3, 0-1
+//
+// Both writers and both readers work in place, without allocation. A null text is an empty one, and
+// nothing is written to a null buffer.
 #pragma once
 
 #include <array>

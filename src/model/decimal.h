@@ -23,6 +23,7 @@ namespace orx {
   return static_cast<std::int32_t>(negative ? 0 - value : value);
 }
 
+// The same for a whole text; what follows the digits does not count.
 [[nodiscard]] constexpr std::int32_t parseDecimal(std::string_view text) {
   const char* p = text.data();
   return readDecimal(p, p + text.size());

@@ -23,8 +23,9 @@ class CMSymParm : public CMCollectable {
   static constexpr std::size_t nameCapacity = 49;  // with the NUL
   static constexpr std::size_t localCapacity = 13;
 
-  // Texts are copied. A name is cut to 48 characters; `description` may be null. A parameter of
-  // kind fromText with the name of a product option gets kind productOption.
+  // Texts are copied. A name is cut to 48 characters; `description` may be null, the others not. A
+  // parameter of kind fromText with the name of a product option gets kind productOption.
+  // `descriptionId` is the number of a standard description, 0 for none.
   CMSymParm(const char* name, const char* value, std::uint32_t kind, std::uint32_t descriptionId,
             const char* description);
   // Takes as little memory as the value needs; the kind stays as it is.
@@ -40,8 +41,9 @@ class CMSymParm : public CMCollectable {
   // back; a shorter value keeps it.
   void setValue(const char* value);
 
+  // Whether it is of kind productOption, or of kind fromText with the name of a product option.
   [[nodiscard]] bool isProductOptionVarName() const;
-  // The resource that holds the standard description; 0 when there is none.
+  // The number of the text resource that holds the standard description; 0 when there is none.
   [[nodiscard]] std::uint32_t getDescriptionResid() const;
 
   [[nodiscard]] const char* name() const { return name_; }

@@ -1,14 +1,15 @@
 // CMSymParmSet: the system parameters of one database, in order and without two of one name.
 //
-// Text form: the parameters in order, separated by ","; each is NAME=VALUE or NAME=VALUE=
-// DESCRIPTION. In all three "," and "=" are doubled; an empty value is written as one blank.
-// Reading strips blanks at both ends of values and descriptions, skips entries without a name,
-// keeps the first of two entries of one name, and ends at the first empty entry. The parameters A
-// with the value 1 and B with the value "x,y" and the description "temp" are "A=1,B=x,,y= temp".
-// The text is kept as value 0 of the attribute with key 1.
+// Text form: the parameters in order, separated by ","; each is "NAME=VALUE" or
+// "NAME=VALUE= DESCRIPTION". In all three "," and "=" are doubled; an empty value is written as one
+// blank. Reading strips blanks at both ends of values and descriptions, skips entries without a
+// name, keeps the first of two entries of one name, and ends at the first empty entry. The
+// parameters A with the value 1 and B with the value "x,y" and the description "temp" are
+// "A=1,B=x,,y= temp". The text is kept as value 0 of the attribute with key 1.
 //
-// The set owns its parameters. A look-up by name takes constant time, at() walks to its position.
-// Nothing reports an error: attributes of another key leave the set as it is.
+// The set owns its parameters; what it hands out lives until it is removed. A look-up by name takes
+// constant time, at() walks to its position. Nothing reports an error: attributes of another key
+// leave the set as it is. Texts are not null.
 #pragma once
 
 #include <cstddef>
@@ -42,7 +43,7 @@ class CMSymParmSet : public CMMemoryManager {
   void operator=(const CMAttributeSet& attributes);
   void operator=(const CMAttribute& attribute);
 
-  // Null when there is no such parameter.
+  // Null when there is no such parameter. Names are compared byte by byte.
   [[nodiscard]] const CMSymParm* findSymbolName1(const char* name) const;
   [[nodiscard]] CMSymParm* findSymbolName2(const char* name);
 
@@ -51,6 +52,7 @@ class CMSymParmSet : public CMMemoryManager {
   [[nodiscard]] const CMSymParm* at(std::size_t position) const;
   // Visits the parameters in order.
   void forEach(const std::function<void(const CMSymParm&)>& visit) const;
+  // Whether there is a parameter of that name.
   [[nodiscard]] bool contains(const CMSymParm& parameter) const;
   // Takes the parameter over, at the end, and returns 1; returns 0 and leaves it to the caller when
   // its name is taken or the pointer is null.

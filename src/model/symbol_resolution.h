@@ -39,8 +39,8 @@ struct SubstrRange {
 
 // Resolves `text` against `set`, which may be null or hold the text as a value. Where the value of
 // a parameter holds references, the set changes: the parameter moves to the end of the set and
-// keeps the resolved text as its value. Such parameters are added to `changed`, if that is given,
-// in the order of their change.
+// keeps the resolved text as its value. Such parameters, which stay the set's, are added to
+// `changed`, if that is given, in the order of their change.
 //
 // In UTF-8 mode (not 0) the text is UTF-8 and the parameters are in the local code page. A value
 // that cannot be converted, or takes more than 255 bytes, is left out.
@@ -52,9 +52,9 @@ struct SubstrRange {
 void AddCharToString(std::string& out, const char* source, std::int32_t length,
                      const SubstrRange* range);
 
-// Reads the text between "<" and ">", up to a NUL. Returns 1; or 0 when it is null, 100 bytes or
-// longer, or no range, and then the start may be set already. Numbers beyond the 32-bit range
-// become the greatest of it.
+// Reads the text between "<" and ">", `length` bytes or up to a NUL. Returns 1; or 0 when it is
+// null, 100 bytes or longer, or no range, and then the start may be set already. Numbers beyond the
+// 32-bit range become the greatest of it. In UTF-8 mode (not 0) the text is UTF-8.
 [[nodiscard]] int getSubstrRange(const char* text, std::int32_t length, SubstrRange& range,
                                  int utf8Mode);
 

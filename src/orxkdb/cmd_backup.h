@@ -9,11 +9,13 @@ namespace orx::orxkdb {
 
 struct BackupOptions {
   std::string database;
-  std::string file;
+  std::string file;  // or "-"
   bool json = false;
   bool crlf = false;  // "\r\n" ends a line, not "\n"
 };
 
+// exitNotAsExpected, and no file, when a line cannot carry a record (records/carry_check.h); what
+// goes to standard output ends before it.
 Result backup(const BackupOptions& options);
 
 Registration addBackup;

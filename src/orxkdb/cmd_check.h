@@ -14,6 +14,7 @@ struct CheckOptions {
   bool json = false;
 };
 
+// Prints the report. exitNotAsExpected when there are findings.
 Result check(const CheckOptions& options);
 
 Registration addCheck;

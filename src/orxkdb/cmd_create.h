@@ -12,6 +12,7 @@ struct CreateOptions {
   bool json = false;
 };
 
+// The database stays when only the messages fail.
 Result create(const CreateOptions& options);
 
 Registration addCreate;

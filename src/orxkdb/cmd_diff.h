@@ -6,9 +6,10 @@
 
 namespace orx::orxkdb {
 
+// Its name, by which the program knows the one subcommand with exit codes of its own.
 inline constexpr const char* diffCommand = "diff";
 
-// exitDone: same; exitDifferent: different; any other code: a failure.
+// Prints the report. exitDone: same; exitDifferent: different; any other code: a failure.
 Result diff(const DiffOptions& options);
 
 Registration addDiff;

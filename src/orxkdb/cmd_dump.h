@@ -9,10 +9,11 @@ namespace orx::orxkdb {
 
 struct DumpOptions {
   std::string database;
-  std::string file = "-";
+  std::string file = "-";  // standard output
   bool json = false;
 };
 
+// Carries every record. After a failure there is no file, and on standard output no DATA=END.
 Result dump(const DumpOptions& options);
 
 Registration addDump;

@@ -12,6 +12,7 @@ struct MessagesOptions {
   bool json = false;
 };
 
+// As putBundle (bundle_writer.h).
 Result messages(const MessagesOptions& options);
 
 Registration addMessages;

@@ -15,6 +15,8 @@ struct PlanOptions {
   bool json = false;
 };
 
+// Prints the report; changes nothing and takes no lock. exitNotAsExpected when the merge would
+// fail.
 Result plan(const PlanOptions& options);
 
 Registration addPlan;

@@ -17,6 +17,7 @@ struct ReportOptions {
   bool json = false;                  // tell what was written as JSON
 };
 
+// Writes the page, whole or not at all. Findings and a merge that would fail are no failure.
 Result report(const ReportOptions& options);
 
 Registration addReport;

@@ -11,12 +11,13 @@ namespace orx::orxkdb {
 
 struct SampleOptions {
   std::string file{standardStream};
-  std::uint32_t objects = 10000;
+  std::uint32_t objects = 10000;  // 20 to 50,000,000
   std::uint64_t seed = 1;
   std::string order = "key";  // or "random"
   bool json = false;
 };
 
+// The same options give the same text, on every machine.
 Result sample(const SampleOptions& options);
 
 Registration addSample;

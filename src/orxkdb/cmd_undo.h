@@ -12,6 +12,7 @@ struct UndoOptions {
   bool json = false;
 };
 
+// As kdb::exchangeWithPrevious: one step, which a second undo takes back.
 Result undo(const UndoOptions& options);
 
 Registration addUndo;

@@ -6,7 +6,8 @@
 //
 // It reads one whole state of the database, whatever is published meanwhile, and takes no lock. Of
 // a database that is worth it, a second thread reads ahead from the first next() on: the database
-// belongs to that thread until next() has said false.
+// belongs to that thread until next() has said false or rewind() was called. Counts as the progress
+// of the run.
 #pragma once
 
 #include <array>
@@ -30,19 +31,22 @@ class DatabaseReader {
   DatabaseReader& operator=(const DatabaseReader&) = delete;
   ~DatabaseReader();
 
+  // Once for a reader, before anything else.
   Result open(const std::string& name);
-  // Starts at the first record again, in the same state of the database.
+  // Starts at the first record again, in the same state of the database. Not after a failure.
   Result rewind();
 
-  // False at the end and after a failure; result() tells which.
+  // False at the end and after a failure, which stays; result() tells which.
   [[nodiscard]] bool next(DataBuffer& record);
   [[nodiscard]] const Result& result() const { return result_; }
   // Whether `record`, the last that next() gave, is stored under its own key.
   [[nodiscard]] bool isUnderItsKey(const DataBuffer& record) const;
-  // The key that it is stored under, in a record that is zero otherwise, and in words.
+  // The key that the last record is stored under, in a record that is zero otherwise, and in words.
+  // These three are for after a next() that was true.
   [[nodiscard]] DataBuffer storedKey() const;
   [[nodiscard]] std::string storedName() const;
-  // The database, for other ways of reading; it goes stale with the reader.
+  // The database, for other ways of reading before the first next() or after the last; it goes
+  // stale with the reader.
   [[nodiscard]] kdb::kdbHandle handle() const { return database_; }
   // The number of records that next() gave.
   [[nodiscard]] std::uint64_t count() const { return count_; }

@@ -34,14 +34,15 @@ static_assert(keyLineWidth == 41 && recordLineWidth == 593);
 
 using StoredKey = std::array<std::uint8_t, data_layout::keySize>;
 
+// As a dump has it.
 [[nodiscard]] StoredKey storedKey(const DataBuffer& record);
 
-// Both lines of a record, line ends included.
+// Both lines of a record, line ends included; no NUL.
 using Entry = std::array<char, keyLineWidth + 1 + recordLineWidth + 1>;
 void writeEntry(const DataBuffer& record, Entry& entry);
 
-// The position of the first character of `digits` that is no hexadecimal digit, or npos; `bytes` is
-// filled up to it. `digits` has two characters for each byte.
+// Reads `digits`, two characters for each of `bytes`, in upper or lower case. The position of the
+// first character that is no hexadecimal digit, up to which `bytes` is filled; else npos.
 [[nodiscard]] std::size_t readHex(std::string_view digits, std::span<std::uint8_t> bytes);
 
 }  // namespace orx::orxkdb::dump_format

@@ -2,8 +2,9 @@
 //
 //   open(), readHeader(), then next() until it is false; result() tells the end from a fault.
 //
-// The header may hold further NAME=VALUE lines, as the engines' own tools write them. A fault is
-// named with the file and the line.
+// The header may hold further NAME=VALUE lines, as the engines' own tools write them. The dump may
+// be compressed. A fault is exitNotAsExpected, a read that failed exitFailed; both are named with
+// the file and the line, and nothing may be called after them.
 #pragma once
 
 #include <cstdint>
@@ -19,11 +20,12 @@ namespace orx::orxkdb {
 
 class DumpReader {
  public:
-  // `name` is a file or "-" for standard input.
+  // `name` is a file or "-" for standard input. exitNotOpened when it cannot be opened.
   Result open(const std::string& name);
   Result readHeader();
 
-  // False at DATA=END, with nothing behind it, and after a fault.
+  // Keys ascend, and every record begins with its own. False at DATA=END, with nothing behind it,
+  // and after a fault; `record` is of no use then.
   [[nodiscard]] bool next(DataBuffer& record);
   [[nodiscard]] const Result& result() const { return result_; }
   // The number of records that next() gave.

@@ -33,7 +33,8 @@ class Fleet {
   // The objects, by number, in the order that their records have in a database.
   [[nodiscard]] const std::vector<std::uint32_t>& keyOrder() const { return keyOrder_; }
 
-  // The records of an object: one, or a chain of chunks of its attribute text.
+  // The records of an object, a number below objectCount(); 0 is the system record. One record, or
+  // a chain of chunks of its attribute text. Made anew by every call.
   [[nodiscard]] std::vector<DataBuffer> recordsOf(std::uint32_t object) const;
 
   struct Kind;  // a run of objects of one record type

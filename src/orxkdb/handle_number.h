@@ -1,5 +1,5 @@
-// Handles as numbers: the 8 bytes read big-endian. Numbers order as the raw bytes do, and vectors
-// of them are cheap to keep, sort and search.
+// Handles as numbers: the 8 bytes read big-endian. Numbers order as the raw bytes do, which is the
+// order of a database, and vectors of them are cheap to keep, sort and search.
 #pragma once
 
 #include <cstdint>
@@ -37,7 +37,7 @@ inline constexpr HandleNumber nullHandle = 0;
 }
 
 // The handle that the exported form of this one brings back: new format for a positive type, not
-// temporary.
+// temporary. normalForm() is the same, and fast for the handles that come back as they are.
 [[nodiscard]] HandleNumber readBack(HandleNumber number);
 [[nodiscard]] inline HandleNumber normalForm(HandleNumber number) {
   return isPlain(number) || number == nullHandle ? number : readBack(number);
@@ -50,7 +50,8 @@ inline constexpr HandleNumber nullHandle = 0;
   return loadLE32(bytes);
 }
 
-// A handle in either of its text forms, complete and with nothing behind it.
+// A handle in either of its text forms (hexadecimal digits in upper case), complete and with
+// nothing behind it; none for any other text.
 [[nodiscard]] std::optional<HandleNumber> readHandleText(std::string_view text);
 
 // Its exported form.

@@ -16,7 +16,7 @@ inline constexpr int useCount = 17;         // of a model
 inline constexpr int signatures = 84;       // of a model: the handles of what refers to it
 }  // namespace known_attribute
 
-// Whether the values of an attribute are handles.
+// Whether the values of the attribute with this key number are handles, which a merge renumbers.
 [[nodiscard]] constexpr bool holdsHandles(int key) {
   return std::ranges::any_of(handleAttributes, [key](const HandleAttribute& attribute) {
     return attribute.attrGroup * CMAttributeKey::groupSize + attribute.attrId == key;

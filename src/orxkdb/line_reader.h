@@ -21,18 +21,20 @@ class LineReader {
 
   LineReader();
 
-  // `name` is a file or "-" for standard input. 0 or the system's error number.
+  // `name` is a file or "-" for standard input. 0 or an errno value. Once for a reader.
   [[nodiscard]] int open(const std::string& name);
 
   // The next line without its "\n" and without a "\r" directly before that; it lives until the next
-  // call. The last line of the input needs no line end. The outcomes but `line` are final.
+  // call. The last line of the input needs no line end. After any outcome but `line` nothing may be
+  // read, and `line` is of no use.
   LineOutcome next(std::string_view& line);
 
   // "FILE:LINE" of the line that came last, or of the place behind it where there was none.
   [[nodiscard]] std::string place() const;
-  // "FILE", in the operator's words.
+  // "FILE", or "standard input".
   [[nodiscard]] const std::string& name() const { return name_; }
-  // Why the outcome was `error`; `what` is said of a read that the system failed.
+  // Why the outcome was `error`, as readFailure (read_failure.h): exitNotAsExpected for compressed
+  // data that is damaged or cut.
   [[nodiscard]] Result failure(std::string_view what) const;
 
  private:

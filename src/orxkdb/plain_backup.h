@@ -15,14 +15,16 @@ namespace orx::orxkdb {
 
 class PlainBackup {
  public:
-  // What more than this stands between two line ends of is no backup. Without the limit a small
+  // The most bytes between two line ends: with more it is no backup. Without the limit a small
   // compressed file could fill the disk.
   static constexpr std::size_t longestLine = std::size_t{1} << 20;
 
-  // What comes out of a pipe, compressed or not, is put into the file as well. Anything else is
-  // left for its reader to open, or to refuse. exitNotAsExpected for what is no backup.
+  // Once for an object. What comes out of a pipe, compressed or not, is put into the file as well.
+  // Anything else is left for its reader to open, or to refuse. exitNotAsExpected for what is no
+  // backup or damaged, exitNotOpened when it cannot be opened, exitFailed when it cannot be read,
+  // changed meanwhile, or there is no room for it.
   Result open(const std::string& name);
-  // Lives as long as the object.
+  // Good in this process, as long as the object lives.
   [[nodiscard]] const std::string& path() const { return path_; }
 
  private:

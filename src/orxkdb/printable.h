@@ -6,7 +6,7 @@
 
 namespace orx::orxkdb {
 
-// Control characters as "\x1B"; everything else, UTF-8 included, as it is.
+// Control characters, line ends too, as "\x1B"; everything else, UTF-8 included, as it is.
 [[nodiscard]] std::string printable(std::string_view text);
 
 }  // namespace orx::orxkdb

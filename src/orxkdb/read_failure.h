@@ -9,8 +9,9 @@
 
 namespace orx::orxkdb {
 
-// `what` is said of a read that the system failed, with exitFailed; `where` names the file, and the
-// line if there is one. What is wrong with compressed data ends with `badData`.
+// Of a source whose read() has returned -1. A read that the system failed is exitFailed, told as
+// `what`; what is wrong with compressed data has the exit code `badData` and words of its own.
+// `where` names the file, and the line if there is one.
 Result readFailure(const ByteSource& source, std::string_view what, const std::string& where,
                    ExitCode badData);
 

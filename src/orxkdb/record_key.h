@@ -21,6 +21,7 @@ struct RecordKey {
                           const RecordKey&) = default;  // NOLINT(modernize-use-nullptr)
 };
 
+// From the record's own first 20 bytes.
 [[nodiscard]] inline RecordKey keyOf(const DataBuffer& record) {
   return {numberOf(record.parentBytes()), numberOf(record.objectBytes()), record.recn()};
 }

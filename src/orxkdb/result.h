@@ -18,30 +18,36 @@ struct [[nodiscard]] Result {
   std::string text;  // empty when done
   std::string hint;  // what to do next: the last part of the text
 
-  // More behind the text, and behind what to do next.
+  // Adds "; more" to what to do next, in the text and the hint.
   void addHint(std::string_view more);
   // "what, where" without what to do next.
   [[nodiscard]] std::string_view textWithoutHint() const;
   [[nodiscard]] bool ok() const { return code == exitDone; }
 };
 
+// A failure in the words of the caller.
 Result fail(ExitCode code, std::string_view what, std::string_view where, std::string_view next);
+
+// These look at the database and the files beside it to say what is wrong, so they are to be called
+// right after the call that failed; `status` is what that call gave.
 
 // A database that could not be opened: exitNotOpened, or exitFailed for want of disk or memory.
 Result openFailure(const std::string& database, const kdb::kdbStatus& status);
 // The same for one that was to be made.
 Result createFailure(const std::string& database, const kdb::kdbStatus& status);
-// Any other call that failed; `record` says where in the database, " behind its record 7".
+// Any other call that failed: exitNotAsExpected for a damaged database, else exitFailed. `record`
+// says where in the database, " behind its record 7".
 Result databaseFailure(const std::string& database, const kdb::kdbStatus& status,
                        const std::string& record = "");
 // The same with the status of the last failed call on `handle`.
 Result lastFailure(const std::string& database, kdb::kdbHandle handle,
                    const std::string& record = "");
 
-// A call that failed with the system's error number, at a place or with a file.
+// A call that failed with the errno value `error`, at a place or with a file.
 Result systemFailure(ExitCode code, std::string_view what, std::string where, int error);
 Result fileFailure(ExitCode code, std::string_view what, const std::string& file, int error);
-// Somebody wrote to `file` while it was read: what was read need not be what it holds.
+// exitFailed: somebody wrote to `file` while it was read, and what was read need not be what it
+// holds.
 Result changedFailure(const std::string& file);
 
 }  // namespace orx::orxkdb

@@ -1,5 +1,8 @@
 // BackgroundRelease: gives up what is no longer needed of large files beside other work. To free
 // the cached pages and blocks of some hundred megabytes takes the time of writing a third of them.
+//
+// Its calls return at once, unless no thread can be had, and tell of no failure: nothing depends on
+// what they do.
 #pragma once
 
 #include <functional>
@@ -21,8 +24,8 @@ class BackgroundRelease {
 
   // Closes a file that may be without a name.
   void close(UniqueFd fd);
-  // Takes the pages of the file `path`, if there is one, out of the system's cache. What it holds
-  // stays as it is.
+  // Takes the pages of the file `path`, if there is one of 8 MB or more, out of the system's cache.
+  // What the file holds stays as it is.
   void uncache(const std::string& path);
 
  private:

@@ -1,7 +1,7 @@
 // The base of everything that collections hold: twelve virtual operations, in this order.
 // Collections themselves are standard containers; of this base they need identity, hashing,
-// comparison and the class identifier. The stream operations exist for the order of the table
-// and do nothing; there is no factory.
+// comparison and the class identifier. The stream operations and binaryStoreSize() (0) exist for
+// the order of the table and do nothing; there is no factory.
 #pragma once
 
 #include <cstdint>

@@ -17,6 +17,7 @@ class RWCollection : public RWCollectable {
  public:
   using Visit = std::function<void(RWCollectable&)>;
 
+  // Visits every entry; `visit` neither inserts nor removes any.
   virtual void apply(const Visit& visit) = 0;
   // Takes every entry out; clearAndDestroy deletes them as well.
   virtual void clear() = 0;
@@ -30,7 +31,8 @@ class RWCollection : public RWCollectable {
   virtual RWCollectable* insert(RWCollectable* entry) = 0;
   [[nodiscard]] virtual bool isEmpty() const;
   [[nodiscard]] virtual std::size_t occurrencesOf(const RWCollectable* probe) const = 0;
-  // Takes the first entry equal to the probe out and returns it, or null.
+  // Takes the first entry equal to the probe out and returns it, or null; removeAndDestroy deletes
+  // it.
   virtual RWCollectable* remove(const RWCollectable* probe) = 0;
   virtual void removeAndDestroy(const RWCollectable* probe);
   // A hint how many entries to prepare for.
@@ -83,7 +85,8 @@ class RWHashTableIterator {
   RWHashTableIterator& operator=(const RWHashTableIterator&) = default;
   virtual ~RWHashTableIterator() = default;
 
-  // Steps to the next entry that equals the probe; null when there is none.
+  // Steps to the next entry that equals the probe; null, behind the last entry, when there is none.
+  // A null probe steps nowhere.
   virtual RWCollectable* findNext(const RWCollectable* probe);
   // The entry returned last; null before the first step and after the last entry.
   [[nodiscard]] virtual RWCollectable* key() const;

@@ -12,19 +12,22 @@ struct FileRights {
   std::string list;  // the POSIX access list as the system stores it; empty for none
 };
 
-// Of an open file, or of the one that `path` leads to. Failures are errno values, 0 is success.
+// Of an open file, or of the one that `path` leads to. Each returns 0 or an errno value; `rights`
+// is of use only after 0.
 [[nodiscard]] int readRights(int fd, FileRights& rights);
 [[nodiscard]] int readRights(const std::string& path, FileRights& rights);
 
-// Gives an own file owner, list and mode, and the further mode bits `more`. At no moment has
-// anybody rights that neither the file gave before nor `rights` do.
+// Gives the open file `fd`, which belongs to this process, the owner, list and mode of `rights`,
+// and the further mode bits `more`. At no moment has anybody rights that neither the file gave
+// before nor `rights` do; after a failure it may have less than before.
 [[nodiscard]] int giveRights(int fd, const FileRights& rights, mode_t more);
 
-// The same as far as it does not let anybody but the owner use the file: mode 0600 and `more`. What
-// giveRights() could not do later fails now.
+// The same for a file that is still being written: owner and list, but mode 0600 and `more`, so
+// that nobody but the owner can use it. Rights that giveRights() could not give fail here already.
 [[nodiscard]] int withholdRights(int fd, const FileRights& rights, mode_t more);
 
-// Security labels and what users noted, as far as the system lets them be copied.
+// Copies extended attributes from one open file to another: security labels and what users noted,
+// as far as the system lets them be copied. Those that speak of a file's content are left out.
 void copyLabels(int from, int to);
 
 }  // namespace orx

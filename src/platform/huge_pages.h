@@ -10,7 +10,8 @@ namespace orx {
 
 inline constexpr std::size_t hugePageSize = std::size_t{2} << 20;
 
-// Never ends. Throws std::bad_alloc.
+// One for the process, never destroyed; for any thread. Its blocks throw std::bad_alloc. Blocks of
+// 1 MB and more take whole huge pages.
 [[nodiscard]] std::pmr::memory_resource& hugePageMemory();
 
 }  // namespace orx

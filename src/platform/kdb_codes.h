@@ -5,19 +5,20 @@
 
 namespace orx::kdb {
 
+// The database itself never gives 6, 9 and 10.
 enum class Code : std::int32_t {
   success = 0,
-  badArgument = 1,
-  badObject = 2,  // a stale handle, or one of another kind
-  busyObject = 3,
-  duplicate = 4,
-  notThere = 5,  // end of data, no record under the key, no such database
+  badArgument = 1,  // a length, a mode or a name that cannot be used
+  badObject = 2,    // a stale handle, or one of another kind
+  busyObject = 3,   // another process has it, or its name leads elsewhere by now
+  duplicate = 4,    // the key or the name is taken
+  notThere = 5,     // end of data, no record under the key, no such database
   protocolError = 6,
-  shortage = 7,
-  systemError = 8,
+  shortage = 7,     // of space, memory or open files
+  systemError = 8,  // input and output, a damaged file, a file system that cannot
   unknownError = 9,
   warning = 10,
-  authority = 11,
+  authority = 11,  // no permission, or opened for reading
 };
 
 // Only the reasons that the database itself gives; the operator's names of all of them are in
@@ -69,6 +70,7 @@ inline constexpr Outcome inUse{Code::busyObject, Reason::inUse};
          code == Code::authority;
 }
 
+// An Outcome as the calls of kdb.h hand it out.
 struct kdbStatus {
   std::int32_t reason = 0;
   std::int32_t returnCode = 0;

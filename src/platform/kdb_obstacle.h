@@ -1,4 +1,4 @@
-// What beside a database keeps it from being changed.
+// What keeps a database from being changed: a file beside it, or its own.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +19,9 @@ struct Obstacle {
   std::string path = {};
 };
 
-// The first file beside the database `name`, or itself, that the programs cannot deal with.
+// To explain why the database `name` could not be opened for update (3/19, 4/46, 11/3): the first
+// file beside it, or itself, that the programs cannot deal with; kind `none` and no path when there
+// is none. Only looks, as far as it can.
 [[nodiscard]] Obstacle obstacleOf(const std::string& name);
 
 }  // namespace orx::kdb

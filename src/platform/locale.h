@@ -5,6 +5,8 @@
 // knows, among others, 37, 273, 297, 367 (ASCII), 437, 500, 819, 850, 923, 943, 1047, 1208, 1252
 // and 1392 (GB 18030), and 932 as its superset 942. In 932 and 943 the byte 5C is the backslash, as
 // in every Japanese locale. It has no table for 924 and for 5488, which 1392 replaces.
+//
+// Arguments without a name have no effect. Pointers to results are not null.
 #pragma once
 
 #include <cstddef>
@@ -23,9 +25,9 @@ inline constexpr int targetFull = 15;     // the target buffer is too small
 inline constexpr int libraryFailed = 16;  // any other failure, such as no memory
 }  // namespace locale_error
 
-// To be called before anything else of the library. Without memory for its first steps it would
-// wait for itself or follow a null pointer; `outOfMemory`, which must not return, is called instead
-// whenever it gets none.
+// To be called before anything else of ICU, by whoever uses it. Without memory for its first steps
+// it would wait for itself or follow a null pointer; `outOfMemory`, which must not return, is
+// called instead whenever it gets none.
 using OutOfMemory = void();
 void prepareLocale(OutOfMemory& outOfMemory);
 
@@ -44,8 +46,8 @@ void LOCX_ReleaseLocale(LocaleObject* locale);
 // Converts `sourceLength` bytes into the target, of which at most `targetSize` - 1 bytes are
 // written: *error is targetFull when that is not enough. A NUL follows the text when there is room
 // within those bytes, so a zeroed target always ends in one. *written is the number of bytes
-// without that NUL. Nothing is replaced or left out on the way: what has no exact counterpart is
-// badText. After an error the target holds what was converted before it.
+// without that NUL; it is set after an error as well, when the target holds what was converted
+// before it. Nothing is replaced or left out on the way: what has no exact counterpart is badText.
 void LOCX_TranslateString(int targetCcsid, char* target, int targetSize, int sourceCcsid,
                           const char* source, int sourceLength, int* written, int, int* error);
 

@@ -2,7 +2,8 @@
 // object model, and the same pair of functions for plain buffers.
 //
 // The two totals are process-wide and never reset: bytes in use (modulo 2^32) and the highest
-// value that it has reached. A block is released with exactly the size it was taken with.
+// value that it has reached. A block is released with exactly the size it was taken with. Nothing
+// guards them: what is allocated here is taken and released by one thread at a time.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// What a program arranges before anything else, so that its surroundings cannot end a run halfway
-// or turn a message into damage.
+// What a program arranges before it opens a file or prints anything, so that its surroundings
+// cannot end a run halfway or turn a message into damage.
 #pragma once
 
 namespace orx {

@@ -6,7 +6,7 @@
 //
 // The batches come in order and at most four wait, so memory is bounded. Without start(), or when
 // no thread can be had, take() prepares the batch in the caller's own thread: the outcome is the
-// same.
+// same. All calls are for the one thread that takes.
 #pragma once
 
 #include <array>
@@ -25,8 +25,9 @@ template <typename Batch>
 class ReadAhead {
  public:
   // `fill` gets a batch that was used before, for its memory, and returns false when it is the
-  // last. It runs in one thread at a time; nothing that it uses may be touched by others before
-  // take() has returned false or stop() was called.
+  // last (that batch counts, it may be empty). It runs in one thread at a time; nothing that it
+  // uses may be touched by others before take() has returned false or stop() was called. It throws
+  // nothing but std::bad_alloc; nothing may be taken after that.
   using Fill = std::function<bool(Batch&)>;
 
   explicit ReadAhead(Fill fill) : fill_(std::move(fill)) {}
@@ -43,7 +44,8 @@ class ReadAhead {
     }
   }
 
-  // Waits for the thread to finish the batch that it is at.
+  // Waits for the thread to finish the batch that it is at. Batches that were not taken are lost,
+  // and nothing may be taken afterwards.
   void stop() {
     if (!thread_.joinable()) return;
     {
@@ -54,7 +56,9 @@ class ReadAhead {
     thread_.join();
   }
 
-  // Swaps the next batch in; false when there was none left. Rethrows std::bad_alloc of `fill`.
+  // Swaps the next batch in, and waits for it; the memory of the old one goes to a later call of
+  // `fill`. False, with `batch` as it was, when there was none left. Rethrows std::bad_alloc of
+  // `fill`.
   [[nodiscard]] bool take(Batch& batch) {
     if (ended_) return false;
     if (!thread_.joinable()) {

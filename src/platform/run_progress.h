@@ -11,7 +11,8 @@
 
 namespace orx {
 
-// Shows the progress. What is printed between pause() and resume() stands on lines of its own.
+// Shows the progress. What is printed between pause() and resume() stands on lines of its own. The
+// two come in pairs, not nested, from the thread that prints.
 class ProgressDisplay {
  public:
   ProgressDisplay() = default;
@@ -28,11 +29,12 @@ class RunProgress {
     const char* phase = nullptr;  // null: nothing to show
     std::uint64_t number = 0;     // of the phase; each enter() makes a new one
     std::uint64_t records = 0;    // in this phase
-    std::uint64_t done = 0;       // of `total`, in the unit of the phase
+    std::uint64_t done = 0;       // of `total`, both in records or both in bytes
     std::uint64_t total = 0;      // 0: not known
   };
 
-  // `phase` is a literal. The phase ends with the next one; leave() ends the last.
+  // `phase` is a literal, a word like "reading". The phase ends with the next one; leave() ends the
+  // last. `totalRecords` is an estimate, 0 without one.
   void enter(const char* phase, std::uint64_t totalRecords = 0);
   // The total is the size of `file`, unless it is no regular file; what is done of it are the bytes
   // that were counted since startFile(), even before this phase.
@@ -45,6 +47,7 @@ class RunProgress {
   // A file is read from its beginning.
   void startFile() { bytes_.store(0, std::memory_order_relaxed); }
 
+  // For any thread.
   [[nodiscard]] State state() const;
   [[nodiscard]] std::uint64_t records() const { return records_.load(std::memory_order_relaxed); }
 
@@ -78,7 +81,8 @@ inline constinit RunProgress processProgress;
   return detail::processProgress;
 }
 
-// While one exists nothing is drawn: for whoever prints on standard output during a run.
+// While one exists nothing is drawn: for whoever prints on standard output during a run. Not to be
+// nested.
 class OutputTurn {
  public:
   OutputTurn() : display_(runProgress().display()) {

@@ -14,6 +14,8 @@
 //                   shell pattern over function names; FLAGS a C number. All matching entries add
 //                   up.
 //   ORX_TRACE_FILE  the file that trace lines are appended to; standard error when it is not set.
+//                   One that cannot be opened, or that names a database, is told on standard error
+//                   and closes every gate: a trace never changes what a run does.
 // Without ORX_TRACE every flag is 0 and unconditional lines go nowhere. Trace lines never reach
 // standard output, and errno survives every call.
 //
@@ -87,18 +89,24 @@ enum class TraceEvent : std::int32_t { entry = 0, exitWithValue = 1, exit = 2 };
 
 // Refreshes the anchor's cached flags from the trace setting and returns them.
 std::int32_t DIAG_Sync(TraceAnchor& anchor);
+
+// Each writes its lines (time, unit, function, `line`) as long as the trace has a destination,
+// whatever the anchor's flags are: callers ask TraceScope::on() first, or write unconditionally.
 void DIAG_Event(TraceAnchor& anchor, std::int32_t line, TraceEvent kind, std::int64_t value = 0);
+// Ends the line itself.
 [[gnu::format(printf, 3, 4)]] void DIAG_Printf(TraceAnchor& anchor, std::int32_t line,
                                                const char* format, ...);
+// `length` bytes in hexadecimal, 16 a line, below `title`.
 void DIAG_Dump(TraceAnchor& anchor, std::int32_t line, const void* address, std::int64_t length,
                const char* title);
 
-// Whether any gate may be open.
+// Whether any gate may be open: work is then to be done in the calling thread.
 [[nodiscard]] bool traceIsOpen();
 
 namespace trace_setting {
 // Replaces the setting read from the environment: `patterns` as ORX_TRACE, `file` as
-// ORX_TRACE_FILE (empty: standard error). Every anchor synchronises again.
+// ORX_TRACE_FILE (empty: standard error). Every anchor synchronises again. For one thread, while no
+// traced function runs in another.
 void configure(std::string_view patterns, std::string_view file);
 }  // namespace trace_setting
 
@@ -160,7 +168,8 @@ class TraceScope {
   static constexpr ::orx::TraceUnit traceUnit = \
       ::orx::makeTraceUnit(sourceFile, id, __DATE__, __TIME__)
 
-// The one line of a traced function; defines its anchor and `trace`, its scope.
+// The one line of a traced function; defines its anchor and `trace`, its scope. Needs a TraceUnit
+// called traceUnit in sight.
 #define ORX_TRACE(function)                                  \
   static constinit ::orx::TraceAnchor traceAnchor =          \
       ::orx::makeTraceAnchor(traceUnit, function, __LINE__); \

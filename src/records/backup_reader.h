@@ -8,7 +8,8 @@
 // are zero.
 //
 // The reader keeps 256 KiB whatever the size of the file. Reading goes on after an interrupted
-// system call. Once the input has ended or failed, every further call says so again.
+// system call. Once the input has ended or failed, every further call says so again; whole lines
+// before the failure are given out first.
 #pragma once
 
 #include <array>
@@ -43,15 +44,17 @@ class BackupReader {
   BackupReader& operator=(const BackupReader&) = delete;
   ~BackupReader();
 
-  // Opens a file for reading and starts at its first line; a file that was open is closed. False
-  // when it cannot be opened or is a directory: errorNumber() tells why.
+  // Opens a file for reading and starts at its first line; a file that was open is closed. False,
+  // with nothing open, when it cannot be opened or is a directory: errorNumber() tells why.
   [[nodiscard]] bool open(const char* path);
+  // Nothing happens when nothing is open.
   void close();
   [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
   // Whether reading never has to wait for somebody who writes.
   [[nodiscard]] bool isRegularFile() const;
   // Whether somebody has written to the file that is open since it was opened: what was read may be
-  // a part of it, or parts of two states.
+  // a part of it, or parts of two states. False for anything but a regular file, of which nobody
+  // knows, and when nothing is open.
   [[nodiscard]] bool hasChanged() const;
 
   // The next line; `record` or `line` changes only when the outcome is `line`. Without an open file
@@ -62,7 +65,7 @@ class BackupReader {
   // The number, from 1 on, of the line in the file that the last result came from; the pieces of a
   // long line share one. 0 before the first.
   [[nodiscard]] std::uint64_t lineNumber() const { return lineNumber_; }
-  // The system's error number of the last failed open or read, else 0.
+  // The errno value of the open or read that failed since the last open(), else 0.
   [[nodiscard]] int errorNumber() const { return errorNumber_; }
 
  private:

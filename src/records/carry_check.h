@@ -19,7 +19,7 @@ enum class CarryProblem : std::int32_t {
 
 [[nodiscard]] CarryProblem checkCarry(const DataBuffer& buffer);
 
-// The problem in words that follow the name of a record: "the record number needs ...".
+// The problem in words that follow the name of a record, "the record number needs ..."; a literal.
 [[nodiscard]] const char* describe(CarryProblem problem);
 
 }  // namespace orx

@@ -1,5 +1,6 @@
 // DataBuffer: one record of the configuration database, 296 bytes exactly as they are stored.
-// Numbers are 32-bit little-endian, handles 8 raw bytes; the first 20 bytes are the record's key.
+// Numbers are 32-bit little-endian, handles 8 raw bytes; the first 20 bytes are the record's key. A
+// new one is all zero. Any 296 bytes are a record: nothing here checks them.
 #pragma once
 
 #include <algorithm>

@@ -1,4 +1,5 @@
-// MergeTables: what a merge does with each record type and each handle type.
+// MergeTables: what a merge does with each record type and each handle type. Types outside the
+// tables are left out, or keep their identifiers.
 #pragma once
 
 #include <array>

@@ -19,10 +19,12 @@ namespace orx {
 
 class AddFailures {
  public:
-  // An attempt to add the next record of an object from `list`, and how it ended.
+  // An attempt to add the next record of an object from `list`, and how it ended: return code 0
+  // when it was added. To be called for every attempt.
   void count(std::size_t list, const kdb::kdbStatus& outcome);
   // Hands over outcome and number of the failures since the last call, in the order of their
-  // numbers.
+  // numbers. To be called when no attempt with a record before one of these can follow: at the end,
+  // or at any time where objects are added list after list.
   void report(const std::function<void(const kdb::kdbStatus& failure, std::int32_t number)>& print);
 
  private:

@@ -19,9 +19,11 @@ class CMAttributeSet;
 // The text of `attributes` in all getCharAttributeSize() bytes, zeros behind it.
 [[nodiscard]] std::string chainText(const CMAttributeSet& attributes);
 
+// The number of records for `text`, which is one of chainText(), here and below.
 [[nodiscard]] std::size_t chainLength(const std::string& text);
 
-// Record `number` of the chain: `head` with that number and its piece of the text.
+// Record `number` of the chain, below chainLength(): `head` with that number and its piece of the
+// text.
 [[nodiscard]] DataBuffer chainRecord(const DataBuffer& head, const std::string& text,
                                      std::size_t number);
 
@@ -32,9 +34,10 @@ enum class ChainRecords {
   none,              // nobody knows: nothing is deleted
 };
 
-// Stores the chain in place of what the database holds of it: its records replace those of their
-// keys or are added, and then the stored ones with higher numbers are deleted. Ends at the first
-// failure and returns its code, or 0.
+// Stores the chain in place of what the database, open for update, holds of it: its records replace
+// those of their keys or are added, and then the stored ones with higher numbers are deleted. Ends
+// at the first failure and returns its code (kdb::GetLastStatus has the reason), or 0. What was
+// stored before the failure stays a change of the run.
 [[nodiscard]] std::int32_t rewriteChain(kdb::kdbHandle database, const DataBuffer& head,
                                         const std::string& text, ChainRecords records);
 

@@ -1,4 +1,5 @@
-// The database of one operation, with the error lines that every operation prints alike.
+// The database of one operation, with the error lines that every operation prints alike: on
+// standard output, by ErrorMsg (messages/error_msg.h). The first of them is noted in runReport().
 #pragma once
 
 #include <cstdint>
@@ -16,18 +17,20 @@ class DatabaseSession {
   // A database that was not closed stays as it was before the run.
   ~DatabaseSession();
 
-  // False, after the error line, when it cannot be opened; it is then untouched.
+  // For update, once for a session. False, after the error line, when it cannot be opened; it is
+  // then untouched.
   [[nodiscard]] bool open(const std::string& name);
 
-  // The code that a call has just returned, with its reason.
+  // `code`, which a call on handle() has just returned, with its reason.
   [[nodiscard]] kdb::kdbStatus statusOf(std::int32_t code) const;
   // Prints the error line of a failed call: `text` with the code and the reason of the last status,
   // or of an earlier one.
   void report(std::int32_t code, const char* text) { report(statusOf(code), text); }
   void report(const kdb::kdbStatus& failure, const char* text);
 
-  // Publishes what the run changed. False when that failed, after an error line unless the storage
-  // failure behind it has been reported: the database is then as it was before the run.
+  // Publishes what the run changed; the last call. False when that failed, after an error line
+  // unless the storage failure behind it has been reported: the database is then as
+  // kdb::CloseDatabase says, as a rule as it was before the run.
   [[nodiscard]] bool close();
 
   // Closes without publishing; close() then fails without another line.

@@ -12,16 +12,17 @@ namespace orx {
 
 // How reading the database ended: at its end, or with a code and the words of its error line.
 struct [[nodiscard]] DatabaseRead {
-  std::int32_t code = 0;
-  const char* failure = nullptr;  // null: everything was read
+  std::int32_t code = 0;          // kdb::GetLastStatus has the reason
+  const char* failure = nullptr;  // a literal; null: everything was read
 
   [[nodiscard]] bool ok() const { return failure == nullptr; }
 };
 
-// Hands all records to `merge`. A database without any record is a failure.
+// Hands all records of the open database to `merge`. One without any record is a failure, 5/14.
 DatabaseRead readDatabase(kdb::kdbHandle database, MergeRun& merge);
 
-// Hands all lines to `merge`; none when no file is open. Ends with `end` or `error`.
+// Hands all lines to `merge`; none when no file is open. Ends with `end` or `error`, after which
+// backup.errorNumber() tells why.
 ReadOutcome readBackup(BackupReader& backup, MergeRun& merge);
 
 }  // namespace orx

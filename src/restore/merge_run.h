@@ -2,9 +2,9 @@
 // adds what it yields; a plan only shows it.
 //
 // Order of calls: takeCurrent for every record of the database, in database order;
-// readSystemRecord; takeBackup for every line of the backup; mergeSystemRecord; then nextObject
-// until it is false. The backup's records are held in memory, and each is given back as its object
-// is taken.
+// readSystemRecord, and when that was true takeBackup for every line of the backup;
+// mergeSystemRecord; nextObject until it is false; reportRemaining. The backup's records are held
+// in memory, and each is given back as its object is taken. For one thread at a time.
 #pragma once
 
 #include <cstddef>
@@ -52,7 +52,7 @@ class MergeRun {
   // The attributes that the database's system record gets. Its other fields are zero.
   [[nodiscard]] const CMAttributeSet& systemRecord() const { return system_.attributes(); }
 
-  // The next object, its handle values renumbered; false after the last.
+  // The next object, its handle values renumbered; false, with `object` as it was, after the last.
   [[nodiscard]] bool nextObject(MergedObject& object);
   // Tells the observer how many records were not taken.
   void reportRemaining() const;

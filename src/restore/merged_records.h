@@ -13,14 +13,16 @@ namespace orx {
 
 class MergedRecords {
  public:
-  // The merge has come to its objects, and belongs to this stream until next() was false or the
-  // stream is gone.
+  // The merge has come to its objects (MergeRun::mergeSystemRecord), outlives this stream, and
+  // belongs to it until next() was false or the stream is gone.
   explicit MergedRecords(MergeRun& merge) : merge_(merge) {}
 
-  // Makes records ahead. Without it an object is made when its first record is asked for.
+  // Makes records ahead. Without it an object is made when its first record is asked for, in the
+  // caller's thread. To be called before the first next(), if at all.
   void start();
 
-  // The next record and the list that its object waited in; false after the last.
+  // The next record and the list that its object waited in; false, and both as they were, after the
+  // last. Rethrows std::bad_alloc of the thread.
   [[nodiscard]] bool next(DataBuffer& record, std::size_t& list);
 
  private:

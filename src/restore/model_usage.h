@@ -9,9 +9,10 @@
 
 namespace orx {
 
-// Takes the references to `model` out of the index and rebuilds both attributes from them. A model
-// without attribute 17 has no use count: its attributes stay as they are. A verbose run prints the
-// references and the change.
+// Takes the references to `model` out of the index and rebuilds both attributes of `attributes`,
+// its own, from them. A model without attribute 17 has no use count: its attributes stay as they
+// are, but the references are taken all the same. A verbose run prints the references and the
+// change.
 void rebuildUsage(CMAttributeSet& attributes, const HandleBytes& model, ReferenceIndex& references);
 
 }  // namespace orx

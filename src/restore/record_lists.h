@@ -4,7 +4,8 @@
 // A list is filled, sorted once, and then taken off from the front, one object at a time: a head
 // record and the continuation records behind it, whose texts are joined. Everything is linear in
 // the records but for the sort, which is n log n and moves pointers only. A held record costs 304
-// bytes and a pointer.
+// bytes and a pointer. The pool of the records is one for the process and not guarded: records are
+// made and released by one thread at a time.
 #pragma once
 
 #include <array>

@@ -15,7 +15,7 @@ namespace orx {
 
 class ReferenceIndex {
  public:
-  // Takes every record out of `references`, a sorted list of head records.
+  // Takes every record out of `references`, a list of head records; it is empty afterwards.
   explicit ReferenceIndex(RecordList& references);
 
   // Hands the `objectHandle` of every record whose `modelHandle` has these bytes to `visit`, in the

@@ -9,7 +9,8 @@ namespace orx {
 
 // Gives every value of the attributes in handleAttributes (restore/merge_types.h) its new
 // identifier, in order and in the exported form, in which values that keep theirs come out as well.
-// Leaves `nextId` alone: it has been raised for the objects themselves.
+// Leaves `nextId` alone: it has been raised for the objects themselves. A value that is no handle
+// comes out as the handle that reading makes of it.
 void renumberHandles(CMAttributeSet& attributes, const MergeTables& tables,
                      MergeObserver& observer);
 

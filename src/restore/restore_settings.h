@@ -17,7 +17,7 @@ struct RestoreSettings {
   std::int32_t verbose = 0;         // 1: the operations print progress messages
   std::int32_t prototypesOnly = 0;  // 1: the replace restore adds prototype records only
   std::string databaseName;         // opened relative to the current directory
-  std::string backupFileName;
+  std::string backupFileName;       // the same; not used by modeUseCount
 };
 
 // The one instance of the process: written by processArgs, read by the operations.

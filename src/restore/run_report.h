@@ -15,6 +15,7 @@ struct RunReport {
   std::int32_t deletedCount = 0;  // replace restore
   std::int32_t addedCount = 0;    // replace and merge restore
 
+  // Of an error line; the first one stays.
   void noteFailure(std::int32_t code, std::int32_t reason) {
     if (failure.returnCode == 0) failure = {reason, code};
   }

@@ -10,11 +10,13 @@ class StepProgress {
  public:
   explicit StepProgress(bool verbose) : verbose_(verbose) {}
 
+  // Counts a step; true for every thousandth of a verbose run.
   [[nodiscard]] bool step() {
     if (!verbose_ || ++steps_ < stepsPerMessage) return false;
     steps_ = 0;
     return true;
   }
+  // A new phase begins.
   void restart() { steps_ = 0; }
 
  private:

@@ -1,9 +1,13 @@
 // SystemRecord: the system record of a configuration database, as a merge reads and changes it.
 //
-// It is the chain of records whose handles are both null. Two attributes of its text matter here:
+// It is the chain of records whose handles are both null; records with a null object handle and
+// auxValue2 0 are taken for it, whatever their parent is. Two attributes of its text matter here:
 //   1  the system parameters, one value (model/sym_parm_set.h)
 //   9  the identifier counters: value i is the next identifier of handle type handlerTypes[i]
 // All others stay as they are. Nothing here writes to a database.
+//
+// Order of calls: takeRecord for every record; readText; when that was true, readTables,
+// mergeParameters and writeCounters, once each.
 #pragma once
 
 #include <string>
@@ -22,10 +26,10 @@ class SystemRecord {
   static constexpr int countersKey = 9;
 
   // Takes a record of the database; those of the system record add to its text. To be called in
-  // database order. Whether it was one of the system record.
+  // database order. True when it was one of the system record.
   bool takeRecord(const DataBuffer& record);
 
-  // Reads the text. False when it has no counters: there is nothing to merge into.
+  // Reads the text that was taken. False when it has no counters: there is nothing to merge into.
   [[nodiscard]] bool readText();
   // Sets `idBase` and `nextId` from the counters; one that is no number leaves its type at 0.
   void readTables(MergeTables& tables, MergeObserver& observer);
@@ -37,6 +41,7 @@ class SystemRecord {
   // Makes `nextId` the new counters, one for each of handlerTypes.
   void writeCounters(const MergeTables& tables, MergeObserver& observer);
 
+  // As read, and as merged once mergeParameters and writeCounters were called.
   [[nodiscard]] const CMAttributeSet& attributes() const { return attributes_; }
   [[nodiscard]] const CMSymParmSet& parameters() const { return parameters_; }
 

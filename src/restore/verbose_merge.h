@@ -1,4 +1,5 @@
-// What a verbose merge prints on standard output besides its messages.
+// VerboseMerge: what a verbose merge prints on standard output besides its messages. The merge then
+// runs in one thread.
 #pragma once
 
 #include "restore/merge_observer.h"

@@ -7,7 +7,8 @@
 
 namespace orx {
 
-// The fields of the head record around the whole attribute text, between lines of "+".
+// The fields of the head record around the whole attribute text, between lines of "+", on standard
+// output. `text` ends at its first zero.
 void printObject(const DataBuffer& head, const std::string& text);
 
 }  // namespace orx

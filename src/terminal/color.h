@@ -15,6 +15,7 @@ enum class ColorChoice : std::int32_t { automatic, always, never };
 // Of the whole process; automatic until it is set.
 void chooseColor(ColorChoice choice);
 
+// Whether what is written on the stream `fd` is painted.
 [[nodiscard]] bool isPainted(int fd);
 
 enum class Paint : std::int32_t { red, green, yellow, bold };
@@ -22,7 +23,8 @@ enum class Paint : std::int32_t { red, green, yellow, bold };
 // `text` as it is written on the stream `fd`: painted, or as it is.
 [[nodiscard]] std::string painted(std::string_view text, Paint paint, int fd);
 
-// Every line of `text` whose first characters, blanks aside, are `sign`, painted, for `fd`.
+// `text` as it is written on the stream `fd`, with those lines painted that begin with `sign`,
+// blanks before it aside.
 [[nodiscard]] std::string withPaintedLines(std::string text, std::string_view sign, Paint paint,
                                            int fd);
 

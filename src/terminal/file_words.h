@@ -8,10 +8,11 @@
 
 namespace orx {
 
-// `text` on one line of a terminal, whatever is in it: control characters as "?".
+// `text` on one line of a terminal, whatever is in it: each control byte as "?".
 [[nodiscard]] std::string onOneLine(std::string text);
 
-// The absolute path of `name`, symbolic links as they are; control characters as "?".
+// The absolute path of `name`, symbolic links as they are, for reading only: control bytes as "?".
+// `name` itself where the current directory cannot be told.
 [[nodiscard]] std::string absolutePath(const std::string& name);
 
 // The directory of `name`, "." for a name without one.
@@ -21,7 +22,7 @@ namespace orx {
 // characters; never an option.
 [[nodiscard]] std::string shellWord(const std::string& name);
 
-// A place in a text, "{db}", and what stands there.
+// A place in a text, "{db}", and what stands there. The place is a literal.
 using Placed = std::pair<std::string_view, std::string>;
 // `text` with all places filled, in one pass: what a name brings along is no place.
 [[nodiscard]] std::string filled(std::string_view text, std::span<const Placed> places);

@@ -3,7 +3,7 @@
 //
 // The line first appears after half a second and is drawn at most ten times a second, in one write
 // and without control sequences but "\r". It is gone when it stops, pauses, or a phase ends that no
-// other follows.
+// other follows. A process that dies leaves it on the terminal.
 #pragma once
 
 #include <chrono>
@@ -19,16 +19,18 @@ namespace orx {
 
 class ProgressLine : public ProgressDisplay {
  public:
-  // Starts to draw on `fd`; does nothing when that is no terminal or there is no thread to be had.
+  // Starts to draw on `fd`; does nothing when that is no terminal, when there is no thread to be
+  // had, or when it draws already. start() and stop() are for one thread.
   void start(int fd);
+  // Waits for the thread, and erases the line. Nothing happens when it does not draw.
   void stop();
 
-  // Of the thread that started it.
+  // Of the thread that started it; whoever prints uses OutputTurn (platform/run_progress.h).
   void pause() override;
   void resume() override;
 
-  // Erases the line; nothing is drawn afterwards. For another thread, right before the process
-  // ends. Gives up when the terminal does not take anything.
+  // Erases the line; nothing is drawn afterwards, and pause() waits for ever. For another thread,
+  // right before the process ends. Gives up when the terminal does not take anything.
   void eraseForGood();
 
  private:
@@ -60,7 +62,7 @@ class ProgressLine : public ProgressDisplay {
 // The one of the process; never destroyed.
 [[nodiscard]] ProgressLine& progressLine();
 
-// Draws on standard error as long as it lives.
+// Draws progressLine() on standard error as long as it lives, if it is `wanted`. One at a time.
 class ProgressScope {
  public:
   explicit ProgressScope(bool wanted);

@@ -12,10 +12,10 @@ namespace orx {
 
 struct ProgressView {
   std::string_view phase;
-  std::optional<double> share = {};  // 0 to 1
-  std::optional<double> rate = {};   // records in a second
-  std::optional<double> secondsLeft = {};
-  double seconds = 0;  // in this phase
+  std::optional<double> share = {};        // 0 to 1; none: without a bar
+  std::optional<double> rate = {};         // records in a second
+  std::optional<double> secondsLeft = {};  // none: `seconds` are shown
+  double seconds = 0;                      // in this phase, so far
 };
 
 // At most `width` columns of ASCII. What does not fit is left out, the bar first, then rate, time

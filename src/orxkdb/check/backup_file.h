@@ -3,7 +3,9 @@
 //
 // A piece is what a restore makes one record of: a line, or for a line of more than 444 characters
 // with its line end each part of that length. Where a piece begins with a zero byte the restore
-// ends.
+// ends; next() goes on.
+//
+// open() comes first. Memory is bounded. What is read counts as the progress of the run.
 #pragma once
 
 #include <sys/types.h>
@@ -36,8 +38,8 @@ struct BackupPiece {
 
 class BackupFile {
  public:
-  // A regular file, compressed or not, or a pipe (plain_backup.h); anything else is refused. Lines,
-  // offsets and size are those of what comes out.
+  // A regular file, compressed or not, or a pipe (plain_backup.h); anything else is refused with
+  // exitNotOpened. Lines, offsets and size are those of what comes out.
   Result open(const std::string& name);
 
   // The next piece; false at the end and after a failure, which result() tells.
@@ -48,8 +50,9 @@ class BackupFile {
   // Makes the first piece the next one.
   void rewind();
 
-  // The piece at `offset` once more, as a record. False after a failure. Reads ahead in ascending
-  // order, and one piece only elsewhere.
+  // The piece at `offset` once more, as a record; next() is not affected, but the text of its piece
+  // is gone. `offset` is that of a piece. False after a failure, when `record` is of no use. Reads
+  // ahead in ascending order, and one piece only elsewhere.
   [[nodiscard]] bool readAt(std::uint64_t offset, CMDatabaseBackupRecord& record);
 
   [[nodiscard]] std::uint64_t size() const { return size_; }

@@ -14,7 +14,8 @@
 
 namespace orx::orxkdb {
 
-// In the order of the report; findingKinds has a row for each.
+// In the order of the report; findingKinds, in the same order, has a row for each and says what it
+// means.
 enum class FindingKind : std::uint8_t {
   lineLength,
   zeroByte,
@@ -49,8 +50,8 @@ enum class FindingKind : std::uint8_t {
 
 struct FindingKindText {
   FindingKind kind;
-  std::string_view name;     // of the kind, for scripts
-  std::string_view meaning;  // what follows from such a finding
+  std::string_view name;     // of the kind, for scripts: "line-length"
+  std::string_view meaning;  // what follows from such a finding; may be several lines
 };
 
 inline constexpr std::size_t findingKindCount = 29;
@@ -62,7 +63,7 @@ extern const std::array<FindingKindText, findingKindCount> findingKinds;
 
 // Where a finding is: any of these may be missing.
 struct Place {
-  std::uint64_t line = 0;  // of a backup, from 1 on
+  std::uint64_t line = 0;  // of a backup, from 1 on; 0 for none
   struct Object {
     HandleNumber parent;
     HandleNumber object;
@@ -73,7 +74,7 @@ struct Place {
 
 struct Finding {
   Place place;
-  std::string text;
+  std::string text;  // what is wrong, as the end of a line; bytes of the input may be in it
 };
 
 class Findings {
@@ -81,7 +82,7 @@ class Findings {
   // Keeps at most `limit` findings of each kind; 0 keeps all.
   explicit Findings(std::size_t limit) : limit_(limit) {}
 
-  // `text` is called only for a finding that is kept: what is wrong, as the end of a line.
+  // `text` is called, for the text of the finding, only when it is kept.
   template <typename Text>
   void add(FindingKind kind, const Place& place, Text text) {
     Entry& entry = entries_[static_cast<std::size_t>(kind)];

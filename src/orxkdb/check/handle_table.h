@@ -1,4 +1,5 @@
-// HandleTable: a small number for each of many handles, 16 bytes an entry at half load.
+// HandleTable: a number for each of many handles, found in constant time; at most half full, 16
+// bytes a slot. Entries are never removed. Throws std::bad_alloc.
 #pragma once
 
 #include <cstddef>

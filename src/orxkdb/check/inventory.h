@@ -1,7 +1,9 @@
 // Inventory: what a check keeps of the objects until all have been read, and what it compares then.
 //
-// It is filled in database order. An object costs 8 bytes, a reference 28, a signature of a model
-// 8, each parent 44 to 76 and each model 32 to 64 more. Everything is linear in these.
+// It is filled in database order, object by object: addObject, then its references and, if it is
+// one, the model; check() comes last. Objects have numbers, from 0 on in the order of their
+// arrival, which are called `source` below. An object costs 8 bytes, a reference 28, a signature of
+// a model 8, each parent 44 to 76 and each model 32 to 64 more. Everything is linear in these.
 #pragma once
 
 #include <array>
@@ -36,9 +38,9 @@ static_assert(sizeof(Reference) == 16);
 // Objects with one parent, which stand together.
 struct Siblings {
   HandleNumber parent;
-  std::uint32_t first;
+  std::uint32_t first;  // number of an object
   std::uint32_t count;
-  // Where the parent itself is: its object, and the siblings it is among.
+  // Where the parent itself is: its object, and the siblings it is among, by their numbers.
   std::uint32_t parentObject = HandleTable::none;
   std::uint32_t above = HandleTable::none;
 };
@@ -46,12 +48,14 @@ struct Siblings {
 struct Model {
   HandleNumber handle;
   std::uint32_t source;
+  // The signatures are set by Inventory::addModel.
   bool hasUseCount = false;  // attribute 17; a rebuild leaves a model without it alone
   std::optional<std::int32_t> useCount = {};  // none when it is not one number
   std::uint64_t firstSignature = 0;
   std::uint32_t signatureCount = 0;
 };
 
+// An identifier counter of the system record, as a merge reads it.
 struct Counter {
   bool isNumber;
   std::uint32_t next;                       // the next identifier of its type
@@ -63,21 +67,25 @@ class Inventory {
   // Makes room for the objects and references of so many records; more may come.
   void expect(std::uint64_t records);
 
-  // Returns the number of the object; `line` is that of its first record in a backup, else 0.
+  // Returns the number of the object. `line` is that of its first record in a backup; in a check of
+  // a database it is 0 for all.
   std::uint32_t addObject(const Place::Object& object, std::uint64_t line);
   void addReference(const Reference& reference) { references_.push_back(reference); }
   // `signatures` are in normal form; 0 stands for a value that is no handle.
   void addModel(Model model, const std::vector<HandleNumber>& signatures);
-  // The first call counts.
+  // The object that the system record is; the first call counts.
   void setSystemRecord(std::uint32_t source) {
     if (!systemRecord_) systemRecord_ = source;
   }
   [[nodiscard]] const std::optional<std::uint32_t>& systemRecord() const { return systemRecord_; }
+  // Those of the system record, in the order of handlerTypes, at most as many. Without this call it
+  // has none.
   void setCounters(std::vector<Counter> counters) { counters_ = std::move(counters); }
 
   // Compares everything; nothing may be added afterwards.
   void check(Findings& findings);
 
+  // Of an object that was added.
   [[nodiscard]] Place placeOf(std::uint32_t source) const;
   [[nodiscard]] std::uint64_t objectCount() const { return objects_.size(); }
   [[nodiscard]] std::uint64_t modelCount() const { return models_.size(); }

@@ -38,10 +38,12 @@ struct LineFault {
   std::string text;
 };
 
-// The characters of a column that a line has.
+// The characters of a column that `line` has, which it is a view of; fewer, or none, of a short
+// line.
 [[nodiscard]] std::string_view columnOf(std::string_view line, const backup_layout::Column& column);
 
 // `line` is without its line end. A line that is too short or holds a zero byte has that one fault.
+// A text may hold bytes of the line.
 [[nodiscard]] std::vector<LineFault> lineFaults(std::string_view line);
 
 }  // namespace orx::orxkdb

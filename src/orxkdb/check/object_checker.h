@@ -1,5 +1,6 @@
 // ObjectChecker: takes records in database order, puts them together to objects, checks each
-// object, and enters it in the inventory.
+// object, and enters it in the inventory: add() for every record, then finish(). Findings and
+// inventory outlive it.
 #pragma once
 
 #include <array>

@@ -11,11 +11,12 @@
 
 namespace orx::orxkdb {
 
-// An optional "-" and digits, nothing else, of 32 bits with or without a sign.
+// The number that `text` is: an optional "-" and digits, nothing else, of 32 bits with or without a
+// sign; none for any other text.
 [[nodiscard]] std::optional<std::int64_t> plainNumber(std::string_view text);
 
-// `text` is that of all records that a merge takes for the system record. Its counters go into the
-// inventory.
+// `text` is that of all records that a merge takes for the system record, `place` that of the
+// findings. Its counters go into the inventory, which compares them.
 void checkSystemText(const std::string& text, const Place& place, Findings& findings,
                      Inventory& inventory);
 

@@ -38,6 +38,7 @@ class TextScanner {
   explicit TextScanner(std::string_view text)
       : rest_(text), hasTab_(text.find('\t') != std::string_view::npos) {}
 
+  // False, with `attribute` of no use, at the end and where reading ends at a fault.
   [[nodiscard]] bool next(ScannedAttribute& attribute);
   // Empty when the whole text was read.
   [[nodiscard]] std::string_view rest() const { return rest_; }
@@ -47,7 +48,8 @@ class TextScanner {
   bool hasTab_;  // anywhere
 };
 
-// Takes the first value off `values`, doubled marks made single and trailing blanks cut.
+// Takes the first value off `values`, those of a ScannedAttribute and not empty. `value` becomes
+// what reading makes of it: doubled marks are single, trailing blanks cut, and TABs blanks.
 void takeValue(std::string_view& values, std::string& value);
 
 }  // namespace orx::orxkdb

@@ -21,9 +21,11 @@ namespace orx::orxkdb {
 
 class BackupSource final : public RecordSource {
  public:
+  // Remembers `limit` unreadable lines, 0: all.
   BackupSource(std::string name, std::size_t limit)
       : RecordSource(std::move(name)), limit_(limit) {}
 
+  // The first call; makes the first pass.
   Result open();
   [[nodiscard]] bool isDatabase() const override { return false; }
   [[nodiscard]] std::uint64_t expectedRecords() const override {

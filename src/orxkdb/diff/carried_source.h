@@ -23,6 +23,7 @@ class CarriedSource final : public RecordSource {
  public:
   explicit CarriedSource(std::string name) : RecordSource(std::move(name)) {}
 
+  // The first call; makes the pass that collects.
   Result open();
   [[nodiscard]] bool isDatabase() const override { return true; }
   [[nodiscard]] std::uint64_t expectedRecords() const override {

@@ -26,18 +26,21 @@ struct Chain {
   [[nodiscard]] const DataBuffer& head() const { return records.front().record; }
 };
 
-// Byte by byte.
+// Whether both have the same records under the same keys, byte by byte.
 [[nodiscard]] bool sameRecords(const Chain& a, const Chain& b);
 
 class ChainReader {
  public:
+  // The source, opened, outlives the reader and is read by nobody else.
   explicit ChainReader(RecordSource& source) : source_(source) {}
 
   // Takes the next object; false at the end and after a failure, which the source tells.
   [[nodiscard]] bool next();
+  // Whether the last next() was true.
   [[nodiscard]] bool hasChain() const { return hasChain_; }
   // The object that next() took; its memory is used again by the next one.
   [[nodiscard]] const Chain& chain() const { return chain_; }
+  // The number of objects that next() took.
   [[nodiscard]] std::uint64_t count() const { return count_; }
   [[nodiscard]] const RecordSource& source() const { return source_; }
 

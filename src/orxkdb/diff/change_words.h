@@ -1,4 +1,5 @@
-// What became of an object, in words and as JSON.
+// What became of an object, in words and as JSON. Words are lines with their line ends; texts of
+// records come printable in them.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
@@ -11,9 +12,10 @@ namespace orx::orxkdb {
 
 enum class ObjectChange { added, removed, changed };
 
+// "added", "removed", "changed".
 [[nodiscard]] const char* nameOf(ObjectChange change);
 
-// An object that only one side has: its heading line.
+// An object that only one side has, added or removed: its heading line.
 [[nodiscard]] std::string oneSidedText(ObjectChange change, const Chain& chain);
 [[nodiscard]] nlohmann::ordered_json oneSidedJson(ObjectChange change, const Chain& chain);
 

@@ -11,6 +11,7 @@ class DatabaseSource final : public RecordSource {
  public:
   explicit DatabaseSource(std::string name) : RecordSource(std::move(name)) {}
 
+  // The first call.
   Result open() { return reader_.open(name()); }
   [[nodiscard]] bool isDatabase() const override { return true; }
   [[nodiscard]] std::uint64_t expectedRecords() const override {

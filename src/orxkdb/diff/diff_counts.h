@@ -12,13 +12,13 @@ struct DiffCounts {
   std::array<std::uint64_t, 3> objects{};  // by ObjectChange
   std::uint64_t unchanged = 0;
   // Of the changed objects.
-  std::uint64_t headFields = 0;
-  std::uint64_t chainLengths = 0;
+  std::uint64_t headFields = 0;    // that differ
+  std::uint64_t chainLengths = 0;  // objects of which they differ
   std::uint64_t attributesAdded = 0;
   std::uint64_t attributesRemoved = 0;
   std::uint64_t attributesChanged = 0;
-  std::uint64_t textsNotParsed = 0;
-  std::uint64_t onlyInRecords = 0;
+  std::uint64_t textsNotParsed = 0;   // objects of which a text does not parse
+  std::uint64_t onlyInRecords = 0;    // objects of which nothing but the records differs
   std::uint64_t unreadableLines = 0;  // of both inputs
 
   [[nodiscard]] std::uint64_t of(ObjectChange change) const {
@@ -28,6 +28,7 @@ struct DiffCounts {
     return objects == decltype(objects){} && unreadableLines == 0;
   }
 
+  // Counts what differs in a changed object; the object itself is counted in `objects`.
   void add(const ObjectChanges& changes) {
     headFields += changes.head().size();
     chainLengths += changes.chainLength() ? 1 : 0;

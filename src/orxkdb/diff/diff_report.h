@@ -1,5 +1,6 @@
 // DiffReport: writes the report of a comparison on standard output while it goes on, as text or as
-// JSON. All objects are counted, the first of each kind are shown.
+// JSON. All objects are counted, the first of each kind are shown. A failure is that of writing
+// (output.h), and ends the report.
 #pragma once
 
 #include <string_view>
@@ -15,12 +16,12 @@ class DiffReport {
  public:
   explicit DiffReport(const DiffOptions& options) : options_(options) {}
 
-  // In key order.
+  // These take the objects in key order.
   Result addOneSided(ObjectChange change, const Chain& chain);
   Result addChanged(const Chain& before, const Chain& after);
   void addUnchanged() { ++counts_.unchanged; }
 
-  // When all objects have been seen.
+  // The last call, when all objects have been seen: what was read, and the totals.
   Result finish(const ChainReader& before, const ChainReader& after);
   [[nodiscard]] const DiffCounts& counts() const { return counts_; }
 

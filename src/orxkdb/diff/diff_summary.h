@@ -10,6 +10,7 @@
 
 namespace orx::orxkdb {
 
+// Both readers have come to their end.
 [[nodiscard]] std::string summaryText(const ChainReader& before, const ChainReader& after,
                                       const DiffCounts& counts, const DiffOptions& options);
 // "inputs", an array of two, "same" and "summary".

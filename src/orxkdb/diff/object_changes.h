@@ -26,7 +26,8 @@ inline constexpr std::array<HeadFieldName, 4> headFields{{{HeadField::recType, "
 [[nodiscard]] bool sameField(HeadField field, const DataBuffer& a, const DataBuffer& b);
 
 // The joined text of a chain and the attributes in it, in ascending order of their keys, those with
-// one key in the order read.
+// one key in the order read. They are views of the text, so it is neither copied nor moved; the
+// chain is needed no longer.
 class ChainText {
  public:
   explicit ChainText(const Chain& chain);
@@ -43,9 +44,11 @@ class ChainText {
   bool parses_ = false;
 };
 
+// Its values as reading takes them.
 [[nodiscard]] Values valuesOf(const ScannedAttribute& attribute);
 
-// One side is null where the other has an attribute or a record that this one has not.
+// One side is null where the other has an attribute or a record that this one has not. Both point
+// into the ObjectChanges, or the chains, that they come from.
 template <typename Item>
 struct Change {
   const Item* before = nullptr;
@@ -54,7 +57,7 @@ struct Change {
 using AttributeChange = Change<ScannedAttribute>;
 using RecordChange = Change<KeyedRecord>;
 
-// Refers to both chains.
+// Refers to both chains, which outlive it.
 class ObjectChanges {
  public:
   ObjectChanges(const Chain& before, const Chain& after);
@@ -62,15 +65,19 @@ class ObjectChanges {
   [[nodiscard]] const Chain& before() const { return before_; }
   [[nodiscard]] const Chain& after() const { return after_; }
 
+  // The fields of the first records that differ.
   [[nodiscard]] std::vector<HeadFieldName> head() const;
+  // Whether the numbers of records differ.
   [[nodiscard]] bool chainLength() const { return before_.records.size() != after_.records.size(); }
   // Whether both texts parse; if not, attributes() is empty and the records tell.
   [[nodiscard]] bool textsParse() const { return beforeText_.parses() && afterText_.parses(); }
+  // Those that differ, in ascending order of their keys.
   [[nodiscard]] const std::vector<AttributeChange>& attributes() const { return attributes_; }
   // Whether nothing but the records tells what differs.
   [[nodiscard]] bool onlyInRecords() const {
     return textsParse() && attributes_.empty() && head().empty() && !chainLength();
   }
+  // Those that differ, in order.
   [[nodiscard]] std::vector<RecordChange> records() const;
 
  private:

@@ -37,8 +37,8 @@ class RecordSource {
  public:
   virtual ~RecordSource() = default;
 
-  // False at the end and after a failure; result() tells which. Of records with one key the first
-  // is given.
+  // False, with `record` of no use, at the end and after a failure, which stays; result() tells
+  // which. Of records with one key the first is given.
   [[nodiscard]] bool next(KeyedRecord& record);
   [[nodiscard]] const Result& result() const { return result_; }
   [[nodiscard]] const SourceCounts& counts() const { return counts_; }
@@ -50,7 +50,9 @@ class RecordSource {
  protected:
   explicit RecordSource(std::string name) : name_(std::move(name)) {}
 
-  // The next record in ascending order. False at the end and after a failure, which is in `result`.
+  // The next record in ascending order; next() leaves out what repeats a key, and takes one that is
+  // below the key before for a sign that the file was changed. False at the end and after a
+  // failure, which is in `result`.
   [[nodiscard]] virtual bool read(KeyedRecord& record, Result& result) = 0;
   [[nodiscard]] SourceCounts& counting() { return counts_; }
 
@@ -67,8 +69,8 @@ enum class Content {
   carried,  // what is left of it after a backup and a restore
 };
 
-// A file that is no database is read as a backup; `content` is for databases. `limit` unreadable
-// lines are remembered, 0: all.
+// Opens an input. A file that is no database is read as a backup; `content` is for databases.
+// `limit` unreadable lines are remembered, 0: all. After a failure `source` is of no use.
 Result openSource(const std::string& name, Content content, std::size_t limit,
                   std::unique_ptr<RecordSource>& source);
 

@@ -1,4 +1,5 @@
-// ExplainedAttribute: one attribute of an object, whose role tells what its values mean.
+// ExplainedAttribute: one attribute of an object, whose role tells what its values mean. The text
+// that was scanned outlives it.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
@@ -28,6 +29,7 @@ class ExplainedAttribute {
   [[nodiscard]] nlohmann::ordered_json titleJson() const;
   // An array with "text" of each value and, where it is one, "handle".
   [[nodiscard]] nlohmann::ordered_json valuesJson() const;
+  // The whole attribute, titleJson() and the values.
   [[nodiscard]] nlohmann::ordered_json json() const;
 
  private:

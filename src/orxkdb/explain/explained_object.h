@@ -23,12 +23,14 @@ struct ObjectQuery {
   }
 };
 
+// Reads one of these three forms; exitUsage for any other text. Only the hexadecimal one is exact.
 Result readQuery(std::string_view text, ObjectQuery& query);
 
 // The records with one parent and one object handle, in order, one at least.
 using ObjectRecords = std::vector<DataBuffer>;
 
-// Every object of that handle: there may be one below each of several parents.
+// Adds every object of that handle to `objects`: there may be one below each of several parents, or
+// none, which is no failure. Reads the whole database.
 Result findObjects(const std::string& database, const ObjectQuery& query,
                    std::vector<ObjectRecords>& objects);
 

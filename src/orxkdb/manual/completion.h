@@ -16,10 +16,12 @@ namespace orx::orxkdb {
 [[nodiscard]] std::string zshCompletion(const CommandTree& tree);
 [[nodiscard]] std::string fishCompletion(const CommandTree& tree);
 
+// What the three have in common.
 namespace shell {
 
 // `text` as one word of a shell command: in single quotes.
 [[nodiscard]] std::string quoted(std::string_view text);
+// With blanks between them.
 [[nodiscard]] std::string joined(const std::vector<std::string>& words);
 [[nodiscard]] std::vector<std::string> namesOf(const std::vector<CommandOption>& options);
 [[nodiscard]] std::vector<std::string> namesOf(const std::vector<CommandTree>& commands);

@@ -16,6 +16,7 @@ struct HelpParagraph {
   std::string title;               // without its colon; empty for flowing text
   std::vector<std::string> lines;  // without the blanks at their beginning
 
+  // The lines as one, with blanks between them.
   [[nodiscard]] std::string flowing() const;
 };
 
@@ -24,6 +25,7 @@ struct HelpParagraph {
 // The lines of `text` without line ends.
 [[nodiscard]] std::vector<std::string> linesOf(std::string_view text);
 
+// Without the blanks at its beginning; a view of `line`.
 [[nodiscard]] std::string_view withoutIndent(std::string_view line);
 
 // "TERM  WORDS" at its first two blanks; all of the line is the term when there are none.

@@ -1,8 +1,8 @@
 // RoffWriter: a manual page as man(1) reads it, in the macros of man(7).
 //
-// Texts come as plain ASCII; whatever roff would take for a command is escaped. Within a text
-// marked() gives a word in bold. Pages are written without a date, so that one source makes one
-// page.
+// Parts come in the order of the page. Texts are plain ASCII; plain() escapes whatever roff would
+// take for a command, and bold() makes a word bold. Pages are written without a date, so that one
+// source makes one page.
 #pragma once
 
 #include <string>
@@ -13,9 +13,11 @@ namespace orx::orxkdb {
 
 class RoffWriter {
  public:
-  // `manual` is what stands in the middle of the page's head.
+  // Begins the page NAME(SECTION); `manual` is what stands in the middle of its head. These and the
+  // titles are plain text, which is escaped here.
   RoffWriter(std::string_view name, int section, std::string_view manual);
 
+  // `text` as roff, for what takes roff below.
   [[nodiscard]] static std::string plain(std::string_view text);
   [[nodiscard]] static std::string bold(std::string_view text);
 
@@ -27,10 +29,10 @@ class RoffWriter {
   void line(std::string_view roff);
   void item(std::string_view termRoff, std::string_view roff);
   void bullet(std::string_view roff);
-  // The first row is the head.
+  // Of roff too; the first row is the head, and tells how many columns there are.
   void table(const std::vector<std::vector<std::string>>& rows);
 
-  // As they stand, indented.
+  // Plain text, as it stands, indented.
   void literal(const std::vector<std::string>& lines);
 
   [[nodiscard]] const std::string& page() const { return page_; }

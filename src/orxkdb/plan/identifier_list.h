@@ -15,7 +15,8 @@ class IdentifierList {
   // The handle of an object under its new identifier; 4 bytes are kept. The null handle has none.
   void add(const CMConfigHandle& object);
 
-  // What became of them, by type; the list is empty afterwards.
+  // What became of them, ascending by type; `tables`, those of the merge, lead back to the
+  // identifiers in the backup. The list is empty afterwards.
   [[nodiscard]] std::vector<TypeIdentifiers> take(const MergeTables& tables);
 
  private:

@@ -13,9 +13,10 @@ namespace orx::orxkdb {
 
 class KeyCheck {
  public:
-  // `database` is at its first record and outlives the check; its result() tells whether it could
-  // be read. The system record has been rewritten as `systemRecords` records before anything is
-  // added: these are there, and those that it had beyond them are gone.
+  // `database` is at its first record, outlives the check and is read by nobody else. Where it
+  // cannot be read the rest of it counts as empty: its result() tells. The system record has been
+  // rewritten as `systemRecords` records before anything is added: these are there, and those that
+  // it had beyond them are gone.
   KeyCheck(DatabaseReader& database, std::uint64_t systemRecords);
 
   // Why a record cannot be added under `key`; none when it can. Objects come in ascending order,

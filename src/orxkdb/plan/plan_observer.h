@@ -1,4 +1,5 @@
-// PlanObserver: writes down what a merge reads and decides.
+// PlanObserver: writes down in a MergePlan what a merge reads and decides. What comes of adding,
+// and the system record's new size, is left to whoever runs the merge (plan_run.cpp).
 #pragma once
 
 #include "orxkdb/plan/merge_plan.h"
@@ -21,7 +22,7 @@ class PlanObserver : public MergeObserver {
   void backupRecord(const BackupLine& line, const DataBuffer& record) override;
   void skippedRecord(const BackupLine& line, std::int32_t recType) override;
 
-  // Those of the merge, complete when the whole backup is read.
+  // A copy of those of the merge, made when the whole backup is read.
   [[nodiscard]] const MergeTables& tables() const { return tables_; }
 
  private:

@@ -13,7 +13,9 @@ struct PlanNames {
   std::string backup;
 };
 
-// Both show at most `limit` entries of each list, all for 0, and count the rest.
+// Both show at most `limit` entries of each list, all for 0, and count the rest; the refused
+// records of the plan were limited when it was made. Texts of the inputs come printable in the
+// text.
 [[nodiscard]] std::string planText(const PlanNames& names, const MergePlan& plan,
                                    std::size_t limit);
 [[nodiscard]] std::string planJson(const PlanNames& names, const MergePlan& plan,

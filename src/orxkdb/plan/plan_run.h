@@ -10,9 +10,11 @@
 
 namespace orx::orxkdb {
 
-// Keeps at most `limit` refused records, all for 0. A merge that would be refused as a whole (no
-// database, no backup, no identifier counters) is a failure; records that it would refuse are not.
-// Takes no lock and writes nothing. Holds the merged records of the backup like a merge.
+// Fills `plan`, which is new, and keeps at most `limit` refused records, all for 0. A merge that
+// would be refused as a whole (no database, no backup, no identifier counters) is a failure;
+// records that it would refuse are not. exitFailed also when the backup changed meanwhile. After a
+// failure `plan` is of no use. Takes no lock and writes nothing. Holds the merged records of the
+// backup like a merge.
 Result planMerge(const std::string& database, const std::string& backup, std::size_t limit,
                  MergePlan& plan);
 

@@ -19,7 +19,7 @@ enum class ParameterFate : std::uint8_t {
 
 [[nodiscard]] ParameterFate fateOf(const ParameterPlan& parameter);
 
-// "in the database" or "twice in the backup".
+// "in the database" or "twice in the backup", literals.
 [[nodiscard]] std::string_view wordsOf(KeyTaken why);
 
 // What does not keep the merge from going on, but may not be what the operator wants; a sentence

@@ -16,14 +16,15 @@ struct Bar {
   std::uint64_t count = 0;
 };
 
-// A figure of lying bars, one below the other; labels are cut to fit. Empty without bars.
+// A figure of lying bars, one below the other, as HTML; labels may be any bytes, and are cut to
+// fit. Empty without bars.
 [[nodiscard]] std::string barChart(std::string_view title, const std::vector<Bar>& bars);
 
 // Counts numbers by size: 0, 1, 2-3, 4-7, 8-15 and so on.
 class SizeClasses {
  public:
   void add(std::uint64_t number) { ++counts_[static_cast<std::size_t>(std::bit_width(number))]; }
-  // From the first class that has any to the last.
+  // From the first class that has any to the last, each with its range as the label, "4-7".
   [[nodiscard]] std::vector<Bar> bars() const;
 
  private:

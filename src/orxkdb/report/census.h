@@ -1,5 +1,6 @@
-// Census: what a page shows of the objects of a database, gathered in one pass in database order.
-// Memory grows with the models and the record types alone.
+// Census: what a page shows of the objects of a database, gathered in one pass in database order:
+// add() for every record, finish(), then the rest. Memory grows with the models and the record
+// types alone.
 #pragma once
 
 #include <cstdint>
@@ -20,6 +21,7 @@ class Census {
   // Behind the last record.
   void finish();
 
+  // Different pairs of parent and object handle.
   [[nodiscard]] std::uint64_t objects() const { return objects_; }
   // By the type of an object's first record.
   [[nodiscard]] const std::map<std::int32_t, std::uint64_t>& objectsOfType() const {
@@ -28,6 +30,7 @@ class Census {
   [[nodiscard]] const SizeClasses& chainLengths() const { return chainLengths_; }
   [[nodiscard]] const SizeClasses& textSizes() const { return textSizes_; }  // of whole objects
   [[nodiscard]] const ModelUses& uses() const { return uses_; }
+  // For whoever takes the list out.
   [[nodiscard]] ObjectList& list() { return list_; }
 
  private:
@@ -46,9 +49,11 @@ class Census {
   ObjectList list_;
 };
 
+// The whole pass. `census` is new, and of no use after a failure.
 Result takeCensus(const std::string& database, Census& census);
 
-// What tells an operator which object this is: the first value of its first attribute, as bytes.
+// What tells an operator which object this is: the first value of its first attribute, as bytes,
+// cut to 48; "system record" for that; may be empty. `head` is its first record.
 [[nodiscard]] std::string labelOf(const DataBuffer& head);
 
 }  // namespace orx::orxkdb

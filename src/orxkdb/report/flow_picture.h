@@ -16,6 +16,8 @@ struct Flow {
   std::uint64_t count = 0;
 };
 
+// An <svg> element. `left` and `right` are the names of the nodes, any bytes; each flow joins two
+// of them and counts at least 1.
 [[nodiscard]] std::string flowPicture(std::string_view title, const std::vector<std::string>& left,
                                       const std::vector<std::string>& right,
                                       const std::vector<Flow>& flows);

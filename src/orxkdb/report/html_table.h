@@ -20,10 +20,10 @@ class HtmlTable {
   HtmlTable(std::string_view caption, std::initializer_list<Column> columns,
             std::string_view bodyId = "");
 
-  // As many cells as columns.
+  // As many cells as columns, any bytes.
   void row(std::initializer_list<std::string_view> cells);
   [[nodiscard]] std::size_t size() const { return html_.size(); }  // in bytes
-  // The whole element; the table is empty afterwards.
+  // The whole element; the object is of no use afterwards.
   [[nodiscard]] std::string take();
 
  private:

@@ -8,7 +8,7 @@
 
 namespace orx::orxkdb {
 
-// Empty when the merge adds no objects.
+// A figure, as HTML; empty when the merge adds no objects.
 [[nodiscard]] std::string identifierPicture(const MergePlan& plan);
 
 }  // namespace orx::orxkdb

@@ -1,4 +1,5 @@
-// The pictures of which objects refer to which models.
+// The pictures of which objects refer to which models, as HTML. `models` are those of
+// ModelUses::ranked().
 #pragma once
 
 #include <string>
@@ -16,7 +17,7 @@ inline constexpr std::size_t mostNamedModels = 24;
 [[nodiscard]] std::string modelPicture(const ModelUses& uses, const std::vector<UsedModel>& models);
 
 // The uses of all models that are there, most used first, in a strip of a few hundred bars at most.
-// Empty for models that modelPicture() names.
+// Empty for models that modelPicture() names, and where none is used.
 [[nodiscard]] std::string rankStrip(const std::vector<UsedModel>& models);
 
 // "12:1 name".

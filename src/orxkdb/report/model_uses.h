@@ -38,11 +38,14 @@ class ModelUses {
 
   // Of two models with one handle the first counts.
   void addModel(HandleNumber handle, std::int32_t recType, std::string label);
+  // Its label matters only while references() is below mostReferrers.
   void addReference(Referrer referrer);
 
+  // In the order in which they were first heard of.
   [[nodiscard]] const std::vector<UsedModel>& models() const { return models_; }
   // The first ones, at most mostReferrers.
   [[nodiscard]] const std::vector<Referrer>& referrers() const { return referrers_; }
+  // All of them, remembered or not.
   [[nodiscard]] std::uint64_t references() const { return references_; }
 
   // Those that are there before those that are not, the most used first, equal ones by handle.

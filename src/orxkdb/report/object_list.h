@@ -29,8 +29,9 @@ class ObjectList {
   [[nodiscard]] bool wants(bool isModel) const {
     return isModel ? models_.size() < most / 2 : others_.size() < most;
   }
+  // In database order. Nothing happens for one that is not wanted.
   void add(ListedObject object, bool isModel);
-  // At most `most`, in the order in which they came in a database; the list is empty afterwards.
+  // At most `most`, in database order; the list is empty afterwards.
   [[nodiscard]] std::vector<ListedObject> take();
 
  private:

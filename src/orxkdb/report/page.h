@@ -14,7 +14,8 @@ struct Page {
   std::size_t objectsListed = 0;
 };
 
-// `now` is told as the time of writing. Takes the list of objects out of the data.
+// `data` has been gathered; the list of objects is taken out of it. `now` is told, in UTC, as the
+// time of writing.
 [[nodiscard]] Page pageOf(ReportData& data, std::time_t now);
 
 }  // namespace orx::orxkdb

@@ -33,8 +33,9 @@ struct ReportData {
   std::optional<MergePlan> plan;
 };
 
-// Reads the database, and the backup when one is named. Fails when another program replaces the
-// database meanwhile: the parts of the page would not belong together.
+// Reads the database several times, and the backup when one is named, and fills in the rest of
+// `data`. exitFailed when another program replaces the database meanwhile: the parts of the page
+// would not belong together. After a failure `data` is of no use.
 Result gather(ReportData& data);
 
 }  // namespace orx::orxkdb

@@ -15,6 +15,7 @@ namespace orx::orxkdb {
 // `id` and `content` are trusted; `heading` is escaped.
 [[nodiscard]] std::string section(std::string_view id, std::string_view heading,
                                   std::string_view content);
+// `text` is escaped.
 [[nodiscard]] std::string paragraph(std::string_view text);
 
 [[nodiscard]] std::string countSection(const ReportData& data);

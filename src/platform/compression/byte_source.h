@@ -6,6 +6,8 @@
 //   while ((count = source.read(buffer, size)) > 0) ...
 //   if (count < 0) ... source.fault() ...
 //
+// One open() or openDescriptor() for an object, which is of no use after it failed.
+//
 // Memory is bounded whatever the input is: a buffer, and what the format's decoder keeps, see
 // Decoder::mostMemory. What is read from the file counts as the progress of the run.
 #pragma once
@@ -26,7 +28,7 @@ namespace orx {
 
 enum class ByteFault : std::int32_t {
   none,
-  system,       // a read failed: errorNumber()
+  system,       // a read failed: errorNumber() is the errno value
   damaged,      // the compressed data is damaged, or something else follows it
   cut,          // it ends before it is complete
   needsMemory,  // see Decoding
@@ -34,18 +36,20 @@ enum class ByteFault : std::int32_t {
 
 class ByteSource {
  public:
-  // A directory is refused. 0 or the system's error number; nothing is read yet.
+  // 0 or an errno value, EISDIR for a directory; nothing is read yet.
   [[nodiscard]] int open(const std::string& path);
-  // Reads an open descriptor, which stays the caller's.
+  // Reads an open descriptor, which stays the caller's, from where it stands.
   [[nodiscard]] int openDescriptor(int fd);
 
-  // 1 to `size` bytes; 0 at the end; -1 after a fault, which stays. Throws std::bad_alloc.
+  // 1 to `size` bytes, `size` being at least 1; 0 at the end; -1 after a fault, which stays. What
+  // came before a fault is given out first. Throws std::bad_alloc.
   [[nodiscard]] ssize_t read(char* buffer, std::size_t size);
 
   [[nodiscard]] ByteFault fault() const { return fault_; }
   [[nodiscard]] int errorNumber() const { return errorNumber_; }
+  // `none` before the first read().
   [[nodiscard]] Compression compression() const { return compression_; }
-  // How many bytes of the file were taken so far.
+  // How many bytes of the file, as it is stored, were taken so far.
   [[nodiscard]] std::uint64_t position() const { return position_; }
 
  private:

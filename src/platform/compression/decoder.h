@@ -29,8 +29,10 @@ class Decoder {
   virtual ~Decoder() = default;
 
   // Takes bytes off the front of `in` and room off the front of `out`, until one is empty or a
-  // member ends. `isLast`: nothing follows `in`. Behind anything but `going` and `complete` the
-  // decoder is of no more use. Throws std::bad_alloc.
+  // member ends; `out` shrinks by what was written. `isLast`: nothing follows `in`. To be called
+  // until it says `complete` with nothing left in the last `in`; a call that says `going` and takes
+  // and writes nothing then means that the data was cut. Behind anything but `going` and `complete`
+  // the decoder is of no more use. Throws std::bad_alloc.
   virtual Decoding decode(std::span<const std::uint8_t>& in, bool isLast,
                           std::span<std::uint8_t>& out) = 0;
 };

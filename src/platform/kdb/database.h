@@ -1,5 +1,6 @@
 // An open database: the file as it was found, what this run deleted of it, and the successor once
-// there is one. The contract of its operations is that of platform/kdb.h.
+// there is one. The contract of its operations is that of platform/kdb.h; failures are outcomes,
+// and every call may throw std::bad_alloc.
 #pragma once
 
 #include <memory>
@@ -17,16 +18,19 @@ namespace orx::kdb {
 
 enum class OpenMode { read, update, create };
 
-// Reads records in database order, as they were when it was made.
+// Reads records in database order, as they were when it was made; from the first one, unless seek()
+// comes before. It needs its Database no longer.
 class Snapshot {
  public:
   Snapshot(std::shared_ptr<const TreeFile> tree, KeyRanges deleted)
       : reader_(std::move(tree)), deleted_(std::move(deleted)) {}
 
+  // To before the first record whose key is `key` or follows it. A whole pass without it also
+  // checks the number of records.
   [[nodiscard]] Outcome seek(const Key& key) { return reader_.seek(key); }
   // `record` points at 296 bytes, valid until the next call. endOfData behind the last.
   [[nodiscard]] Outcome next(Key& key, const std::uint8_t*& record);
-  // The key of the last record that next() gave.
+  // The key of the last record that next() gave; none before the first.
   [[nodiscard]] const std::optional<Key>& lastKey() const { return lastKey_; }
 
  private:
@@ -35,15 +39,16 @@ class Snapshot {
   std::optional<Key> lastKey_;
 };
 
-// An update scan: a snapshot, and the record that it holds.
+// An update scan: a snapshot, and the record that it holds, the last one that next() gave.
 class Scan {
  public:
   explicit Scan(Snapshot snapshot) : snapshot_(std::move(snapshot)) {}
 
   [[nodiscard]] Outcome seek(const Key& key) { return snapshot_.seek(key); }
+  // As Snapshot::next.
   [[nodiscard]] Outcome next(const std::uint8_t*& record);
   [[nodiscard]] const Key& heldKey() const { return held_; }
-  // The record before the held one, when this scan deleted it.
+  // The key of the record before the held one, when this scan deleted it.
   [[nodiscard]] const std::optional<Key>& deletedBefore() const { return deletedBefore_; }
   void markHeldDeleted() { heldIsDeleted_ = true; }
 
@@ -56,28 +61,35 @@ class Scan {
 
 class Database {
  public:
+  // `database` is set only on success. One that goes without publish() leaves everything as it was.
   static Outcome open(const std::string& name, OpenMode mode, std::unique_ptr<Database>& database);
 
+  // The records as they are now. Once there is a successor, that is copied for it.
   [[nodiscard]] Outcome snapshot(std::unique_ptr<Snapshot>& snapshot);
+  // Before there is a successor, only notes the deletion.
   [[nodiscard]] Outcome deleteHeld(Scan& scan);
+  // `record` is 296 bytes.
   [[nodiscard]] Outcome add(const Key& key, const std::uint8_t* record);
   [[nodiscard]] Outcome update(const Key& key, const std::uint8_t* record);
   [[nodiscard]] Outcome erase(const Key& key);
+  // Copies the first record whose key is `key` or follows it into 296 bytes. endOfData when there
+  // is none.
   [[nodiscard]] Outcome readNext(const Key& key, std::uint8_t* record);
 
-  // Locks what was opened for reading; 3/19 when somebody has.
+  // Locks what was opened for reading as a database open for update is; 3/19 when somebody has.
   [[nodiscard]] Outcome hold() const;
   // The file of a database that was not new.
   [[nodiscard]] int fd() const { return base_->fd(); }
 
-  // Publishes what was changed. The object is of no further use.
+  // Publishes what was changed, if anything was. The object is of no further use.
   [[nodiscard]] Outcome publish();
 
-  // Records kept for GetLastStatus; a storage failure also ends every later change.
+  // To be told every failure of the calls above: it is kept for GetLastStatus, and a storage
+  // failure is what every later call answers, publish() too; only snapshots read on.
   void noteFailure(const Outcome& outcome);
   [[nodiscard]] const Outcome& lastFailure() const { return lastFailure_; }
 
-  // When it was opened.
+  // The number of records when it was opened.
   [[nodiscard]] std::uint64_t entries() const { return base_ == nullptr ? 0 : base_->entries(); }
   [[nodiscard]] const DatabasePaths& paths() const { return paths_; }
 

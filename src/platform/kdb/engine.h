@@ -25,7 +25,8 @@ using Environment = std::unique_ptr<MDB_env, CloseEnvironment>;
 using Transaction = std::unique_ptr<MDB_txn, AbortTransaction>;
 using Cursor = std::unique_ptr<MDB_cursor, CloseCursor>;
 
-// `fd` is the file that was written, looked at when the engine reports an I/O error.
+// 0 is success; a negative number that is not the engine's for "not found", "exists" or "full"
+// means damage. `fd` is the file that was written, looked at when the engine reports an I/O error.
 [[nodiscard]] Outcome outcomeOf(int engineError, int fd);
 
 }  // namespace orx::kdb::engine

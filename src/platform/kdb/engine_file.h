@@ -1,5 +1,8 @@
 // EngineFile: a file of the engine that this process alone writes, in bounded transactions without
 // a sync, so that private memory stays small at any size.
+//
+// Nothing that is written is safe before finish() and a sync of the descriptor. After a storage
+// failure the file is of no more use; an object that goes without finish() loses what is pending.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +18,7 @@ namespace orx::kdb {
 class EngineFile {
  public:
   // `fd` is the file behind `path`, empty. It stays the caller's and outlives the object. 8/20 when
-  // the path leads to another file.
+  // the path leads to another file. `file` is set only on success.
   static Outcome open(const std::string& path, int fd, std::unique_ptr<EngineFile>& file);
 
   EngineFile(const EngineFile&) = delete;
@@ -24,8 +27,8 @@ class EngineFile {
   // Whether `key` lies behind every key that was ever added.
   [[nodiscard]] bool isBehindAll(const Key& key) const { return empty_ || key > lastKey_; }
 
-  // A record is 296 bytes.
-  [[nodiscard]] Outcome append(const Key& key, const std::uint8_t* record);  // of a key behind all
+  // A record is 296 bytes. append() is for a key behind all, insert() for any other.
+  [[nodiscard]] Outcome append(const Key& key, const std::uint8_t* record);
   [[nodiscard]] Outcome insert(const Key& key,
                                const std::uint8_t* record);  // 4/46 when it exists
   [[nodiscard]] Outcome update(const Key& key,
@@ -35,15 +38,18 @@ class EngineFile {
   // Copies the first record whose key is `key` or follows it. endOfData when there is none.
   [[nodiscard]] Outcome readNext(const Key& key, std::uint8_t* record);
 
-  // Calls visit(key, record) for every record in key order, until it fails.
+  // Calls visit(key, record), which returns an Outcome, for every record in key order until it
+  // fails; its failure, or that of the reading. `visit` must not use this object, and the record is
+  // valid only during its call.
   template <typename Visit>
   [[nodiscard]] Outcome forEach(Visit visit);
 
-  // Copies the present state into the empty file `fd`.
+  // Copies the present state into the empty file `fd`, which stays the caller's.
   [[nodiscard]] Outcome copyTo(int fd);
 
   // Writes what is pending, closes the engine and gives the file its full length, so that its size
-  // can be checked exactly when it is opened. Nothing may follow. 8/20 when somebody cut it.
+  // can be checked exactly when it is opened. Syncs nothing. Nothing may follow. 8/20 when somebody
+  // cut it.
   [[nodiscard]] Outcome finish();
 
  private:

@@ -5,7 +5,7 @@
 
 namespace orx::kdb {
 
-// An errno value of a file call. 0 is success.
+// An errno value of a file call. 0 is success; one that nothing is known of is 8/20.
 [[nodiscard]] Outcome outcomeOfErrno(int error);
 
 // True when the file system behind `fd` is full or the file has reached its size limit, within

@@ -1,5 +1,6 @@
 // What a kdbHandle refers to. Slots are never freed: a handle whose object is gone still leads to
-// its slot, whose tag tells.
+// its slot, whose tag tells. One table for the process, without a lock (see kdb.h); a slot itself
+// is touched only by calls with handles to it.
 #pragma once
 
 #include <cstdint>
@@ -27,14 +28,16 @@ using Object = std::variant<std::monostate, std::unique_ptr<Database>, std::uniq
 
 struct Slot {
   std::int16_t tag = 0;
-  Object object;
-  Database* database = nullptr;
+  Object object;                 // monostate: the slot is free
+  Database* database = nullptr;  // that the object is or belongs to
 };
 
 class HandleTable {
  public:
   static HandleTable& instance();
 
+  // Takes the object over, for `database`, which is the object itself where that is a database.
+  // Throws std::bad_alloc.
   kdbHandle enter(Object object, Database* database);
   // Makes every handle to the slot stale; the result is the one that is not.
   static kdbHandle renew(Slot& slot);

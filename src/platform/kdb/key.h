@@ -24,6 +24,7 @@ struct Key {
     return key;
   }
 
+  // From 20 bytes as the engine stores them.
   static Key stored(const std::uint8_t* bytes) {
     Key key;
     std::memcpy(key.bytes.data(), bytes, keySize);

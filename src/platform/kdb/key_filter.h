@@ -26,7 +26,8 @@ namespace orx::kdb {
 
 class KeyFilter {
  public:
-  // Whether the key may have been added before.
+  // Adds the key. False: it was never added before; true: it may have been. The first call throws
+  // std::bad_alloc when there is no memory.
   bool add(const Key& key) {
     if (lines_.empty()) lines_.resize(lineCount);
     std::uint64_t hash = hashOf(key);

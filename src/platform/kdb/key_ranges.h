@@ -1,5 +1,6 @@
 // A set of deleted records of a database, kept as ranges of keys: a scan that deletes everything
-// behind it needs one range at any size.
+// behind it needs one range at any size. Every record of the database between the ends of a range
+// is in the set; records are never taken out of it.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +13,8 @@ namespace orx::kdb {
 
 class KeyRanges {
  public:
-  // `previous` is the record before `key` in database order when that one is in the set, so that
-  // both are in one range.
+  // `key` is not in the set. `previous` is the record right before it in database order, when that
+  // one is in the set: both are in one range then.
   void add(const Key& key, const std::optional<Key>& previous) {
     if (previous.has_value()) {
       auto range = covering(*previous);
@@ -29,7 +30,7 @@ class KeyRanges {
 
   [[nodiscard]] bool contains(const Key& key) const { return lastOfRange(key).has_value(); }
 
-  // The last key of the range that holds `key`.
+  // The last key of the range that holds `key`; none when the set does not hold it.
   [[nodiscard]] std::optional<Key> lastOfRange(const Key& key) const {
     auto range = ranges_.upper_bound(key);
     if (range == ranges_.begin()) return std::nullopt;

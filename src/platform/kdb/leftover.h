@@ -20,12 +20,14 @@ namespace orx::kdb {
 // Discards a successor, and makes a replaced database the previous generation. `databaseFd` is the
 // database, with the mark that it was found with; -1 for none.
 //   3/19 the process of the successor is alive; 4/46 a directory, somebody else's file, or one of
-//   which nobody can tell: it is left alone.
+//   which nobody can tell: it is left alone. 4/46 also when a directory has the name of the
+//   previous generation.
+// To be called with the lock on the database. What is done stays done when a later step fails.
 [[nodiscard]] Outcome settleLeftover(const DatabasePaths& paths, int databaseFd);
 
 // Whether the database and the files beside it let their names be changed by this process: 11/3 for
 // a file that must not be changed (immutable, another user's in a directory that protects those),
-// 3/19 for one that is a mount point.
+// 3/19 for one that is a mount point. Only looks; not every file system tells.
 [[nodiscard]] Outcome checkNamesCanChange(const DatabasePaths& paths);
 
 }  // namespace orx::kdb

@@ -1,4 +1,8 @@
 // The files of a database, and the steps that change which of them carries its name.
+//
+// The functions are called with a lock on every file that they are given, and leave the descriptors
+// open. Each notes in interruption.h that the change is made as soon as it is, so that
+// hasPublished() is right whatever comes back.
 #pragma once
 
 #include <sys/stat.h>
@@ -17,9 +21,9 @@ struct DatabasePaths {
   std::string previous;   // NAME.orx-previous
   std::string directory;
 
-  // `database` must already be resolved.
+  // `database` must already be resolved; nothing is looked at.
   static DatabasePaths of(const std::string& database);
-  // False when the file system has no room for the longest of the names.
+  // False when the longest of the names, without directory, has more than 255 bytes.
   [[nodiscard]] bool namesFit() const;
   // Whether the name of the database itself ends like one of the others. Another database's runs
   // would replace or remove it.
@@ -47,15 +51,18 @@ struct DatabasePaths {
 [[nodiscard]] Outcome publishReplacement(const DatabasePaths& paths, int successorFd,
                                          int databaseFd);
 
-// Publishes the complete successor as a new database of mode `mode`; 4/46 when the name is taken.
+// Publishes the complete successor as a new database of mode `mode`: sync, mode, sync, rename, sync
+// of the directory. 4/46 when the name is taken. A failure leaves it the name NAME.orx-new, and so
+// does a process that dies before the rename; after that it is the database.
 [[nodiscard]] Outcome publishNew(const DatabasePaths& paths, int successorFd, unsigned mode);
 
-// Exchanges the database with its previous generation, which gets the rights of the database.
+// Exchanges the database with its previous generation, which gets the rights of the database, in
+// the same two ways. 3/19 when the names lead to other files by now, 8/42 as above.
 [[nodiscard]] Outcome exchangeGenerations(const DatabasePaths& paths, int databaseFd,
                                           int previousFd);
 
-// Makes the replaced database, which has the name `from`, the previous generation, for good. An
-// errno value.
+// Makes the replaced database, which has the name `from`, the previous generation, in place of the
+// one before, and syncs the directory. 0 or an errno value; it may be called again then.
 [[nodiscard]] int makePrevious(const DatabasePaths& paths, const std::string& from);
 
 }  // namespace orx::kdb

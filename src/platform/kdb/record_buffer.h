@@ -35,7 +35,8 @@ class RecordBuffer {
   // `capacity` is the number of records that fill it, at most mostRecords.
   explicit RecordBuffer(std::size_t capacity = mostRecords) : capacity_(capacity) {}
 
-  // False when the key is there already. The buffer is not full.
+  // `record` is 296 bytes. False, and nothing is added, when the key is there already. Not for a
+  // full buffer. Throws std::bad_alloc.
   [[nodiscard]] bool add(const Key& key, const std::uint8_t* record);
 
   [[nodiscard]] std::size_t count() const { return entries_.size(); }
@@ -43,12 +44,13 @@ class RecordBuffer {
 
   // Brings the records into key order for at(); add() must not follow before clear().
   void sort();
-  // Points at the 316 bytes of key and record.
+  // Points at the 316 bytes of key and record, good until the next add(), clear() or release().
   [[nodiscard]] const std::uint8_t* at(std::size_t index) const;
 
   // Lets the processor fetch what at(index) points at, if there is such an index.
   void prefetch(std::size_t index) const;
 
+  // Keeps its memory.
   void clear();
   // Gives its memory back as well.
   void release();

@@ -23,18 +23,21 @@ struct Run {
 
 inline constexpr std::uint64_t runBlock = 100;
 
-// 8/20 when the file ends before them.
+// `entries` becomes `count` entries of the file from number `first` on. 8/20 when the file ends
+// before them; `entries` is of no use after a failure.
 [[nodiscard]] Outcome readEntries(int fd, std::uint64_t first, std::uint64_t count,
                                   std::vector<std::uint8_t>& entries);
 
 class RunMerge {
  public:
-  // The runs have no key in common. The windows on them share `memory` bytes, but for 16 entries
-  // that each needs. `fd` and `runs` are needed until start() has returned, `fd` until the end.
+  // `memory` bytes are shared by the windows on the runs; each has 16 entries at least, whatever
+  // that makes. `fd`, the file of the runs, stays the caller's, and open until the last next().
   RunMerge(int fd, std::size_t memory) : fd_(fd), memory_(memory) {}
 
+  // To be called once. The runs have no key in common, and none is empty.
   [[nodiscard]] Outcome start(const std::vector<Run>& runs);
-  // `entry` points at 316 bytes that stay valid until the next call. endOfData behind the last.
+  // `entry` points at 316 bytes that stay valid until the next call. endOfData behind the last. A
+  // failure is the end.
   [[nodiscard]] Outcome next(const std::uint8_t*& entry);
 
  private:

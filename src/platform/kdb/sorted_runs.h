@@ -5,7 +5,11 @@
 // runs are merged into one, and in the end all that are left.
 //
 //   SortedRuns::create(directory, runs); runs->add(key, record); ...;
+//   runs->appendSorted(key, record); ...;   // where there are records in order as well
 //   if (runs->startReading().ok()) while (runs->next(key, record).ok()) ...
+//
+// In this order and once; after a failure other than 4/46 nothing but takeFile() may follow.
+// Nothing is left of the file when the object or the process goes.
 //
 // A second thread writes a full buffer while the next one fills, and reads the runs ahead in the
 // end.
@@ -34,23 +38,25 @@ namespace orx::kdb {
 
 class SortedRuns {
  public:
-  // Makes the file in `directory`. An errno value: EOPNOTSUPP, EISDIR or EINVAL where the file
-  // system has no files without a name. `runRecords` records make a run.
+  // Makes the file in `directory`. 0, or an errno value and `runs` as it was: EOPNOTSUPP, EISDIR or
+  // EINVAL where the file system has no files without a name. `runRecords` records make a run.
   [[nodiscard]] static int create(const std::string& directory, std::unique_ptr<SortedRuns>& runs,
                                   std::size_t runRecords = RecordBuffer::mostRecords);
 
-  // `record` is 296 bytes. 4/46 when the key is there already. A failure to write may be told at a
-  // later record than the one that was to be written.
+  // `record` is 296 bytes. 4/46 when the key is there already; adding may go on. A failure to write
+  // may be told at a later record than the one that was to be written.
   [[nodiscard]] Outcome add(const Key& key, const std::uint8_t* record);
 
-  // Takes records in key order, none of which was added before; together they become one run.
+  // Takes records in key order, none of which was added before; together they become one run. No
+  // add() may follow.
   [[nodiscard]] Outcome appendSorted(const Key& key, const std::uint8_t* record);
 
   // Ends the adding.
   [[nodiscard]] Outcome startReading();
   // `record` points at 296 bytes that stay valid until the next call. endOfData behind the last.
   [[nodiscard]] Outcome next(Key& key, const std::uint8_t*& record);
-  // Ends the reading; the file, whose space goes when it is closed.
+  // Ends everything; the file, whose space goes when it is closed. May take as long as the writing
+  // of a buffer.
   [[nodiscard]] UniqueFd takeFile();
 
  private:

@@ -2,8 +2,11 @@
 // database's name to.
 //
 // It is a file of the engine; many records that come out of order wait in sorted runs until they
-// are needed. An unpublished successor is removed when the object goes; one whose process died is
-// discarded by the next.
+// are needed. An unpublished successor is removed when the object goes or a signal ends the run;
+// one whose process died otherwise is discarded by the next.
+//
+// Order of calls: create(); changes and look-ups; finish(); then whoever publishes the file (it is
+// not synced yet) calls keep(). After a storage failure nothing of that may follow.
 #pragma once
 
 #include <sys/stat.h>
@@ -25,14 +28,15 @@ namespace orx::kdb {
 class Successor {
  public:
   // Creates NAME.orx-new with mode 0600 and the mark, empty, and locks it. 3/19 when another
-  // process writes it.
+  // process writes it; else as settleLeftover. `successor` is set only on success.
   static Outcome create(const DatabasePaths& paths, std::unique_ptr<Successor>& successor);
 
   Successor(const Successor&) = delete;
   Successor& operator=(const Successor&) = delete;
   ~Successor();
 
-  // `record` is 296 bytes. Ascending keys are appended, which is several times as fast.
+  // `record` is 296 bytes. Ascending keys are appended, which is several times as fast. Where
+  // records wait in runs, any other of these calls first merges them into the file, once.
   [[nodiscard]] Outcome add(const Key& key, const std::uint8_t* record);  // 4/46 when it exists
   [[nodiscard]] Outcome update(const Key& key,
                                const std::uint8_t* record);  // 5/28 when it does not

@@ -4,6 +4,8 @@
 // assertion or a signal, and so does a file that shrinks while it is mapped. Reading therefore
 // goes through pread, page by page, and every page is checked before anything in it is believed.
 // The engine itself only ever sees successors that this process has written.
+//
+// What an object knows was read when it was opened and does not change; for any number of threads.
 #pragma once
 
 #include <cstdint>
@@ -17,8 +19,9 @@ namespace orx::kdb {
 
 class TreeFile {
  public:
-  // Takes over `fd`. 8/17 when it is no database file, is damaged in its head or shorter than it
-  // says; 8/20 when it cannot be read.
+  // Takes over `fd`, also on failure; `tree` is set only on success. 8/17 when it is no database
+  // file, is damaged in its head or shorter than it says; 8/20 when it cannot be read. A lock on
+  // the file lives as long as the object.
   static Outcome open(UniqueFd fd, std::shared_ptr<const TreeFile>& tree);
 
   // Whether the file begins like a database file, whatever its state.
@@ -26,12 +29,13 @@ class TreeFile {
 
   [[nodiscard]] int fd() const { return fd_.get(); }
   [[nodiscard]] std::size_t pageSize() const { return pageSize_; }
-  [[nodiscard]] std::uint64_t lastPage() const { return lastPage_; }
-  [[nodiscard]] std::uint64_t root() const { return root_; }
-  [[nodiscard]] std::size_t depth() const { return depth_; }  // 0 for an empty database
+  [[nodiscard]] std::uint64_t lastPage() const { return lastPage_; }  // highest number of a page
+  [[nodiscard]] std::uint64_t root() const { return root_; }          // not checked yet
+  [[nodiscard]] std::size_t depth() const { return depth_; }          // 0 for an empty database
   [[nodiscard]] std::uint64_t entries() const { return entries_; }
 
-  // Reads `pages.size()` / pageSize() pages from number `first` on.
+  // Fills `pages` from the start of page number `first` on; nothing in them is checked. 8/17 when
+  // the file ends before that.
   [[nodiscard]] Outcome read(std::uint64_t first, std::span<std::uint8_t> pages) const;
 
  private:

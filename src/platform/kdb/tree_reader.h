@@ -1,4 +1,10 @@
-// TreeReader: the records of a TreeFile in key order.
+// TreeReader: the records of a TreeFile in database order, every page checked before anything in it
+// is believed. 8/17 for a damaged one, 8/20 for one that cannot be read. A failure is final: next()
+// repeats it, whatever is sought.
+//
+// It stands before the first record at its beginning. A pass from there, or from seekFirst(), to
+// the end without a seek() also checks the number of records. Memory for a few pages and up to 64
+// leaves that are read ahead.
 #pragma once
 
 #include <cstdint>
@@ -11,13 +17,12 @@
 
 namespace orx::kdb {
 
-// Walks the records of a TreeFile in database order. A failure is final: the reader then repeats
-// it.
 class TreeReader {
  public:
   explicit TreeReader(std::shared_ptr<const TreeFile> tree);
 
-  // Places the reader before the first record, or before the first whose key is `key` or follows.
+  // Places the reader before the first record, or before the first whose key is `key` or follows;
+  // behind the last when there is none.
   [[nodiscard]] Outcome seekFirst();
   [[nodiscard]] Outcome seek(const Key& key);
 
