@@ -30,7 +30,7 @@ void addUnusable(HintList& hints) {
             "orxrestore -i BACKUP -o DATABASE");
 }
 
-// The same run with the directory of `database` as the current one.
+// The same run, its options with it, with the directory of `database` as the current one.
 std::string commandThere(const RestoreSettings& settings, const std::filesystem::path& database) {
   std::string command = "orxrestore";
   if (settings.mode != modeUseCount) {
@@ -39,7 +39,10 @@ std::string commandThere(const RestoreSettings& settings, const std::filesystem:
     command += " -i " + shellWord(backup.lexically_normal());
   }
   command += settings.mode == modeUseCount ? " -u " : settings.mode == modeMerge ? " -m " : " -o ";
-  return command + shellWord(database.filename());
+  command += shellWord(database.filename());
+  if (settings.prototypesOnly != 0) command += " -p";
+  if (settings.verbose != 0) command += " -v";
+  return command;
 }
 
 void addPathInName(const RestoreSettings& settings, HintList& hints) {
