@@ -1,6 +1,6 @@
-// Files as owned descriptors. Every call that touches a file in this system's own code goes
-// through here; calls interrupted by a signal are repeated. Failures come back as errno values
-// (0 is success).
+// Files as owned descriptors. Every call of this system's own code that opens, reads, writes,
+// renames or removes a file goes through here; looks at one (stat) stand where they are needed.
+// Calls interrupted by a signal are repeated. Failures come back as errno values (0 is success).
 #pragma once
 
 #include <sys/stat.h>
@@ -31,6 +31,8 @@ class UniqueFd {
   [[nodiscard]] int get() const { return fd_; }
   [[nodiscard]] bool valid() const { return fd_ >= 0; }
   void reset();
+  // The descriptor, which the caller closes from now on.
+  [[nodiscard]] int release() { return std::exchange(fd_, -1); }
 
  private:
   int fd_ = -1;

@@ -18,6 +18,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/file.h"
 #include "records/file_state.h"
 
 namespace orx {
@@ -47,7 +48,7 @@ class BackupReader {
   // when it cannot be opened or is a directory: errorNumber() tells why.
   [[nodiscard]] bool open(const char* path);
   void close();
-  [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
+  [[nodiscard]] bool isOpen() const { return file_.valid(); }
   // Whether reading never has to wait for somebody who writes.
   [[nodiscard]] bool isRegularFile() const;
   // Whether somebody has written to the file that is open since it was opened: what was read may be
@@ -70,9 +71,8 @@ class BackupReader {
   std::size_t pieceLength();
   void fill();
   void countLine(std::string_view piece);
-  [[nodiscard]] bool openDescriptor(const char* path);
 
-  int descriptor_ = -1;
+  UniqueFd file_;
   int errorNumber_ = 0;
   std::optional<FileState> opened_;  // the file when it was opened
   bool ended_ = false;               // no more bytes come from the file
