@@ -27,13 +27,6 @@ int whyUnreadable(int descriptor) {
   return S_ISDIR(status.st_mode) ? EISDIR : 0;
 }
 
-std::string_view withoutLineEnd(std::string_view piece) {
-  if (!piece.ends_with('\n') || piece.find('\0') != std::string_view::npos) return piece;
-  piece.remove_suffix(1);
-  if (piece.ends_with('\r')) piece.remove_suffix(1);
-  return piece;
-}
-
 }  // namespace
 
 BackupReader::~BackupReader() {
@@ -103,7 +96,7 @@ ReadOutcome BackupReader::nextText(std::string_view& text) {
   }
   begin_ += length;
   countLine(piece);
-  text = withoutLineEnd(piece);
+  text = restoredText(piece);
   return ReadOutcome::line;
 }
 

@@ -11,7 +11,6 @@
 // system call. Once the input has ended or failed, every further call says so again.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -19,21 +18,12 @@
 #include <vector>
 
 #include "platform/file.h"
-#include "records/file_state.h"
+#include "platform/file_state.h"
+#include "records/backup_line.h"
 
 namespace orx {
 
 class CMDatabaseBackupRecord;
-
-// A line as read, line end removed, in an area that is zero behind it.
-struct BackupLine {
-  static constexpr std::size_t longest = 444;
-
-  std::array<char, longest + 1> chars{};
-
-  // Up to the first zero byte; lives as long as the line.
-  [[nodiscard]] std::string_view text() const { return chars.data(); }
-};
 
 enum class [[nodiscard]] ReadOutcome : std::int32_t{line, end, error};
 
