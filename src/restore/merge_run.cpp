@@ -26,7 +26,7 @@ std::uint32_t listNumber(const CMConfigHandle& object) {
 }  // namespace
 
 MergeRun::MergeRun(MergeObserver& observer, ObjectOrder order)
-    : observer_(observer), order_(order) {
+    : observer_(observer), order_(order), lists_(observer) {
   ORX_TRACE("MergeRun::MergeRun");
   tables_.mergeTypes = mergedTypes;
 }

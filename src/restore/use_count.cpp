@@ -2,6 +2,7 @@
 // to one, and writes every model again with what refers to it now. Nothing but models is changed.
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 
 #include "messages/trace_unit.h"
 #include "model/attribute_set.h"
@@ -18,7 +19,7 @@
 #include "restore/reference_index.h"
 #include "restore/restore_settings.h"
 #include "restore/use_count_types.h"
-#include "restore/verbose_object.h"
+#include "restore/verbose_use_count.h"
 
 namespace orx {
 
@@ -31,9 +32,15 @@ std::int32_t identifierOf(const CMConfigHandle& handle) {
   return static_cast<std::int32_t>(handle);
 }
 
+std::unique_ptr<UseCountObserver> observerFor(const RestoreSettings& settings) {
+  if (settings.verbose != 0) return std::make_unique<VerboseUseCount>();
+  return std::make_unique<UseCountObserver>();
+}
+
 class UseCountRebuild {
  public:
-  explicit UseCountRebuild(const RestoreSettings& settings) : settings_(settings) {}
+  explicit UseCountRebuild(const RestoreSettings& settings)
+      : settings_(settings), observer_(observerFor(settings)) {}
 
   [[nodiscard]] int run() {
     (void)std::printf("start to rebuild the use count for DB %s\n", settings_.databaseName.c_str());
@@ -94,17 +101,15 @@ class UseCountRebuild {
   [[nodiscard]] bool takeModel(RecordList& list) {
     model_.attributeText.clear();
     const int taken = myGetNextAndDestroy(list, model_);
-    if (settings_.verbose != 0) {
-      (void)std::printf("model handler: %d\n", identifierOf(model_.data.objectHandle()));
-    }
+    observer_->takenModel(model_.data.objectHandle());
     return taken != 0;
   }
 
   [[nodiscard]] bool rebuildModel(ReferenceIndex& references) {
     attributes_ = CMAttributeSet(model_.attributeText.c_str(), 1);
-    rebuildUsage(attributes_, model_.data.objectBytes(), references);
+    rebuildUsage(attributes_, model_.data.objectBytes(), references, *observer_);
     const std::string text = chainText(attributes_);
-    if (settings_.verbose != 0) printObject(model_.data, text);
+    observer_->rebuiltModel(model_.data, text);
     runProgress().countRecord();
     const std::int32_t code = rewriteChain(database_.handle(), model_.data, text, ownRecords());
     if (code != 0) database_.report(code, "*Error: update the model records");
@@ -124,10 +129,11 @@ class UseCountRebuild {
   }
 
   const RestoreSettings& settings_;
+  std::unique_ptr<UseCountObserver> observer_;
   DatabaseSession database_;
   kdb::kdbHandle cursor_;
-  RecordLists references_;
-  RecordLists models_;
+  RecordLists references_{*observer_};
+  RecordLists models_{*observer_};
   std::uint64_t modelCount_ = 0;  // how many will be rebuilt
   BigDataRecord model_;
   CMAttributeSet attributes_;
