@@ -1,6 +1,5 @@
 #include "restore/chain_writer.h"
 
-#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -22,10 +21,6 @@ std::int32_t storeRecord(kdb::kdbHandle database, const DataBuffer& record) {
   return kdb::AddRecord(database, record.data(), keyLength, record.data(), recordLength);
 }
 
-bool haveEqualHandles(const DataBuffer& a, const DataBuffer& b) {
-  return std::memcmp(a.data(), b.data(), data_layout::recn) == 0;
-}
-
 bool belongs(const DataBuffer& record, ChainRecords records) {
   return records == ChainRecords::all || record.auxValue2() == 0;
 }
@@ -40,7 +35,7 @@ std::int32_t deleteRest(kdb::kdbHandle database, const DataBuffer& head, std::si
     std::int32_t code =
         kdb::ReadNextByKey(database, record.data(), keyLength, record.data(), recordLength, length);
     if (code != 0) return code == notThere ? 0 : code;
-    if (!haveEqualHandles(record, head)) return 0;
+    if (!record.isOfSameObject(head)) return 0;
     if (belongs(record, records)) code = kdb::DeleteByKey(database, record.data(), keyLength);
     if (code != 0) return code;
   } while (kdb::advanceKey(record.data()));

@@ -59,10 +59,11 @@ void MergeRun::mergeSystemRecord() {
   fillQueue();
 }
 
-// It has the lowest key of all, and is never added as an object.
+// The backup's first object, when its object handle is null; `auxValue2` does not count here. It is
+// never added as an object.
 bool MergeRun::takeAlienSystemRecord() {
   RecordList& first = lists_[0];
-  if (first.isEmpty() || !first.at(0).data.objectHandle().isNull()) return false;
+  if (first.isEmpty() || !first.at(0).data.hasNullObject()) return false;
   big_.attributeText.clear();
   return myGetNextAndDestroy(first, big_) != 0;
 }

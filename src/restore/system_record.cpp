@@ -12,7 +12,7 @@ namespace orx {
 
 bool SystemRecord::takeRecord(const DataBuffer& record) {
   ORX_TRACE("SystemRecord::takeRecord");
-  if (record.auxValue2() != 0 || !record.objectHandle().isNull()) return trace.exit(false);
+  if (!holds(record)) return trace.exit(false);
   text_ += record.text();
   return trace.exit(true);
 }

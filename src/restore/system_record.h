@@ -1,6 +1,8 @@
 // SystemRecord: the system record of a configuration database, as a merge reads and changes it.
 //
-// It is the chain of records whose handles are both null. Two attributes of its text matter here:
+// It is made of the records whose object handle is null and whose `auxValue2` is 0, whatever their
+// parent is; it is written as a chain whose handles are both null. Two attributes of its text
+// matter here:
 //   1  the system parameters, one value (model/sym_parm_set.h)
 //   9  the identifier counters: value i is the next identifier of handle type handlerTypes[i]
 // All others stay as they are. Nothing here writes to a database.
@@ -20,6 +22,11 @@ class SystemRecord {
  public:
   static constexpr int parametersKey = CMSymParmSet::attributeKey;
   static constexpr int countersKey = 9;
+
+  // Whether `record` is one of the system record.
+  [[nodiscard]] static bool holds(const DataBuffer& record) {
+    return record.auxValue2() == 0 && record.hasNullObject();
+  }
 
   // Takes a record of the database; those of the system record add to its text. To be called in
   // database order. Whether it was one of the system record.

@@ -28,8 +28,9 @@ namespace {
 constexpr auto endOfRecords = static_cast<std::int32_t>(kdb::Code::notThere);
 constexpr auto recordLength = static_cast<std::int32_t>(data_layout::recordSize);
 
-std::int32_t identifierOf(const CMConfigHandle& handle) {
-  return static_cast<std::int32_t>(handle);
+// The list of a model and of what refers to it.
+std::uint32_t listNumber(const CMConfigHandle& model) {
+  return static_cast<std::uint32_t>(static_cast<std::int32_t>(model));
 }
 
 std::unique_ptr<UseCountObserver> observerFor(const RestoreSettings& settings) {
@@ -79,12 +80,10 @@ class UseCountRebuild {
 
   // A model that refers to another one is kept twice.
   void keep(const DataBuffer& record) {
-    if (!takesPartInUseCount(record.recType())) return;
-    const auto model = static_cast<std::uint32_t>(identifierOf(record.modelHandle()));
-    if (model != 0 && record.recn() == 0) references_.append(model, record);
-    if (!isModel(record.recType())) return;
+    if (isCountedReference(record)) references_.append(listNumber(record.modelHandle()), record);
+    if (!isCountedModel(record.recType())) return;
     if (record.recn() == 0) ++modelCount_;
-    models_.append(static_cast<std::uint32_t>(identifierOf(record.objectHandle())), record);
+    models_.append(listNumber(record.objectHandle()), record);
   }
 
   [[nodiscard]] bool rebuildModels() {

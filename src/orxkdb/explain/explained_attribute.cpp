@@ -13,8 +13,8 @@ namespace orx::orxkdb {
 ExplainedAttribute::ExplainedAttribute(const ScannedAttribute& scanned, const DataBuffer& head)
     : scanned_(scanned),
       attribute_(scanned.text, 1),
-      isOfSystem_(head.objectHandle().isNull()),
-      isOfModel_(takesPartInUseCount(head.recType()) && isModel(head.recType())) {}
+      isOfSystem_(head.hasNullObject()),
+      isOfModel_(isCountedModel(head.recType())) {}
 
 // Empty for an attribute whose meaning only the objects' own programs know.
 const char* ExplainedAttribute::name() const {
