@@ -9,8 +9,8 @@
 #include "platform/trace.h"
 #include "records/backup_record.h"
 #include "restore/chain_writer.h"
+#include "restore/handle_attributes.h"
 #include "restore/merge_types.h"
-#include "restore/renumber.h"
 
 namespace orx {
 

@@ -4,18 +4,17 @@
 #include <utility>
 
 #include "messages/trace_unit.h"
+#include "restore/known_attributes.h"
 
 namespace orx {
 
 namespace {
 
-constexpr int useCountId = 17;
-constexpr int signaturesId = 84;
-constexpr int group = 0;
+constexpr int group = 0;  // of both
 
 std::unique_ptr<CMAttribute> takeSignatures(const HandleBytes& model, ReferenceIndex& references,
                                             UseCountObserver& observer) {
-  auto signatures = std::make_unique<CMAttribute>(short{signaturesId}, short{group});
+  auto signatures = std::make_unique<CMAttribute>(short{known_attribute::signatures}, short{group});
   references.take(model, [&](const CMConfigHandle& object) {
     observer.foundReference(object);
     signatures->setValue(object.exportText().view());
@@ -24,7 +23,7 @@ std::unique_ptr<CMAttribute> takeSignatures(const HandleBytes& model, ReferenceI
 }
 
 void removeSignatures(CMAttributeSet& attributes) {
-  const CMAttribute* old = attributes.findAttrKey(signaturesId, group);
+  const CMAttribute* old = attributes.findAttrKey(known_attribute::signatures, group);
   if (old != nullptr) attributes.removeAndDestroy(old);
 }
 
@@ -39,7 +38,7 @@ void rebuildUsage(CMAttributeSet& attributes, const HandleBytes& model, Referenc
                   UseCountObserver& observer) {
   ORX_TRACE("rebuildUsage");
   std::unique_ptr<CMAttribute> signatures = takeSignatures(model, references, observer);
-  CMAttribute* useCount = attributes.findAttrKey(useCountId, group);
+  CMAttribute* useCount = attributes.findAttrKey(known_attribute::useCount, group);
   if (useCount == nullptr) return;
   removeSignatures(attributes);
   observer.changedUsage(*useCount, *signatures);

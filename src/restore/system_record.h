@@ -20,9 +20,6 @@ namespace orx {
 
 class SystemRecord {
  public:
-  static constexpr int parametersKey = CMSymParmSet::attributeKey;
-  static constexpr int countersKey = 9;
-
   // Whether `record` is one of the system record.
   [[nodiscard]] static bool holds(const DataBuffer& record) {
     return record.auxValue2() == 0 && record.hasNullObject();

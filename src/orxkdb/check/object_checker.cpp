@@ -4,9 +4,11 @@
 #include <cstring>
 
 #include "model/attribute_set.h"
+#include "orxkdb/attribute_label.h"
 #include "orxkdb/check/quote.h"
 #include "orxkdb/check/system_check.h"
-#include "orxkdb/known_attributes.h"
+#include "restore/handle_attributes.h"
+#include "restore/known_attributes.h"
 #include "restore/system_record.h"
 #include "restore/use_count_types.h"
 
@@ -205,7 +207,7 @@ void ObjectChecker::note(const ScannedAttribute& attribute, std::uint32_t source
       noted.hasSignatures = true;
       break;
     default:
-      if (holdsHandles(attribute.key)) addHandles(attribute, source);
+      if (isHandleAttribute(attribute.key)) addHandles(attribute, source);
   }
 }
 
