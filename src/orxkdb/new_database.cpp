@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include "records/record_calls.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {
@@ -23,10 +24,8 @@ Result openNew(const std::string& name, kdb::kdbHandle& database) {
                 "bring it back with \"mv " + shellWord(previous) + " " + shellWord(name) +
                     "\", or move it away first");
   }
-  kdb::kdbStatus status;
-  const std::int32_t code = kdb::kdbOpen(name.c_str(), static_cast<std::int32_t>(name.size()),
-                                         kdb::openAsNew, database, status);
-  return code == 0 ? Result() : createFailure(name, status);
+  const kdb::kdbStatus status = openDatabase(name, kdb::openAsNew, database);
+  return status.returnCode == 0 ? Result() : createFailure(name, status);
 }
 
 }  // namespace orx::orxkdb

@@ -5,6 +5,7 @@
 
 #include "messages/error_msg.h"
 #include "messages/trace_unit.h"
+#include "records/record_calls.h"
 #include "restore/run_report.h"
 
 namespace orx {
@@ -26,9 +27,7 @@ DatabaseSession::~DatabaseSession() {
 
 bool DatabaseSession::open(const std::string& name) {
   ORX_TRACE("DatabaseSession::open");
-  kdb::kdbStatus status;
-  status.returnCode = kdb::kdbOpen(name.c_str(), static_cast<std::int32_t>(name.size()),
-                                   kdb::openForUpdate, handle_, status);
+  const kdb::kdbStatus status = openDatabase(name, kdb::openForUpdate, handle_);
   if (status.returnCode == 0) return trace.exit(true);
   ErrorText text{};
   (void)std::snprintf(text.data(), text.size(), "*Error: Unable to open key1 database %s",

@@ -9,6 +9,7 @@
 #include "platform/run_progress.h"
 #include "platform/trace.h"
 #include "records/backup_reader.h"
+#include "records/record_calls.h"
 #include "restore/add_failures.h"
 #include "restore/chain_writer.h"
 #include "restore/database_session.h"
@@ -104,18 +105,12 @@ class MergeRestore {
   // False after a storage failure, which every further call would only repeat. Any other failure
   // concerns one record alone.
   [[nodiscard]] bool takeRecord(const DataBuffer& record, std::size_t list) {
-    const kdb::kdbStatus outcome = database_.statusOf(addRecord(record));
+    const kdb::kdbStatus outcome = database_.statusOf(addRecord(database_.handle(), record));
     const bool storageWorks = !kdb::isStorageFailure(static_cast<kdb::Code>(outcome.returnCode));
     failures_.count(list, outcome);
     if (outcome.returnCode == 0) countAdded();
     if (settings_.verbose != 0) reportFailures();
     return storageWorks;
-  }
-
-  [[nodiscard]] std::int32_t addRecord(const DataBuffer& record) {
-    return kdb::AddRecord(database_.handle(), record.data(),
-                          static_cast<std::int32_t>(kdb::keySize), record.data(),
-                          static_cast<std::int32_t>(kdb::recordSize));
   }
 
   void countAdded() {

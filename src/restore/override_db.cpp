@@ -9,6 +9,7 @@
 #include "platform/run_progress.h"
 #include "records/backup_stream.h"
 #include "records/data_buffer.h"
+#include "records/record_calls.h"
 #include "restore/database_session.h"
 #include "restore/exit_codes.h"
 #include "restore/operations.h"
@@ -20,10 +21,6 @@
 namespace orx {
 
 namespace {
-
-constexpr auto endOfRecords = static_cast<std::int32_t>(kdb::Code::notThere);
-constexpr auto recordLength = static_cast<std::int32_t>(data_layout::recordSize);
-constexpr auto keyLength = static_cast<std::int32_t>(data_layout::keySize);
 
 class ReplaceRestore {
  public:
@@ -54,7 +51,7 @@ class ReplaceRestore {
     std::int32_t code = startScan();
     printMessage("IDS_MAIN_THIRD", settings_.databaseName);
     while (code == 0) code = deleteNext();
-    if (code != endOfRecords) {
+    if (!isEndOfRecords(code)) {
       printMessage("IDS_MAIN_SIXTH", code);
       return false;
     }
@@ -63,20 +60,16 @@ class ReplaceRestore {
   }
 
   std::int32_t startScan() {
-    record_.clear();
-    const std::int32_t code =
-        kdb::StartUpdate(database_.handle(), record_.data(), keyLength, scan_);
+    const std::int32_t code = startUpdate(database_.handle(), scan_);
     if (code != 0) database_.report(code, "*Error: in StartUpdate");
     return code;
   }
 
   std::int32_t deleteNext() {
-    std::int32_t length = 0;
     kdb::kdbHandle held;
-    std::int32_t code =
-        kdb::ReadNextForUpdate(scan_, 0, record_.data(), recordLength, length, held);
+    std::int32_t code = readNextForUpdate(scan_, record_, held);
     if (code != 0) {
-      if (code != endOfRecords) database_.report(code, "*Error: Error on ReadNextForUpdate");
+      if (!isEndOfRecords(code)) database_.report(code, "*Error: Error on ReadNextForUpdate");
       return code;
     }
     code = kdb::DeleteHeldRecord(held);
@@ -99,7 +92,7 @@ class ReplaceRestore {
     ReadOutcome read = backup_.next(record_);
     for (; read == ReadOutcome::line; read = backup_.next(record_)) {
       if (settings_.prototypesOnly != 0 && !belongsToPrototypes(record_)) continue;
-      if (!addRecord()) return exitFailed;
+      if (!takeRecord()) return exitFailed;
     }
     if (read == ReadOutcome::end) return exitSuccess;
     reportBackupReadError();
@@ -107,9 +100,8 @@ class ReplaceRestore {
     return exitFailed;
   }
 
-  [[nodiscard]] bool addRecord() {
-    const std::int32_t code =
-        kdb::AddRecord(database_.handle(), record_.data(), keyLength, record_.data(), recordLength);
+  [[nodiscard]] bool takeRecord() {
+    const std::int32_t code = addRecord(database_.handle(), record_);
     if (code != 0) {
       reportAddFailure(database_, database_.statusOf(code), addedCount_ + 1);
       return false;

@@ -10,6 +10,7 @@
 #include "platform/kdb_statistics.h"
 #include "platform/run_progress.h"
 #include "records/data_buffer.h"
+#include "records/record_calls.h"
 #include "restore/chain_writer.h"
 #include "restore/database_session.h"
 #include "restore/exit_codes.h"
@@ -24,9 +25,6 @@
 namespace orx {
 
 namespace {
-
-constexpr auto endOfRecords = static_cast<std::int32_t>(kdb::Code::notThere);
-constexpr auto recordLength = static_cast<std::int32_t>(data_layout::recordSize);
 
 // The list of a model and of what refers to it.
 std::uint32_t listNumber(const CMConfigHandle& model) {
@@ -46,7 +44,7 @@ class UseCountRebuild {
   [[nodiscard]] int run() {
     (void)std::printf("start to rebuild the use count for DB %s\n", settings_.databaseName.c_str());
     if (!database_.open(settings_.databaseName)) return exitDatabaseNotOpened;
-    if (!openCursor()) return finish(exitDatabaseNotOpened);
+    if (!openRecords()) return finish(exitDatabaseNotOpened);
     if (!readRecords()) return finish(exitFailed);
     sortLists(references_);
     sortLists(models_);
@@ -54,8 +52,8 @@ class UseCountRebuild {
   }
 
  private:
-  [[nodiscard]] bool openCursor() {
-    const std::int32_t code = kdb::OpenCursor(database_.handle(), nullptr, 0, cursor_);
+  [[nodiscard]] bool openRecords() {
+    const std::int32_t code = openCursor(database_.handle(), cursor_);
     if (code != 0) database_.report(code, "*Error: Unable to open key1 cursor");
     return code == 0;
   }
@@ -63,19 +61,14 @@ class UseCountRebuild {
   [[nodiscard]] bool readRecords() {
     runProgress().enter("reading", kdb::recordsWhenOpened(database_.handle()));
     DataBuffer record;
-    std::int32_t code = readNext(record);
-    for (; code == 0; code = readNext(record)) {
+    std::int32_t code = readNextRecord(cursor_, record);
+    for (; code == 0; code = readNextRecord(cursor_, record)) {
       keep(record);
       runProgress().countRecord();
     }
-    if (code == endOfRecords) return true;
+    if (isEndOfRecords(code)) return true;
     database_.report(code, "*Error: in read records error");
     return false;
-  }
-
-  [[nodiscard]] std::int32_t readNext(DataBuffer& record) {
-    std::int32_t length = 0;
-    return kdb::ReadNextFromCursor(cursor_, 0, record.data(), recordLength, length);
   }
 
   // A model that refers to another one is kept twice.
