@@ -10,13 +10,14 @@
 #include "records/backup_stream.h"
 #include "records/data_buffer.h"
 #include "records/record_calls.h"
+#include "restore/counted_records.h"
 #include "restore/database_session.h"
+#include "restore/error_lines.h"
 #include "restore/exit_codes.h"
 #include "restore/operations.h"
 #include "restore/prototype_filter.h"
 #include "restore/restore_settings.h"
 #include "restore/run_report.h"
-#include "restore/step_progress.h"
 
 namespace orx {
 
@@ -25,7 +26,9 @@ namespace {
 class ReplaceRestore {
  public:
   explicit ReplaceRestore(const RestoreSettings& settings)
-      : settings_(settings), progress_(settings.verbose != 0) {}
+      : settings_(settings),
+        deletedCount_("IDS_MAIN_FOURTH", settings.verbose != 0),
+        addedCount_("IDS_MAIN_SEVENTH", settings.verbose != 0) {}
 
   [[nodiscard]] int run() {
     if (!openBackup()) return exitBackupNotOpened;
@@ -33,7 +36,7 @@ class ReplaceRestore {
     backup_.start();
     if (!deletePhase()) return finish(exitFailed);
     const int result = finish(addPhase());
-    if (result == exitSuccess) printMessage("IDS_MAIN_EIGHTH", addedCount_);
+    if (result == exitSuccess) printMessage("IDS_MAIN_EIGHTH", addedCount_.value());
     return result;
   }
 
@@ -55,7 +58,7 @@ class ReplaceRestore {
       printMessage("IDS_MAIN_SIXTH", code);
       return false;
     }
-    printMessage("IDS_MAIN_FIFTH", deletedCount_);
+    printMessage("IDS_MAIN_FIFTH", deletedCount_.value());
     return true;
   }
 
@@ -77,17 +80,11 @@ class ReplaceRestore {
       database_.report(code, "*Error: Error on DeleteHeldRecord");
       return code;
     }
-    ++deletedCount_;
-    runProgress().countRecord();
-    if (progress_.step()) {
-      printMessage("IDS_MAIN_FOURTH", deletedCount_);
-      (void)kdb::Checkpoint(database_.handle());
-    }
+    deletedCount_.countOne(database_.handle());
     return 0;
   }
 
   [[nodiscard]] ExitCode addPhase() {
-    progress_.restart();
     runProgress().enterFile("adding", settings_.backupFileName);
     ReadOutcome read = backup_.next(record_);
     for (; read == ReadOutcome::line; read = backup_.next(record_)) {
@@ -103,15 +100,10 @@ class ReplaceRestore {
   [[nodiscard]] bool takeRecord() {
     const std::int32_t code = addRecord(database_.handle(), record_);
     if (code != 0) {
-      reportAddFailure(database_, database_.statusOf(code), addedCount_ + 1);
+      database_.reportAddFailure(database_.statusOf(code), addedCount_.value() + 1);
       return false;
     }
-    ++addedCount_;
-    runProgress().countRecord();
-    if (progress_.step()) {
-      printMessage("IDS_MAIN_SEVENTH", addedCount_);
-      (void)kdb::Checkpoint(database_.handle());
-    }
+    addedCount_.countOne(database_.handle());
     return true;
   }
 
@@ -120,8 +112,8 @@ class ReplaceRestore {
     const bool isClosed = database_.close();
     runReport().backupChanged = backup_.hasChanged();
     backup_.close();
-    runReport().deletedCount = deletedCount_;
-    runReport().addedCount = addedCount_;
+    runReport().deletedCount = deletedCount_.value();
+    runReport().addedCount = addedCount_.value();
     return isClosed ? result : exitFailed;
   }
 
@@ -130,9 +122,8 @@ class ReplaceRestore {
   DatabaseSession database_;
   kdb::kdbHandle scan_;
   DataBuffer record_;
-  StepProgress progress_;
-  std::int32_t deletedCount_ = 0;
-  std::int32_t addedCount_ = 0;
+  CountedRecords deletedCount_;
+  CountedRecords addedCount_;
 };
 
 }  // namespace
