@@ -3,17 +3,11 @@
 
 #include "driver/hint_list.h"
 #include "driver/run_outcome.h"
-#include "platform/kdb.h"
 
 namespace orx {
 
-struct FailureMeaning {
-  kdb::Reason reason;
-  HintTemplate what;
-  HintTemplate next;
-};
-
-// The meaning of the failure in the report of `outcome`. Looks at the files that it names.
-[[nodiscard]] const FailureMeaning& meaningOfFailure(const RunOutcome& outcome);
+// Adds the meaning of the failure in the report of `outcome`, and what to do next. Looks at the
+// files that it names.
+void addFailureMeaning(const RunOutcome& outcome, HintList& hints);
 
 }  // namespace orx

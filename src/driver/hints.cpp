@@ -11,7 +11,6 @@
 #include "driver/obstacle_hint.h"
 #include "messages/message_print.h"
 #include "platform/interruption.h"
-#include "platform/kdb.h"
 #include "platform/kdb_obstacle.h"
 #include "restore/exit_codes.h"
 #include "terminal/color.h"
@@ -62,26 +61,11 @@ void addPathInName(const RestoreSettings& settings, HintList& hints) {
   }
 }
 
-void addMeaning(const RunOutcome& outcome, HintList& hints) {
-  const FailureMeaning& meaning = meaningOfFailure(outcome);
-  hints.add(meaning.what, meaning.next);
-}
-
-// The file that kept the database from being opened for a change explains more than the failure,
-// where it is not the database.
-void addUnopenedDatabase(const RunOutcome& outcome, HintList& hints) {
-  const auto reason = static_cast<kdb::Reason>(outcome.report.failure.reason);
-  const bool mayBeObstacle = reason == kdb::Reason::unique || reason == kdb::Reason::authority ||
-                             reason == kdb::Reason::inUse;
-  if (mayBeObstacle && addObstacle(kdb::obstacleOf(outcome.settings.databaseName), hints)) return;
-  addMeaning(outcome, hints);
-}
-
 void addFailure(const RunOutcome& outcome, HintList& hints) {
   if (outcome.report.failure.returnCode == 0) return;
   if (outcome.published) hints.addUndo("{DB} has what the run did before it failed");
   if (!addWrongBackup(outcome.settings, hints)) {
-    addMeaning(outcome, hints);
+    addFailureMeaning(outcome, hints);
     if (!outcome.published) hints.append("; the database is unchanged");
   }
   if (outcome.report.backupChanged) addChangedBackup(hints);
@@ -142,7 +126,7 @@ std::vector<Hint> hintsFor(const RunOutcome& outcome) {
       addUnopenedBackup(outcome, hints);
       break;
     case exitDatabaseNotOpened:
-      addUnopenedDatabase(outcome, hints);
+      addFailureMeaning(outcome, hints);
       break;
     case exitFailed:
       addFailure(outcome, hints);

@@ -39,7 +39,7 @@ class LoadedDatabase {
 
   Result publish() {
     kdb::kdbStatus status;
-    return kdb::CloseDatabase(handle_, status) == 0 ? Result() : databaseFailure(name_, status);
+    return kdb::CloseDatabase(handle_, status) == 0 ? Result() : closeFailure(name_, status);
   }
 
  private:
