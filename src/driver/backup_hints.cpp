@@ -8,9 +8,9 @@
 #include <string>
 #include <system_error>
 
-#include "driver/taken_name.h"
 #include "platform/compression/compression.h"
 #include "platform/kdb.h"
+#include "platform/taken_name.h"
 
 namespace orx {
 

@@ -1,20 +1,10 @@
 #include "orxkdb/new_database.h"
 
-#include <sys/stat.h>
-
+#include "platform/taken_name.h"
 #include "records/record_calls.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {
-
-namespace {
-
-bool isTaken(const std::string& name) {
-  struct stat file {};
-  return ::lstat(name.c_str(), &file) == 0;
-}
-
-}  // namespace
 
 Result openNew(const std::string& name, kdb::kdbHandle& database) {
   const std::string previous = kdb::previousName(name);

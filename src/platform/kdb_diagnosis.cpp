@@ -1,21 +1,14 @@
 #include "platform/kdb_diagnosis.h"
 
-#include <sys/stat.h>
-
 #include <utility>
 
 #include "platform/free_space.h"
 #include "platform/kdb.h"
+#include "platform/taken_name.h"
 
 namespace orx::kdb {
 
 namespace {
-
-// Also by a symbolic link that leads nowhere.
-bool isTaken(const std::string& name) {
-  struct stat file {};
-  return ::lstat(name.c_str(), &file) == 0;
-}
 
 bool isBeforeUse(Phase phase) {
   return phase == Phase::opening || phase == Phase::creating;

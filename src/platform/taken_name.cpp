@@ -1,13 +1,12 @@
-#include "driver/taken_name.h"
+#include "platform/taken_name.h"
 
-#include <filesystem>
-#include <system_error>
+#include <sys/stat.h>
 
 namespace orx {
 
 bool isTaken(const std::string& name) {
-  std::error_code error;
-  return std::filesystem::exists(std::filesystem::symlink_status(name, error));
+  struct stat file {};
+  return ::lstat(name.c_str(), &file) == 0;
 }
 
 std::string freeTextName(const std::string& name) {
