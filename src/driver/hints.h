@@ -1,27 +1,12 @@
 // Hints: what a run's outcome means, and the next command to type, on standard error.
 #pragma once
 
-#include <string>
 #include <vector>
 
-#include "restore/restore_settings.h"
-#include "restore/run_report.h"
+#include "driver/hint_list.h"
+#include "driver/run_outcome.h"
 
 namespace orx {
-
-struct Hint {
-  std::string what;  // one sentence; names files by their absolute paths
-  std::string next;  // a command, ready to type
-};
-
-// What is known of a run when it has ended.
-struct RunOutcome {
-  int exitCode = 0;
-  bool published = false;        // the database was changed
-  bool messagesMissing = false;  // there is no message bundle in the current directory
-  RestoreSettings settings;
-  RunReport report;
-};
 
 // In the order in which they are to be followed; none when there is nothing to say. Looks at the
 // files that `outcome` names, relative to the current directory, and changes none.

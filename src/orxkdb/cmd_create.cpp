@@ -19,7 +19,7 @@ Result createDatabase(const std::string& name) {
   kdb::kdbHandle database;
   if (Result result = openNew(name, database); !result.ok()) return result;
   kdb::kdbStatus status;
-  return kdb::CloseDatabase(database, status) == 0 ? Result() : databaseFailure(name, status);
+  return kdb::CloseDatabase(database, status) == 0 ? Result() : closeFailure(name, status);
 }
 
 nlohmann::ordered_json jsonOf(const std::string& database, const std::string& directory) {

@@ -11,14 +11,11 @@
 #include "orxkdb/output.h"
 #include "platform/kdb_statistics.h"
 #include "platform/run_progress.h"
+#include "records/record_calls.h"
 
 namespace orx::orxkdb {
 
 namespace {
-
-constexpr auto endOfRecords = static_cast<std::int32_t>(kdb::endOfData.code);
-constexpr auto recordLength = static_cast<std::int32_t>(data_layout::recordSize);
-constexpr auto keyLength = static_cast<std::int32_t>(data_layout::keySize);
 
 // The database that is filled; unless it is published it stays as it was.
 class LoadedDatabase {
@@ -31,21 +28,18 @@ class LoadedDatabase {
   Result open(const LoadOptions& options) {
     name_ = options.database;
     if (!options.replace) return openNew(name_, handle_);
-    kdb::kdbStatus status;
-    const std::int32_t code = kdb::kdbOpen(name_.c_str(), static_cast<std::int32_t>(name_.size()),
-                                           kdb::openForUpdate, handle_, status);
-    return code == 0 ? deleteAll() : openFailure(name_, status);
+    const kdb::kdbStatus status = openDatabase(name_, kdb::openForUpdate, handle_);
+    return status.returnCode == 0 ? deleteAll() : openFailure(name_, status);
   }
 
   Result add(const DataBuffer& record, const DumpReader& dump) {
-    const std::int32_t code =
-        kdb::AddRecord(handle_, record.data(), keyLength, record.data(), recordLength);
-    return code == 0 ? Result() : lastFailure(name_, handle_, " at " + dump.place());
+    return addRecord(handle_, record) == 0 ? Result()
+                                           : lastFailure(name_, handle_, " at " + dump.place());
   }
 
   Result publish() {
     kdb::kdbStatus status;
-    return kdb::CloseDatabase(handle_, status) == 0 ? Result() : databaseFailure(name_, status);
+    return kdb::CloseDatabase(handle_, status) == 0 ? Result() : closeFailure(name_, status);
   }
 
  private:
@@ -53,16 +47,14 @@ class LoadedDatabase {
     runProgress().enter("deleting", kdb::recordsWhenOpened(handle_));
     DataBuffer record;
     kdb::kdbHandle scan;
-    std::int32_t code = kdb::StartUpdate(handle_, record.data(), keyLength, scan);
+    std::int32_t code = startUpdate(handle_, scan);
     while (code == 0) code = deleteNext(scan, record);
-    return code == endOfRecords ? Result() : lastFailure(name_, handle_);
+    return isEndOfRecords(code) ? Result() : lastFailure(name_, handle_);
   }
 
   static std::int32_t deleteNext(kdb::kdbHandle scan, DataBuffer& record) {
     kdb::kdbHandle held;
-    std::int32_t length = 0;
-    const std::int32_t code =
-        kdb::ReadNextForUpdate(scan, 0, record.data(), recordLength, length, held);
+    const std::int32_t code = readNextForUpdate(scan, record, held);
     runProgress().countRecord();
     return code == 0 ? kdb::DeleteHeldRecord(held) : code;
   }

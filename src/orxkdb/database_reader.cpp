@@ -5,14 +5,11 @@
 #include "orxkdb/record_name.h"
 #include "platform/kdb_statistics.h"
 #include "platform/run_progress.h"
+#include "records/record_calls.h"
 
 namespace orx::orxkdb {
 
 namespace {
-
-constexpr auto endOfRecords = static_cast<std::int32_t>(kdb::endOfData.code);
-constexpr auto keyLength = static_cast<std::int32_t>(kdb::keySize);
-constexpr auto recordLength = static_cast<std::int32_t>(kdb::recordSize);
 
 constexpr std::size_t batchRecords = 512;
 // A smaller database is read in less time than a thread takes to start.
@@ -27,11 +24,8 @@ DatabaseReader::~DatabaseReader() {
 
 Result DatabaseReader::open(const std::string& name) {
   name_ = name;
-  kdb::kdbStatus status;
-  if (kdb::kdbOpen(name.c_str(), static_cast<std::int32_t>(name.size()), kdb::openForReading,
-                   database_, status) != 0) {
-    return openFailure(name, status);
-  }
+  const kdb::kdbStatus status = openDatabase(name, kdb::openForReading, database_);
+  if (status.returnCode != 0) return openFailure(name, status);
   return rewind();
 }
 
@@ -40,7 +34,7 @@ Result DatabaseReader::rewind() {
   count_ = readCount_ = 0;
   batch_.count = at_ = 0;
   runProgress().enter("reading", kdb::recordsWhenOpened(database_));
-  if (kdb::OpenCursor(database_, nullptr, 0, cursor_) != 0) return lastFailure(name_, database_);
+  if (openCursor(database_, cursor_) != 0) return lastFailure(name_, database_);
   return {};
 }
 
@@ -70,15 +64,13 @@ bool DatabaseReader::fill(Batch& batch) {
 
 // False at the end and after a failure, which is in `result`.
 bool DatabaseReader::readRecord(StoredRecord& stored, Result& result) {
-  std::int32_t length = 0;
-  const std::int32_t code =
-      kdb::ReadNextFromCursor(cursor_, 0, stored.record.data(), recordLength, length);
+  const std::int32_t code = readNextRecord(cursor_, stored.record);
   if (code == 0) {
-    (void)kdb::GetCursorKey(cursor_, stored.key.data(), keyLength);
+    (void)kdb::GetCursorKey(cursor_, stored.key.data(), kdb::keySize);
     ++readCount_;
     return true;
   }
-  if (code != endOfRecords) {
+  if (!isEndOfRecords(code)) {
     result = lastFailure(name_, database_, " behind its record " + std::to_string(readCount_));
   }
   return false;

@@ -6,6 +6,9 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "restore/known_attributes.h"
+#include "restore/merge_types.h"
+
 namespace orx::orxkdb {
 
 namespace {
@@ -27,21 +30,12 @@ enum KindNumber : std::size_t {
 
 constexpr std::size_t noKind = ~std::size_t{0};
 
-// The handle types whose next identifiers the counter attribute holds, in its order.
-constexpr std::array<std::int32_t, 26> counterTypes = {1,  2,  3,  4,  5,  6,  65, 12, 11,
-                                                       10, 28, 27, 26, 32, 34, 33, 35, 36,
-                                                       37, 38, 39, 64, 7,  15, 66, 40};
-
-// Attributes of the sample's objects.
-constexpr int parametersAttribute = 1;
+// Other attributes of the sample's objects.
 constexpr int nameAttribute = 2;
 constexpr int descriptionAttribute = 3;
 constexpr int stateAttribute = 5;
-constexpr int countersAttribute = 9;
-constexpr int useCountAttribute = 17;
 constexpr int addressAttribute = 40;
 constexpr int historyAttribute = 51;
-constexpr int signaturesAttribute = 84;
 constexpr int relatedAttribute = 94;  // handles
 
 std::uint64_t mix(std::uint64_t x) {
@@ -247,7 +241,7 @@ std::string Fleet::attributesOf(std::uint32_t object, const Kind& kind) const {
   const bool isModel = object < firstOf_[systems];
   const std::uint32_t model = object - firstOf_[systemModels];
   if (isModel) {
-    text.add(useCountAttribute,
+    text.add(known_attribute::useCount,
              {std::to_string(firstReferrer_[model + 1] - firstReferrer_[model])});
   } else {
     text.add(addressAttribute,
@@ -262,7 +256,7 @@ std::string Fleet::attributesOf(std::uint32_t object, const Kind& kind) const {
     text.end();
   }
   if (isModel && firstReferrer_[model] != firstReferrer_[model + 1]) {
-    text.begin(signaturesAttribute, firstReferrer_[model + 1] - firstReferrer_[model]);
+    text.begin(known_attribute::signatures, firstReferrer_[model + 1] - firstReferrer_[model]);
     for (std::uint32_t i = firstReferrer_[model]; i < firstReferrer_[model + 1]; ++i) {
       text.value(handleOf(referrers_[i]).exportText().view());
     }
@@ -277,9 +271,9 @@ std::string Fleet::attributesOf(std::uint32_t object, const Kind& kind) const {
 
 std::string Fleet::systemAttributes() const {
   AttributeText text;
-  text.add(parametersAttribute, {parameterText()});
-  text.begin(countersAttribute, counterTypes.size());
-  for (const std::int32_t type : counterTypes) {
+  text.add(known_attribute::systemParameters, {parameterText()});
+  text.begin(known_attribute::counters, handlerTypes.size());
+  for (const std::int32_t type : handlerTypes) {
     std::uint32_t next = 1;
     for (std::size_t kind = 1; kind < kindCount; ++kind) {
       if (kinds[kind].type == type) next = firstOf_[kind + 1] - firstOf_[kind] + 1;

@@ -1,19 +1,10 @@
 #include "orxkdb/new_database.h"
 
-#include <sys/stat.h>
-
+#include "platform/taken_name.h"
+#include "records/record_calls.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {
-
-namespace {
-
-bool isTaken(const std::string& name) {
-  struct stat file {};
-  return ::lstat(name.c_str(), &file) == 0;
-}
-
-}  // namespace
 
 Result openNew(const std::string& name, kdb::kdbHandle& database) {
   const std::string previous = kdb::previousName(name);
@@ -23,10 +14,8 @@ Result openNew(const std::string& name, kdb::kdbHandle& database) {
                 "bring it back with \"mv " + shellWord(previous) + " " + shellWord(name) +
                     "\", or move it away first");
   }
-  kdb::kdbStatus status;
-  const std::int32_t code = kdb::kdbOpen(name.c_str(), static_cast<std::int32_t>(name.size()),
-                                         kdb::openAsNew, database, status);
-  return code == 0 ? Result() : createFailure(name, status);
+  const kdb::kdbStatus status = openDatabase(name, kdb::openAsNew, database);
+  return status.returnCode == 0 ? Result() : createFailure(name, status);
 }
 
 }  // namespace orx::orxkdb

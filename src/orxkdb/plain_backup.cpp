@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "orxkdb/read_failure.h"
+#include "platform/file_state.h"
 #include "platform/kdb.h"
 #include "platform/run_progress.h"
-#include "records/file_state.h"
 
 namespace orx::orxkdb {
 

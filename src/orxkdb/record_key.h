@@ -14,9 +14,7 @@ struct RecordKey {
   HandleNumber object = nullHandle;
   std::uint32_t recn = 0;
 
-  [[nodiscard]] bool isOfSystemRecord() const {
-    return parent == nullHandle && object == nullHandle;
-  }
+  [[nodiscard]] bool hasNullHandles() const { return parent == nullHandle && object == nullHandle; }
   friend auto operator<=>(const RecordKey&,
                           const RecordKey&) = default;  // NOLINT(modernize-use-nullptr)
 };

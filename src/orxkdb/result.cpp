@@ -1,92 +1,101 @@
 #include "orxkdb/result.h"
 
-#include <sys/stat.h>
-
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <system_error>
 
 #include "messages/error_msg.h"
+#include "platform/free_space.h"
 #include "platform/interruption.h"
-#include "platform/kdb_obstacle.h"
+#include "platform/kdb_diagnosis.h"
 #include "terminal/file_words.h"
-#include "terminal/free_space.h"
 
 namespace orx::orxkdb {
 
 namespace {
 
-// In `next`, {db} stands for the database as a word of a command, {dir} for its directory.
+using kdb::Situation;
+
+// In `next`, {db} stands for the database as a word of a command, {previous} for its previous
+// generation, {dir} for its directory.
 struct Sentence {
-  kdb::Reason reason = kdb::Reason::noError;
+  Situation situation = Situation::refused;
   const char* what = "";
   const char* next = "";
   bool tellsState = false;  // what became of the database follows
 };
 
 constexpr std::array sentences{
-    Sentence{kdb::Reason::notFound, "there is no such database",
+    Sentence{Situation::refused, "the database refused the call",
+             "tell the maintainers with these codes", true},
+    Sentence{Situation::noDatabase, "there is no such database",
              "check the name, \"ls {dir}\"; \"orxkdb create {db}\" makes a database"},
-    Sentence{kdb::Reason::format, "this is no database, or it is damaged",
-             "check the name; move a damaged database away and restore its backup into a new one"},
-    Sentence{kdb::Reason::inUse, "the database is open in another program",
+    Sentence{Situation::onlyPrevious, "there is no such database, but its previous generation",
+             "check the name; \"mv {previous} {db}\" makes it the database"},
+    Sentence{Situation::brokenLink, "this is a symbolic link that leads to no database",
+             "see with \"ls -l {db}\" where it leads, and put the database there"},
+    Sentence{Situation::noDirectory, "there is no directory for the database",
+             "make the directory, or check the name"},
+    Sentence{Situation::notADatabase, "this is no database", "check the name"},
+    Sentence{Situation::damaged, "the database is damaged",
+             "see what can be read with \"orxkdb stat {db}\", then move it away and restore its "
+             "backup into a new one"},
+    Sentence{Situation::inUse, "the database is open in another program",
              "wait until that program has ended; \"fuser -v {db}\" tells which it is"},
-    Sentence{kdb::Reason::authority, "no permission for the database or its directory",
+    Sentence{Situation::lostName, "the database was moved, removed or replaced by somebody else",
+             "look for it with \"ls -l {db}*\"", true},
+    Sentence{Situation::noPermission, "no permission for the database or its directory",
              "run this as their owner; \"ls -ld {dir} {db}\" tells who that is"},
-    Sentence{kdb::Reason::unique, "there is already a file of that name",
+    Sentence{Situation::obstacle, "a file keeps the database from being changed",
+             "look at the files beside it with \"ls -ld {db}*\""},
+    Sentence{Situation::nameTaken, "there is already a file of that name",
              "choose another name; \"orxkdb load --replace\" replaces the records of a database"},
-    Sentence{kdb::Reason::length, "the name is too long for the file system",
+    Sentence{Situation::nameTooLong, "the name is too long for the file system",
              "choose a shorter name"},
-    Sentence{kdb::Reason::arguments, "the name of the database is empty", "give its name"},
-    Sentence{kdb::Reason::space, "there is no space left",
+    Sentence{Situation::nameEmpty, "the name of the database is empty", "give its name"},
+    Sentence{Situation::nameOfAnother,
+             "this is the name of a file that belongs to another database",
+             "give it a name of its own: a change of the other database would replace it"},
+    Sentence{Situation::noRecords, "the database has no further record",
+             "look at it with \"orxkdb check {db}\"", true},
+    Sentence{Situation::noRecord, "a record is not in the database",
+             "look at it with \"orxkdb check {db}\"", true},
+    Sentence{Situation::keyTaken, "a record of that key is in the database already",
+             "look at the input for records of one key", true},
+    Sentence{Situation::noSpace, "there is no space left",
              "free space, see \"df -h {dir}\", and run this again", true},
-    Sentence{kdb::Reason::storage, "memory ran out", "free memory and run this again", true},
-    Sentence{kdb::Reason::ioError, "the disk could not be read or written",
-             "look into the system's log", true},
-    Sentence{kdb::Reason::systemReject, "the file system can neither exchange nor link names",
-             "keep the database on another", true},
-    Sentence{kdb::Reason::open, "too many files are open",
+    Sentence{Situation::noInodes, "the file system can hold no more files",
+             "remove files, see \"df -i {dir}\", and run this again", true},
+    Sentence{Situation::noMemory, "memory ran out", "free memory and run this again", true},
+    Sentence{Situation::tooManyFiles, "too many files are open",
              "raise the limit with \"ulimit -n 1024\", or end other programs, and run this again",
              true},
+    Sentence{Situation::noExchange, "the file system can neither exchange nor link names",
+             "keep the database on another", true},
+    Sentence{Situation::ioError, "the disk could not be read or written",
+             "look into the system's log", true},
 };
-constexpr Sentence noInodes{kdb::Reason::space, "the file system can hold no more files",
-                            "remove files, see \"df -i {dir}\", and run this again", true};
-constexpr Sentence nameOfAnother{
-    kdb::Reason::arguments, "this is the name of a file that belongs to another database",
-    "give it a name of its own: a change of the other database would replace it"};
-constexpr Sentence lostName{kdb::Reason::inUse,
-                            "the database was moved, removed or replaced by somebody else",
-                            "look for it with \"ls -l {db}*\"", true};
+static_assert(kdb::coversSituations(sentences));
 
-// In the order of ObstacleKind; of the file that keeps a database from being changed.
+// In the order of ObstacleKind; {db} stands for the file that keeps a database from being changed.
 constexpr std::array obstacles{
     Sentence{},
-    Sentence{kdb::Reason::unique, "a directory or another file has a name that is needed",
+    Sentence{Situation::obstacle, "a directory or another file has a name that is needed",
              "move it away, \"ls -ld {db}\" shows it"},
-    Sentence{kdb::Reason::unique,
+    Sentence{Situation::obstacle,
              "this may be the database that a killed run replaced, or what it was making",
              "see which with \"orxkdb stat {db}\", then rename or remove it"},
-    Sentence{kdb::Reason::authority,
+    Sentence{Situation::obstacle,
              "this file cannot be read, renamed or replaced, which a change of the database needs",
              "see with \"ls -l {db}\", \"lsattr {db}\" and \"findmnt {db}\" why"},
-    Sentence{kdb::Reason::authority,
+    Sentence{Situation::obstacle,
              "the database before the last change could not become the previous generation",
              "rename it to end in .orx-previous"},
 };
 static_assert(obstacles.size() == static_cast<std::size_t>(kdb::ObstacleKind::replaced) + 1);
-constexpr Sentence missingDirectory{kdb::Reason::notFound, "there is no directory for the database",
-                                    "make the directory, or check the name"};
-constexpr Sentence otherwise{kdb::Reason::noError, "the database refused the call",
-                             "tell the maintainers with these codes", true};
 
-const Sentence& sentenceOf(std::int32_t reason, const std::string& database) {
-  if (reason == static_cast<std::int32_t>(kdb::Reason::space) && lacksInodes(database)) {
-    return noInodes;
-  }
-  const auto* found = std::ranges::find(sentences, static_cast<kdb::Reason>(reason),
-                                        [](const Sentence& entry) { return entry.reason; });
-  return found == sentences.end() ? otherwise : *found;
+const Sentence& sentenceOf(Situation situation) {
+  return sentences[static_cast<std::size_t>(situation)];
 }
 
 std::string numberAndName(std::int32_t number, std::string_view name) {
@@ -99,15 +108,10 @@ std::string codesOf(const kdb::kdbStatus& status) {
 }
 
 std::string expanded(std::string_view text, const std::string& database) {
-  const std::array<Placed, 2> places{
-      {{"{db}", shellWord(database)}, {"{dir}", shellWord(parentOf(database))}}};
+  const std::array<Placed, 3> places{{{"{db}", shellWord(database)},
+                                      {"{previous}", shellWord(kdb::previousName(database))},
+                                      {"{dir}", shellWord(parentOf(database))}}};
   return filled(text, places);
-}
-
-// The database was moved or removed, what it was before the last change is there.
-bool onlyPreviousIsLeft(const std::string& database, const kdb::kdbStatus& status) {
-  return status.reason == static_cast<std::int32_t>(kdb::Reason::notFound) &&
-         kdb::looksLikeDatabase(kdb::previousName(database).c_str());
 }
 
 Result statusFailure(ExitCode code, const std::string& database, const kdb::kdbStatus& status,
@@ -140,23 +144,22 @@ std::string withError(std::string where, int error) {
   return where.append(" (").append(std::generic_category().message(error)).append(")");
 }
 
-bool has(const kdb::kdbStatus& status, kdb::Reason reason) {
-  return status.reason == static_cast<std::int32_t>(reason);
+// In an opening that failed it may be a file beside the database that the text is about.
+Result notOpened(const std::string& database, const kdb::kdbStatus& status, kdb::Phase phase) {
+  const kdb::Diagnosis found = kdb::diagnose(database, status, phase);
+  if (found.obstacle.kind == kdb::ObstacleKind::none) {
+    return statusFailure(openCode(status), database, status, sentenceOf(found.situation));
+  }
+  return statusFailure(openCode(status), found.obstacle.path, status,
+                       obstacles[static_cast<std::size_t>(found.obstacle.kind)]);
 }
 
-// The file beside the database that failed the opening; no text when it was not one.
-Result obstacleFailure(const std::string& database, const kdb::kdbStatus& status) {
-  const bool mayBe = has(status, kdb::Reason::unique) || has(status, kdb::Reason::authority) ||
-                     has(status, kdb::Reason::inUse);
-  const kdb::Obstacle obstacle = mayBe ? kdb::obstacleOf(database) : kdb::Obstacle();
-  if (obstacle.kind == kdb::ObstacleKind::none) return {};
-  return statusFailure(openCode(status), obstacle.path, status,
-                       obstacles[static_cast<std::size_t>(obstacle.kind)]);
-}
-
-const Sentence& sentenceOfName(const std::string& database, const kdb::kdbStatus& status) {
-  const bool isNamed = has(status, kdb::Reason::arguments) && !database.empty();
-  return isNamed ? nameOfAnother : sentenceOf(status.reason, database);
+Result useFailure(const std::string& database, const kdb::kdbStatus& status, kdb::Phase phase,
+                  const std::string& record = "") {
+  const bool isFormat = status.reason == static_cast<std::int32_t>(kdb::Reason::format);
+  const kdb::Diagnosis found = kdb::diagnose(database, status, phase);
+  return statusFailure(isFormat ? exitNotAsExpected : exitFailed, database, status,
+                       sentenceOf(found.situation), record);
 }
 
 const char* adviceFor(int error) {
@@ -207,38 +210,21 @@ std::string_view Result::textWithoutHint() const {
 }
 
 Result openFailure(const std::string& database, const kdb::kdbStatus& status) {
-  if (onlyPreviousIsLeft(database, status)) {
-    return fail(exitNotOpened, "there is no such database, but its previous generation",
-                absolutePath(database) + codesOf(status),
-                "check the name; \"mv " + shellWord(kdb::previousName(database)) + " " +
-                    shellWord(database) + "\" makes it the database");
-  }
-  if (Result failure = obstacleFailure(database, status); !failure.ok()) return failure;
-  return statusFailure(openCode(status), database, status, sentenceOfName(database, status));
+  return notOpened(database, status, kdb::Phase::opening);
 }
 
 Result createFailure(const std::string& database, const kdb::kdbStatus& status) {
-  struct stat file {};
-  const bool isTaken = ::lstat(database.c_str(), &file) == 0;
-  if (!isTaken) {
-    if (Result failure = obstacleFailure(database, status); !failure.ok()) return failure;
-  }
-  return statusFailure(
-      openCode(status), database, status,
-      has(status, kdb::Reason::notFound) ? missingDirectory : sentenceOfName(database, status));
+  return notOpened(database, status, kdb::Phase::creating);
 }
 
-Result databaseFailure(const std::string& database, const kdb::kdbStatus& status,
-                       const std::string& record) {
-  return statusFailure(
-      has(status, kdb::Reason::format) ? exitNotAsExpected : exitFailed, database, status,
-      has(status, kdb::Reason::inUse) ? lostName : sentenceOf(status.reason, database), record);
+Result closeFailure(const std::string& database, const kdb::kdbStatus& status) {
+  return useFailure(database, status, kdb::Phase::closing);
 }
 
 Result lastFailure(const std::string& database, kdb::kdbHandle handle, const std::string& record) {
   kdb::kdbStatus status;
   (void)kdb::GetLastStatus(handle, status);
-  return databaseFailure(database, status, record);
+  return useFailure(database, status, kdb::Phase::running, record);
 }
 
 Result systemFailure(ExitCode code, std::string_view what, std::string where, int error) {
@@ -248,7 +234,7 @@ Result systemFailure(ExitCode code, std::string_view what, std::string where, in
 Result fileFailure(ExitCode code, std::string_view what, const std::string& file, int error) {
   const std::string where = withError(absolutePath(file), error);
   if (error != ENOSPC || !lacksInodes(file)) return fail(code, what, where, adviceFor(error));
-  return fail(code, what, where, expanded(noInodes.next, file));
+  return fail(code, what, where, expanded(sentenceOf(Situation::noInodes).next, file));
 }
 
 Result changedFailure(const std::string& file) {

@@ -35,11 +35,10 @@ Result fail(ExitCode code, std::string_view what, std::string_view where, std::s
 Result openFailure(const std::string& database, const kdb::kdbStatus& status);
 // The same for one that was to be made.
 Result createFailure(const std::string& database, const kdb::kdbStatus& status);
-// Any other call that failed: exitNotAsExpected for a damaged database, else exitFailed. `record`
-// says where in the database, " behind its record 7".
-Result databaseFailure(const std::string& database, const kdb::kdbStatus& status,
-                       const std::string& record = "");
-// The same with the status of the last failed call on `handle`.
+// One that could not be closed.
+Result closeFailure(const std::string& database, const kdb::kdbStatus& status);
+// The last failed call on `handle`: exitNotAsExpected for a damaged database, else exitFailed.
+// `record` says where in the database, " behind its record 7".
 Result lastFailure(const std::string& database, kdb::kdbHandle handle,
                    const std::string& record = "");
 

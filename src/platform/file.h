@@ -1,6 +1,9 @@
 // Files as owned descriptors, and the calls on files; one that a signal interrupts is repeated. An
 // `int` that comes back is 0 or an errno value, if nothing else is said. Paths are relative to the
 // current directory.
+//
+// Every call of this system's own code that opens, reads, writes, renames or removes a file goes
+// through here; looks at one (stat) stand where they are needed.
 #pragma once
 
 #include <sys/stat.h>
@@ -36,6 +39,8 @@ class UniqueFd {
   [[nodiscard]] bool valid() const { return fd_ >= 0; }
   // Closes it now.
   void reset();
+  // The descriptor, which the caller closes from now on.
+  [[nodiscard]] int release() { return std::exchange(fd_, -1); }
 
  private:
   int fd_ = -1;

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <fnmatch.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -14,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/file.h"
 #include "platform/kdb.h"
 
 namespace orx {
@@ -78,14 +78,13 @@ std::FILE* openTraceFile(const std::string& file) {
     sayClosed("names a database");
     return nullptr;
   }
-  constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-  const int descriptor = ::open(file.c_str(), flags, 0666);
-  std::FILE* const stream = descriptor < 0 ? nullptr : ::fdopen(descriptor, "a");
+  UniqueFd opened = openFile(file, O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY, 0666);
+  std::FILE* const stream = opened.valid() ? ::fdopen(opened.get(), "a") : nullptr;
   if (stream == nullptr) {
     sayClosed("cannot be opened");
-    if (descriptor >= 0) (void)::close(descriptor);
     return nullptr;
   }
+  const int descriptor = opened.release();       // the stream closes it
   (void)::fcntl(descriptor, F_SETFL, O_APPEND);  // whoever reads a pipe slowly gets all the same
   return stream;
 }

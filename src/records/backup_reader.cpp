@@ -2,11 +2,11 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "platform/run_progress.h"
 #include "records/backup_record.h"
@@ -20,27 +20,11 @@ constexpr const TraceUnit& traceUnit = recordTraceUnit;
 
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 
-template <typename Call>
-auto retryInterrupted(Call call) {
-  decltype(call()) result = 0;
-  do {
-    result = call();
-  } while (result < 0 && errno == EINTR);
-  return result;
-}
-
 // 0, or the error number of a descriptor that cannot be read as a file.
 int whyUnreadable(int descriptor) {
   struct stat status {};
-  if (fstat(descriptor, &status) != 0) return errno;
+  if (::fstat(descriptor, &status) != 0) return errno;
   return S_ISDIR(status.st_mode) ? EISDIR : 0;
-}
-
-std::string_view withoutLineEnd(std::string_view piece) {
-  if (!piece.ends_with('\n') || piece.find('\0') != std::string_view::npos) return piece;
-  piece.remove_suffix(1);
-  if (piece.ends_with('\r')) piece.remove_suffix(1);
-  return piece;
 }
 
 }  // namespace
@@ -55,13 +39,12 @@ bool BackupReader::isRegularFile() const {
 }
 
 bool BackupReader::hasChanged() const {
-  return isRegularFile() && stateOf(descriptor_) != opened_;
+  return isRegularFile() && stateOf(file_.get()) != opened_;
 }
 
 void BackupReader::close() {
   ORX_TRACE("BackupReader::close");
-  if (descriptor_ >= 0) (void)::close(descriptor_);
-  descriptor_ = -1;
+  file_.reset();
   opened_.reset();
   ended_ = false;
   atLineStart_ = true;
@@ -72,18 +55,14 @@ void BackupReader::close() {
 bool BackupReader::open(const char* path) {
   ORX_TRACE("BackupReader::open");
   close();
-  errorNumber_ = 0;
   buffer_.resize(bufferSize);
   runProgress().startFile();
-  return trace.exit(openDescriptor(path));
-}
-
-bool BackupReader::openDescriptor(const char* path) {
-  descriptor_ = retryInterrupted([path] { return ::open(path, O_RDONLY | O_CLOEXEC); });
-  errorNumber_ = descriptor_ < 0 ? errno : whyUnreadable(descriptor_);
-  if (errorNumber_ != 0) close();
-  if (isOpen()) opened_ = stateOf(descriptor_);
-  return descriptor_ >= 0;
+  UniqueFd file = openFile(path, O_RDONLY);
+  errorNumber_ = file.valid() ? whyUnreadable(file.get()) : errno;
+  if (errorNumber_ != 0) return trace.exit(false);
+  file_ = std::move(file);
+  opened_ = stateOf(file_.get());
+  return trace.exit(true);
 }
 
 ReadOutcome BackupReader::next(CMDatabaseBackupRecord& record) {
@@ -117,7 +96,7 @@ ReadOutcome BackupReader::nextText(std::string_view& text) {
   }
   begin_ += length;
   countLine(piece);
-  text = withoutLineEnd(piece);
+  text = restoredText(piece);
   return ReadOutcome::line;
 }
 
@@ -142,8 +121,7 @@ void BackupReader::fill() {
   std::copy(buffer_.data() + begin_, buffer_.data() + end_, buffer_.data());
   end_ -= begin_;
   begin_ = 0;
-  const auto count = retryInterrupted(
-      [this] { return ::read(descriptor_, buffer_.data() + end_, buffer_.size() - end_); });
+  const ssize_t count = readSome(file_.get(), buffer_.data() + end_, buffer_.size() - end_);
   if (count > 0) {
     end_ += static_cast<std::size_t>(count);
     runProgress().countBytes(static_cast<std::uint64_t>(count));

@@ -12,28 +12,19 @@
 // before the failure are given out first.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
 #include <vector>
 
-#include "records/file_state.h"
+#include "platform/file.h"
+#include "platform/file_state.h"
+#include "records/backup_line.h"
 
 namespace orx {
 
 class CMDatabaseBackupRecord;
-
-// A line as read, line end removed, in an area that is zero behind it.
-struct BackupLine {
-  static constexpr std::size_t longest = 444;
-
-  std::array<char, longest + 1> chars{};
-
-  // Up to the first zero byte; lives as long as the line.
-  [[nodiscard]] std::string_view text() const { return chars.data(); }
-};
 
 enum class [[nodiscard]] ReadOutcome : std::int32_t{line, end, error};
 
@@ -49,7 +40,7 @@ class BackupReader {
   [[nodiscard]] bool open(const char* path);
   // Nothing happens when nothing is open.
   void close();
-  [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
+  [[nodiscard]] bool isOpen() const { return file_.valid(); }
   // Whether reading never has to wait for somebody who writes.
   [[nodiscard]] bool isRegularFile() const;
   // Whether somebody has written to the file that is open since it was opened: what was read may be
@@ -73,9 +64,8 @@ class BackupReader {
   std::size_t pieceLength();
   void fill();
   void countLine(std::string_view piece);
-  [[nodiscard]] bool openDescriptor(const char* path);
 
-  int descriptor_ = -1;
+  UniqueFd file_;
   int errorNumber_ = 0;
   std::optional<FileState> opened_;  // the file when it was opened
   bool ended_ = false;               // no more bytes come from the file

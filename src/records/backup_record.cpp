@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
-#include <limits>
 
 #include "model/decimal.h"
 #include "records/data_buffer.h"
@@ -50,20 +49,6 @@ void readValues(std::string_view record, DataBuffer& buffer) {
   buffer.setAuxValue1(readNumber(record, backup_layout::auxValue1));
   readData(record, buffer);
   buffer.setAuxValue2(readNumber(record, backup_layout::auxValue2));
-}
-
-void raiseNextId(std::uint32_t& nextId, std::uint32_t id) {
-  constexpr std::uint32_t highest = std::numeric_limits<std::uint32_t>::max();
-  if (id >= nextId) nextId = id == highest ? highest : id + 1;
-}
-
-CMConfigHandle renumber(const CMConfigHandle& handle, MergeTables& tables) {
-  const CMHandleType type = handle.getType();
-  if (!tables.renumbers(type)) return handle;
-  CMConfigHandle moved = tables.renumbered(handle);
-  raiseNextId(tables.nextId[static_cast<std::size_t>(std::int32_t{type})],
-              static_cast<std::uint32_t>(static_cast<std::int32_t>(moved)));
-  return moved;
 }
 
 // --- writing
@@ -147,9 +132,9 @@ int CMDatabaseBackupRecord::buildDataBufferForMerge(DataBuffer& buffer, MergeTab
   buffer.clear();
   buffer.setRecType(readNumber(record, backup_layout::recType));
   if (!tables.merges(buffer.recType())) return trace.exit(0);
-  buffer.setParentHandle(renumber(readHandle(record, backup_layout::parentHandle), tables));
-  buffer.setObjectHandle(renumber(readHandle(record, backup_layout::objectHandle), tables));
-  buffer.setModelHandle(renumber(readHandle(record, backup_layout::modelHandle), tables));
+  buffer.setParentHandle(tables.giveOut(readHandle(record, backup_layout::parentHandle)));
+  buffer.setObjectHandle(tables.giveOut(readHandle(record, backup_layout::objectHandle)));
+  buffer.setModelHandle(tables.giveOut(readHandle(record, backup_layout::modelHandle)));
   readValues(record, buffer);
   return trace.exit(1);
 }

@@ -57,6 +57,14 @@ class DataBuffer {
   [[nodiscard]] CMConfigHandle parentHandle() const { return CMConfigHandle(parentBytes()); }
   [[nodiscard]] CMConfigHandle objectHandle() const { return CMConfigHandle(objectBytes()); }
   [[nodiscard]] CMConfigHandle modelHandle() const { return CMConfigHandle(modelBytes()); }
+  // Whether both handles are those of `other`: records of one object.
+  [[nodiscard]] bool isOfSameObject(const DataBuffer& other) const {
+    return std::memcmp(data(), other.data(), data_layout::recn) == 0;
+  }
+  [[nodiscard]] bool hasNullObject() const { return loadLE64(at(data_layout::objectHandle)) == 0; }
+  [[nodiscard]] bool hasNullHandles() const {  // parent and object
+    return loadLE64(at(data_layout::parentHandle)) == 0 && hasNullObject();
+  }
   void setParentHandle(const CMConfigHandle& handle) { put(data_layout::parentHandle, handle); }
   void setObjectHandle(const CMConfigHandle& handle) { put(data_layout::objectHandle, handle); }
   void setModelHandle(const CMConfigHandle& handle) { put(data_layout::modelHandle, handle); }

@@ -1,6 +1,25 @@
 #include "records/merge_tables.h"
 
+#include <limits>
+
 namespace orx {
+
+namespace {
+
+std::size_t indexOf(const CMHandleType& type) {
+  return static_cast<std::size_t>(std::int32_t{type});
+}
+
+std::uint32_t identifierOf(const CMConfigHandle& handle) {
+  return static_cast<std::uint32_t>(static_cast<std::int32_t>(handle));
+}
+
+void raiseAbove(std::uint32_t& next, std::uint32_t id) {
+  constexpr std::uint32_t highest = std::numeric_limits<std::uint32_t>::max();
+  if (id >= next) next = id == highest ? highest : id + 1;
+}
+
+}  // namespace
 
 bool MergeTables::merges(std::int32_t recType) const {
   const auto index = static_cast<std::uint32_t>(recType);
@@ -15,9 +34,16 @@ bool MergeTables::renumbers(CMHandleType type) const {
 CMConfigHandle MergeTables::renumbered(const CMConfigHandle& handle) const {
   const CMHandleType type = handle.getType();
   if (!renumbers(type)) return handle;
-  const auto oldId = static_cast<std::uint32_t>(static_cast<std::int32_t>(handle));
-  const std::uint32_t base = idBase[static_cast<std::size_t>(std::int32_t{type})];
-  return CMConfigHandle::createPermanentHandle(type, oldId + base - 1);
+  return CMConfigHandle::createPermanentHandle(type,
+                                               identifierOf(handle) + idBase[indexOf(type)] - 1);
+}
+
+CMConfigHandle MergeTables::giveOut(const CMConfigHandle& handle) {
+  const CMHandleType type = handle.getType();
+  if (!renumbers(type)) return handle;
+  CMConfigHandle moved = renumbered(handle);
+  raiseAbove(nextId[indexOf(type)], identifierOf(moved));
+  return moved;
 }
 
 }  // namespace orx

@@ -25,6 +25,8 @@ struct MergeTables {
   // The handle under its new identifier: the old one plus idBase - 1, modulo 2^32, as a permanent
   // handle of the same type. A handle that is not renumbered comes back as it is.
   [[nodiscard]] CMConfigHandle renumbered(const CMConfigHandle& handle) const;
+  // The same for a handle of a record: `nextId` of its type is raised above the new identifier.
+  [[nodiscard]] CMConfigHandle giveOut(const CMConfigHandle& handle);
 };
 
 }  // namespace orx

@@ -1,29 +1,21 @@
 #include "restore/chain_writer.h"
 
-#include <cstring>
 #include <string_view>
 #include <utility>
 
 #include "messages/trace_unit.h"
 #include "model/attribute_set.h"
+#include "records/record_calls.h"
 
 namespace orx {
 
 namespace {
 
-constexpr auto notThere = static_cast<std::int32_t>(kdb::Code::notThere);
-constexpr auto recordLength = static_cast<std::int32_t>(data_layout::recordSize);
-constexpr auto keyLength = static_cast<std::int32_t>(data_layout::keySize);
-
+// In place of the record with its key, where there is one.
 std::int32_t storeRecord(kdb::kdbHandle database, const DataBuffer& record) {
-  const std::int32_t code =
-      kdb::UpdateByKey(database, record.data(), keyLength, record.data(), recordLength);
-  if (code != notThere) return code;
-  return kdb::AddRecord(database, record.data(), keyLength, record.data(), recordLength);
-}
-
-bool haveEqualHandles(const DataBuffer& a, const DataBuffer& b) {
-  return std::memcmp(a.data(), b.data(), data_layout::recn) == 0;
+  const std::int32_t code = updateRecord(database, record);
+  const bool isNew = code == static_cast<std::int32_t>(kdb::recordNotFound.code);
+  return isNew ? addRecord(database, record) : code;
 }
 
 bool belongs(const DataBuffer& record, ChainRecords records) {
@@ -36,12 +28,10 @@ std::int32_t deleteRest(kdb::kdbHandle database, const DataBuffer& head, std::si
   DataBuffer record = head;
   record.setRecn(static_cast<std::uint32_t>(first));
   do {
-    std::int32_t length = 0;
-    std::int32_t code =
-        kdb::ReadNextByKey(database, record.data(), keyLength, record.data(), recordLength, length);
-    if (code != 0) return code == notThere ? 0 : code;
-    if (!haveEqualHandles(record, head)) return 0;
-    if (belongs(record, records)) code = kdb::DeleteByKey(database, record.data(), keyLength);
+    std::int32_t code = readRecordFrom(database, record);
+    if (code != 0) return isEndOfRecords(code) ? 0 : code;
+    if (!record.isOfSameObject(head)) return 0;
+    if (belongs(record, records)) code = deleteRecord(database, record);
     if (code != 0) return code;
   } while (kdb::advanceKey(record.data()));
   return 0;

@@ -1,5 +1,5 @@
-// The database of one operation, with the error lines that every operation prints alike: on
-// standard output, by ErrorMsg (messages/error_msg.h). The first of them is noted in runReport().
+// The database of one operation, and the error lines of its failures: on standard output, by
+// ErrorMsg (messages/error_msg.h). The first of them is noted in runReport().
 #pragma once
 
 #include <cstdint>
@@ -27,6 +27,8 @@ class DatabaseSession {
   // or of an earlier one.
   void report(std::int32_t code, const char* text) { report(statusOf(code), text); }
   void report(const kdb::kdbStatus& failure, const char* text);
+  // The same as "*Error: Failure adding record %d to data base".
+  void reportAddFailure(const kdb::kdbStatus& failure, std::int32_t recordNumber);
 
   // Publishes what the run changed; the last call. False when that failed, after an error line
   // unless the storage failure behind it has been reported: the database is then as
@@ -42,15 +44,5 @@ class DatabaseSession {
   kdb::kdbHandle handle_;
   bool lossReported_ = false;  // the operator has been told that nothing will be published
 };
-
-// Prints "*Error: reading the backup file" with the codes of an I/O error.
-void reportBackupReadError();
-
-// Prints "*Error: no handler counters in the system record" as a record that was not found.
-void reportMissingCounters();
-
-// Prints "*Error: Failure adding record %d to data base" for a failed call.
-void reportAddFailure(DatabaseSession& database, const kdb::kdbStatus& failure,
-                      std::int32_t recordNumber);
 
 }  // namespace orx

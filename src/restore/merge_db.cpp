@@ -9,9 +9,12 @@
 #include "platform/run_progress.h"
 #include "platform/trace.h"
 #include "records/backup_reader.h"
+#include "records/record_calls.h"
 #include "restore/add_failures.h"
 #include "restore/chain_writer.h"
+#include "restore/counted_records.h"
 #include "restore/database_session.h"
+#include "restore/error_lines.h"
 #include "restore/exit_codes.h"
 #include "restore/merge_input.h"
 #include "restore/merge_run.h"
@@ -19,7 +22,6 @@
 #include "restore/operations.h"
 #include "restore/restore_settings.h"
 #include "restore/run_report.h"
-#include "restore/step_progress.h"
 #include "restore/verbose_merge.h"
 
 namespace orx {
@@ -37,7 +39,7 @@ class MergeRestore {
       : settings_(settings),
         observer_(observerFor(settings)),
         merge_(*observer_, settings.verbose != 0 ? ObjectOrder::lists : ObjectOrder::keys),
-        progress_(settings.verbose != 0) {}
+        addedCount_("IDS_MAIN_SEVENTH", settings.verbose != 0) {}
 
   [[nodiscard]] int run() {
     openBackup();
@@ -46,7 +48,7 @@ class MergeRestore {
     addObjects();
     merge_.reportRemaining();
     const int result = finish(result_);
-    if (result == exitSuccess) printMessage("IDS_MAIN_EIGHTH", addedCount_);
+    if (result == exitSuccess) printMessage("IDS_MAIN_EIGHTH", addedCount_.value());
     return result;
   }
 
@@ -104,31 +106,17 @@ class MergeRestore {
   // False after a storage failure, which every further call would only repeat. Any other failure
   // concerns one record alone.
   [[nodiscard]] bool takeRecord(const DataBuffer& record, std::size_t list) {
-    const kdb::kdbStatus outcome = database_.statusOf(addRecord(record));
+    const kdb::kdbStatus outcome = database_.statusOf(addRecord(database_.handle(), record));
     const bool storageWorks = !kdb::isStorageFailure(static_cast<kdb::Code>(outcome.returnCode));
     failures_.count(list, outcome);
-    if (outcome.returnCode == 0) countAdded();
+    if (outcome.returnCode == 0) addedCount_.countOne(database_.handle());
     if (settings_.verbose != 0) reportFailures();
     return storageWorks;
   }
 
-  [[nodiscard]] std::int32_t addRecord(const DataBuffer& record) {
-    return kdb::AddRecord(database_.handle(), record.data(),
-                          static_cast<std::int32_t>(kdb::keySize), record.data(),
-                          static_cast<std::int32_t>(kdb::recordSize));
-  }
-
-  void countAdded() {
-    ++addedCount_;
-    runProgress().countRecord();
-    if (!progress_.step()) return;
-    printMessage("IDS_MAIN_SEVENTH", addedCount_);
-    (void)kdb::Checkpoint(database_.handle());
-  }
-
   void reportFailures() {
     failures_.report([this](const kdb::kdbStatus& failure, std::int32_t number) {
-      reportAddFailure(database_, failure, number);
+      database_.reportAddFailure(failure, number);
       result_ = exitFailed;
     });
   }
@@ -138,7 +126,7 @@ class MergeRestore {
     const bool isClosed = database_.close();
     runReport().backupChanged = backup_.hasChanged();
     backup_.close();
-    runReport().addedCount = addedCount_;
+    runReport().addedCount = addedCount_.value();
     return isClosed ? result : exitFailed;
   }
 
@@ -147,10 +135,9 @@ class MergeRestore {
   MergeRun merge_;
   BackupReader backup_;
   DatabaseSession database_;
-  StepProgress progress_;
+  CountedRecords addedCount_;
   AddFailures failures_;
   std::uint64_t backupRecords_ = 0;  // about as many are added
-  std::int32_t addedCount_ = 0;
   ExitCode result_ = exitSuccess;
 };
 

@@ -8,22 +8,18 @@
 #include <cstdint>
 #include <string>
 
+#include "restore/record_list_observer.h"
+
 namespace orx {
 
 class CMAttribute;
 class CMConfigHandle;
 class CMSymParmSet;
-class DataBuffer;
 struct BackupLine;
 struct MergeTables;
 
-class MergeObserver {
+class MergeObserver : public RecordListObserver {
  public:
-  MergeObserver() = default;
-  MergeObserver(const MergeObserver&) = delete;
-  MergeObserver& operator=(const MergeObserver&) = delete;
-  virtual ~MergeObserver() = default;
-
   // A record of the database, and whether it belongs to the system record.
   virtual void currentRecord(const DataBuffer& /*record*/, bool /*isOfSystemRecord*/) {}
 

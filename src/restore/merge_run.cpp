@@ -9,8 +9,8 @@
 #include "platform/trace.h"
 #include "records/backup_record.h"
 #include "restore/chain_writer.h"
+#include "restore/handle_attributes.h"
 #include "restore/merge_types.h"
-#include "restore/renumber.h"
 
 namespace orx {
 
@@ -26,7 +26,7 @@ std::uint32_t listNumber(const CMConfigHandle& object) {
 }  // namespace
 
 MergeRun::MergeRun(MergeObserver& observer, ObjectOrder order)
-    : observer_(observer), order_(order) {
+    : observer_(observer), order_(order), lists_(observer) {
   ORX_TRACE("MergeRun::MergeRun");
   tables_.mergeTypes = mergedTypes;
 }
@@ -59,10 +59,11 @@ void MergeRun::mergeSystemRecord() {
   fillQueue();
 }
 
-// It has the lowest key of all, and is never added as an object.
+// The backup's first object, when its object handle is null; `auxValue2` does not count here. It is
+// never added as an object.
 bool MergeRun::takeAlienSystemRecord() {
   RecordList& first = lists_[0];
-  if (first.isEmpty() || !first.at(0).data.objectHandle().isNull()) return false;
+  if (first.isEmpty() || !first.at(0).data.hasNullObject()) return false;
   big_.attributeText.clear();
   return myGetNextAndDestroy(first, big_) != 0;
 }

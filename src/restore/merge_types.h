@@ -1,5 +1,4 @@
-// What a merge renumbers: the object types, the counters that belong to them and the attributes
-// that hold handles.
+// What a merge renumbers: the object types and the counters that belong to them.
 #pragma once
 
 #include <array>
@@ -21,13 +20,5 @@ inline constexpr auto mergedTypes = [] {
   for (const std::size_t type : {0, 1, 2, 3, 4, 5, 6, 7, 10, 11, 12, 15, 64}) types[type] = 1;
   return types;
 }();
-
-// The attributes whose values are handles, in the order in which a merge looks for them.
-struct HandleAttribute {
-  int attrId;
-  int attrGroup;
-};
-inline constexpr std::array<HandleAttribute, 8> handleAttributes{
-    {{84, 0}, {94, 0}, {6897, 0}, {3811, 1}, {3276, 1}, {3262, 1}, {7050, 1}, {7059, 1}}};
 
 }  // namespace orx

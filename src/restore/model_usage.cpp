@@ -1,44 +1,30 @@
 #include "restore/model_usage.h"
 
-#include <cstdio>
 #include <memory>
 #include <utility>
 
 #include "messages/trace_unit.h"
-#include "restore/restore_settings.h"
+#include "restore/known_attributes.h"
 
 namespace orx {
 
 namespace {
 
-constexpr int useCountId = 17;
-constexpr int signaturesId = 84;
-constexpr int group = 0;
+constexpr int group = 0;  // of both
 
-bool isVerbose() {
-  return restoreSettings().verbose != 0;
-}
-
-std::unique_ptr<CMAttribute> takeSignatures(const HandleBytes& model, ReferenceIndex& references) {
-  auto signatures = std::make_unique<CMAttribute>(short{signaturesId}, short{group});
+std::unique_ptr<CMAttribute> takeSignatures(const HandleBytes& model, ReferenceIndex& references,
+                                            UseCountObserver& observer) {
+  auto signatures = std::make_unique<CMAttribute>(short{known_attribute::signatures}, short{group});
   references.take(model, [&](const CMConfigHandle& object) {
-    const HandleText text = object.exportText();
-    if (isVerbose()) (void)std::printf("found one: %s\n", text.c_str());
-    signatures->setValue(text.view());
+    observer.foundReference(object);
+    signatures->setValue(object.exportText().view());
   });
   return signatures;
 }
 
 void removeSignatures(CMAttributeSet& attributes) {
-  const CMAttribute* old = attributes.findAttrKey(signaturesId, group);
+  const CMAttribute* old = attributes.findAttrKey(known_attribute::signatures, group);
   if (old != nullptr) attributes.removeAndDestroy(old);
-}
-
-void printChange(const CMAttribute& useCount, const CMAttribute& signatures) {
-  int isNumeric = 0;
-  (void)std::printf("old UseCount=%d, new UseCount=%d, Signatures: '%s'\n",
-                    useCount.getValue(&isNumeric, 0), signatures.attrCount(),
-                    signatures.text().c_str());
 }
 
 void insertSignatures(CMAttributeSet& attributes, std::unique_ptr<CMAttribute> signatures) {
@@ -48,14 +34,14 @@ void insertSignatures(CMAttributeSet& attributes, std::unique_ptr<CMAttribute> s
 
 }  // namespace
 
-void rebuildUsage(CMAttributeSet& attributes, const HandleBytes& model,
-                  ReferenceIndex& references) {
+void rebuildUsage(CMAttributeSet& attributes, const HandleBytes& model, ReferenceIndex& references,
+                  UseCountObserver& observer) {
   ORX_TRACE("rebuildUsage");
-  std::unique_ptr<CMAttribute> signatures = takeSignatures(model, references);
-  CMAttribute* useCount = attributes.findAttrKey(useCountId, group);
+  std::unique_ptr<CMAttribute> signatures = takeSignatures(model, references, observer);
+  CMAttribute* useCount = attributes.findAttrKey(known_attribute::useCount, group);
   if (useCount == nullptr) return;
   removeSignatures(attributes);
-  if (isVerbose()) printChange(*useCount, *signatures);
+  observer.changedUsage(*useCount, *signatures);
   useCount->clearValues();
   useCount->setValue(long{signatures->attrCount()});
   insertSignatures(attributes, std::move(signatures));

@@ -9,26 +9,26 @@
 #include "platform/run_progress.h"
 #include "records/backup_stream.h"
 #include "records/data_buffer.h"
+#include "records/record_calls.h"
+#include "restore/counted_records.h"
 #include "restore/database_session.h"
+#include "restore/error_lines.h"
 #include "restore/exit_codes.h"
 #include "restore/operations.h"
 #include "restore/prototype_filter.h"
 #include "restore/restore_settings.h"
 #include "restore/run_report.h"
-#include "restore/step_progress.h"
 
 namespace orx {
 
 namespace {
 
-constexpr auto endOfRecords = static_cast<std::int32_t>(kdb::Code::notThere);
-constexpr auto recordLength = static_cast<std::int32_t>(data_layout::recordSize);
-constexpr auto keyLength = static_cast<std::int32_t>(data_layout::keySize);
-
 class ReplaceRestore {
  public:
   explicit ReplaceRestore(const RestoreSettings& settings)
-      : settings_(settings), progress_(settings.verbose != 0) {}
+      : settings_(settings),
+        deletedCount_("IDS_MAIN_FOURTH", settings.verbose != 0),
+        addedCount_("IDS_MAIN_SEVENTH", settings.verbose != 0) {}
 
   [[nodiscard]] int run() {
     if (!openBackup()) return exitBackupNotOpened;
@@ -36,7 +36,7 @@ class ReplaceRestore {
     backup_.start();
     if (!deletePhase()) return finish(exitFailed);
     const int result = finish(addPhase());
-    if (result == exitSuccess) printMessage("IDS_MAIN_EIGHTH", addedCount_);
+    if (result == exitSuccess) printMessage("IDS_MAIN_EIGHTH", addedCount_.value());
     return result;
   }
 
@@ -54,29 +54,25 @@ class ReplaceRestore {
     std::int32_t code = startScan();
     printMessage("IDS_MAIN_THIRD", settings_.databaseName);
     while (code == 0) code = deleteNext();
-    if (code != endOfRecords) {
+    if (!isEndOfRecords(code)) {
       printMessage("IDS_MAIN_SIXTH", code);
       return false;
     }
-    printMessage("IDS_MAIN_FIFTH", deletedCount_);
+    printMessage("IDS_MAIN_FIFTH", deletedCount_.value());
     return true;
   }
 
   std::int32_t startScan() {
-    record_.clear();
-    const std::int32_t code =
-        kdb::StartUpdate(database_.handle(), record_.data(), keyLength, scan_);
+    const std::int32_t code = startUpdate(database_.handle(), scan_);
     if (code != 0) database_.report(code, "*Error: in StartUpdate");
     return code;
   }
 
   std::int32_t deleteNext() {
-    std::int32_t length = 0;
     kdb::kdbHandle held;
-    std::int32_t code =
-        kdb::ReadNextForUpdate(scan_, 0, record_.data(), recordLength, length, held);
+    std::int32_t code = readNextForUpdate(scan_, record_, held);
     if (code != 0) {
-      if (code != endOfRecords) database_.report(code, "*Error: Error on ReadNextForUpdate");
+      if (!isEndOfRecords(code)) database_.report(code, "*Error: Error on ReadNextForUpdate");
       return code;
     }
     code = kdb::DeleteHeldRecord(held);
@@ -84,22 +80,16 @@ class ReplaceRestore {
       database_.report(code, "*Error: Error on DeleteHeldRecord");
       return code;
     }
-    ++deletedCount_;
-    runProgress().countRecord();
-    if (progress_.step()) {
-      printMessage("IDS_MAIN_FOURTH", deletedCount_);
-      (void)kdb::Checkpoint(database_.handle());
-    }
+    deletedCount_.countOne(database_.handle());
     return 0;
   }
 
   [[nodiscard]] ExitCode addPhase() {
-    progress_.restart();
     runProgress().enterFile("adding", settings_.backupFileName);
     ReadOutcome read = backup_.next(record_);
     for (; read == ReadOutcome::line; read = backup_.next(record_)) {
       if (settings_.prototypesOnly != 0 && !belongsToPrototypes(record_)) continue;
-      if (!addRecord()) return exitFailed;
+      if (!takeRecord()) return exitFailed;
     }
     if (read == ReadOutcome::end) return exitSuccess;
     reportBackupReadError();
@@ -107,19 +97,13 @@ class ReplaceRestore {
     return exitFailed;
   }
 
-  [[nodiscard]] bool addRecord() {
-    const std::int32_t code =
-        kdb::AddRecord(database_.handle(), record_.data(), keyLength, record_.data(), recordLength);
+  [[nodiscard]] bool takeRecord() {
+    const std::int32_t code = addRecord(database_.handle(), record_);
     if (code != 0) {
-      reportAddFailure(database_, database_.statusOf(code), addedCount_ + 1);
+      database_.reportAddFailure(database_.statusOf(code), addedCount_.value() + 1);
       return false;
     }
-    ++addedCount_;
-    runProgress().countRecord();
-    if (progress_.step()) {
-      printMessage("IDS_MAIN_SEVENTH", addedCount_);
-      (void)kdb::Checkpoint(database_.handle());
-    }
+    addedCount_.countOne(database_.handle());
     return true;
   }
 
@@ -128,8 +112,8 @@ class ReplaceRestore {
     const bool isClosed = database_.close();
     runReport().backupChanged = backup_.hasChanged();
     backup_.close();
-    runReport().deletedCount = deletedCount_;
-    runReport().addedCount = addedCount_;
+    runReport().deletedCount = deletedCount_.value();
+    runReport().addedCount = addedCount_.value();
     return isClosed ? result : exitFailed;
   }
 
@@ -138,9 +122,8 @@ class ReplaceRestore {
   DatabaseSession database_;
   kdb::kdbHandle scan_;
   DataBuffer record_;
-  StepProgress progress_;
-  std::int32_t deletedCount_ = 0;
-  std::int32_t addedCount_ = 0;
+  CountedRecords deletedCount_;
+  CountedRecords addedCount_;
 };
 
 }  // namespace

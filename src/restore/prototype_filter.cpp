@@ -13,7 +13,7 @@ constexpr std::int32_t rootRecord = 1;
 bool belongsToPrototypes(const DataBuffer& record) {
   ORX_TRACE("belongsToPrototypes");
   if ((record.recType() & prototypeBit) != 0) return trace.exit(true);
-  if (record.objectHandle().isNull()) return trace.exit(true);
+  if (record.hasNullObject()) return trace.exit(true);
   const CMConfigHandle parent = record.parentHandle();
   if (parent.isNull()) return trace.exit(record.recType() != rootRecord);
   return trace.exit((static_cast<std::int32_t>(parent.getType()) & prototypeBit) != 0);

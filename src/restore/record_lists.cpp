@@ -2,15 +2,12 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <cstring>
 #include <new>
-#include <string_view>
 #include <utility>
 
 #include "messages/trace_unit.h"
 #include "platform/huge_pages.h"
-#include "restore/restore_settings.h"
 
 namespace orx {
 
@@ -18,20 +15,9 @@ namespace {
 
 constexpr std::size_t handlesSize = data_layout::recn;
 
-bool isVerbose() {
-  return restoreSettings().verbose != 0;
-}
-
 bool keyPrecedes(const std::unique_ptr<DataRecord>& a, const std::unique_ptr<DataRecord>& b) {
   const int handles = std::memcmp(a->data.data(), b->data.data(), handlesSize);
   return handles != 0 ? handles < 0 : a->data.recn() < b->data.recn();
-}
-
-void printRecord(const DataBuffer& record) {
-  const std::string_view text = record.text();
-  (void)std::printf("next in list: data.recn=%d, attribute: '%.*s'\n",
-                    static_cast<std::int32_t>(record.recn()), static_cast<int>(text.size()),
-                    text.data());
 }
 
 bool startsObject(const DataRecord& record) {
@@ -117,6 +103,10 @@ void RecordList::sort() {
   std::stable_sort(records_.begin(), records_.end(), keyPrecedes);
 }
 
+RecordLists::RecordLists(RecordListObserver& observer) {
+  for (RecordList& list : lists_) list.setObserver(&observer);
+}
+
 void RecordLists::append(std::uint32_t number, const DataBuffer& record) {
   lists_[number % count].append(std::make_unique<DataRecord>(record));
 }
@@ -124,13 +114,11 @@ void RecordLists::append(std::uint32_t number, const DataBuffer& record) {
 void sortLists(RecordLists& lists) {
   ORX_TRACE("sortLists");
   for (std::size_t number = 0; number < RecordLists::count; ++number) {
-    const int shown = static_cast<int>(number);
-    if (isVerbose()) {
-      (void)std::printf("list No.%02d has %d entries.\n", shown,
-                        static_cast<int>(lists[number].entries()));
-    }
-    lists[number].sort();
-    if (isVerbose()) (void)std::printf("finish sorting for list No.%02d\n", shown);
+    RecordList& list = lists[number];
+    RecordListObserver* const observer = list.observer();
+    if (observer != nullptr) observer->sortingList(number, list.entries());
+    list.sort();
+    if (observer != nullptr) observer->sortedList(number);
   }
 }
 
@@ -140,7 +128,7 @@ int myGetNextAndDestroy(RecordList& list, BigDataRecord& object) {
   object.data = list.at(0).data;
   do {
     const std::unique_ptr<DataRecord> record = list.get();
-    if (isVerbose()) printRecord(record->data);
+    if (list.observer() != nullptr) list.observer()->takenRecord(record->data);
     object.attributeText += record->data.text();
   } while (!list.isEmpty() && !startsObject(list.at(0)));
   return trace.exit(1);

@@ -17,6 +17,7 @@
 
 #include "platform/collectable.h"
 #include "records/data_buffer.h"
+#include "restore/record_list_observer.h"
 
 namespace orx {
 
@@ -50,6 +51,10 @@ class BigDataRecord : public DataRecord {
 // Owns its records. Positions count from 0.
 class RecordList {
  public:
+  // Of the records that are taken as parts of objects; null when nobody listens.
+  void setObserver(RecordListObserver* observer) { observer_ = observer; }
+  [[nodiscard]] RecordListObserver* observer() const { return observer_; }
+
   void append(std::unique_ptr<DataRecord> record) { records_.push_back(std::move(record)); }
   [[nodiscard]] std::size_t entries() const { return records_.size(); }
   [[nodiscard]] bool isEmpty() const { return records_.empty(); }
@@ -62,12 +67,17 @@ class RecordList {
   void sort();
 
  private:
+  RecordListObserver* observer_ = nullptr;
   std::deque<std::unique_ptr<DataRecord>> records_;
 };
 
 class RecordLists {
  public:
   static constexpr std::size_t count = 32;
+
+  RecordLists() = default;
+  // The observer outlives the lists.
+  explicit RecordLists(RecordListObserver& observer);
 
   // Adds a copy of `record` to list `number` modulo 32.
   void append(std::uint32_t number, const DataBuffer& record);
@@ -78,13 +88,13 @@ class RecordLists {
   std::array<RecordList, count> lists_;
 };
 
-// Sorts every list; a verbose run prints what it does.
+// Sorts every list.
 void sortLists(RecordLists& lists);
 
 // Takes the next object off the front of a sorted list: `object` gets its head's record, and the
 // texts of its records are appended to `attributeText`, which the caller has emptied. The first
 // record is the head whatever its number; the object ends before the next record with the number 0.
-// 0, with `object` untouched, when the list is empty; else 1. A verbose run prints the records.
+// 0, with `object` untouched, when the list is empty; else 1.
 [[nodiscard]] int myGetNextAndDestroy(RecordList& list, BigDataRecord& object);
 
 }  // namespace orx

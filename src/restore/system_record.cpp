@@ -5,6 +5,7 @@
 
 #include "messages/trace_unit.h"
 #include "model/attribute_iterator.h"
+#include "restore/known_attributes.h"
 #include "restore/merge_types.h"
 #include "restore/sym_parm_attribute.h"
 
@@ -12,7 +13,7 @@ namespace orx {
 
 bool SystemRecord::takeRecord(const DataBuffer& record) {
   ORX_TRACE("SystemRecord::takeRecord");
-  if (record.auxValue2() != 0 || !record.objectHandle().isNull()) return trace.exit(false);
+  if (!holds(record)) return trace.exit(false);
   text_ += record.text();
   return trace.exit(true);
 }
@@ -44,7 +45,8 @@ void SystemRecord::mergeParameters(const std::string* alienText, MergeObserver& 
   CMSymParmSet alien;
   if (alienText != nullptr) {
     CMAttributeSet attributes(alienText->c_str(), 1);
-    const CMAttribute* attribute = attributes.findAttrKey(CMAttributeKey(parametersKey));
+    const CMAttribute* attribute =
+        attributes.findAttrKey(CMAttributeKey(known_attribute::systemParameters));
     if (attribute != nullptr) alien = *attribute;
     observer.alienParameters(alien, attribute);
   }
@@ -64,11 +66,11 @@ void SystemRecord::writeCounters(const MergeTables& tables, MergeObserver& obser
 }
 
 CMAttribute* SystemRecord::counters() {
-  return attributes_.findAttrKey(CMAttributeKey(countersKey));
+  return attributes_.findAttrKey(CMAttributeKey(known_attribute::counters));
 }
 
 CMAttribute* SystemRecord::parameterAttribute() {
-  return attributes_.findAttrKey(parametersKey, 0);
+  return attributes_.findAttrKey(known_attribute::systemParameters, 0);
 }
 
 }  // namespace orx

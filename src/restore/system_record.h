@@ -1,7 +1,8 @@
 // SystemRecord: the system record of a configuration database, as a merge reads and changes it.
 //
-// It is the chain of records whose handles are both null; records with a null object handle and
-// auxValue2 0 are taken for it, whatever their parent is. Two attributes of its text matter here:
+// It is made of the records whose object handle is null and whose `auxValue2` is 0, whatever their
+// parent is; it is written as a chain whose handles are both null. Two attributes of its text
+// matter here:
 //   1  the system parameters, one value (model/sym_parm_set.h)
 //   9  the identifier counters: value i is the next identifier of handle type handlerTypes[i]
 // All others stay as they are. Nothing here writes to a database.
@@ -22,8 +23,10 @@ namespace orx {
 
 class SystemRecord {
  public:
-  static constexpr int parametersKey = CMSymParmSet::attributeKey;
-  static constexpr int countersKey = 9;
+  // Whether `record` is one of the system record.
+  [[nodiscard]] static bool holds(const DataBuffer& record) {
+    return record.auxValue2() == 0 && record.hasNullObject();
+  }
 
   // Takes a record of the database; those of the system record add to its text. To be called in
   // database order. True when it was one of the system record.

@@ -2,6 +2,7 @@
 // to one, and writes every model again with what refers to it now. Nothing but models is changed.
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 
 #include "messages/trace_unit.h"
 #include "model/attribute_set.h"
@@ -9,6 +10,7 @@
 #include "platform/kdb_statistics.h"
 #include "platform/run_progress.h"
 #include "records/data_buffer.h"
+#include "records/record_calls.h"
 #include "restore/chain_writer.h"
 #include "restore/database_session.h"
 #include "restore/exit_codes.h"
@@ -18,27 +20,31 @@
 #include "restore/reference_index.h"
 #include "restore/restore_settings.h"
 #include "restore/use_count_types.h"
-#include "restore/verbose_object.h"
+#include "restore/verbose_use_count.h"
 
 namespace orx {
 
 namespace {
 
-constexpr auto endOfRecords = static_cast<std::int32_t>(kdb::Code::notThere);
-constexpr auto recordLength = static_cast<std::int32_t>(data_layout::recordSize);
+// The list of a model and of what refers to it.
+std::uint32_t listNumber(const CMConfigHandle& model) {
+  return static_cast<std::uint32_t>(static_cast<std::int32_t>(model));
+}
 
-std::int32_t identifierOf(const CMConfigHandle& handle) {
-  return static_cast<std::int32_t>(handle);
+std::unique_ptr<UseCountObserver> observerFor(const RestoreSettings& settings) {
+  if (settings.verbose != 0) return std::make_unique<VerboseUseCount>();
+  return std::make_unique<UseCountObserver>();
 }
 
 class UseCountRebuild {
  public:
-  explicit UseCountRebuild(const RestoreSettings& settings) : settings_(settings) {}
+  explicit UseCountRebuild(const RestoreSettings& settings)
+      : settings_(settings), observer_(observerFor(settings)) {}
 
   [[nodiscard]] int run() {
     (void)std::printf("start to rebuild the use count for DB %s\n", settings_.databaseName.c_str());
     if (!database_.open(settings_.databaseName)) return exitDatabaseNotOpened;
-    if (!openCursor()) return finish(exitDatabaseNotOpened);
+    if (!openRecords()) return finish(exitDatabaseNotOpened);
     if (!readRecords()) return finish(exitFailed);
     sortLists(references_);
     sortLists(models_);
@@ -46,8 +52,8 @@ class UseCountRebuild {
   }
 
  private:
-  [[nodiscard]] bool openCursor() {
-    const std::int32_t code = kdb::OpenCursor(database_.handle(), nullptr, 0, cursor_);
+  [[nodiscard]] bool openRecords() {
+    const std::int32_t code = openCursor(database_.handle(), cursor_);
     if (code != 0) database_.report(code, "*Error: Unable to open key1 cursor");
     return code == 0;
   }
@@ -55,29 +61,22 @@ class UseCountRebuild {
   [[nodiscard]] bool readRecords() {
     runProgress().enter("reading", kdb::recordsWhenOpened(database_.handle()));
     DataBuffer record;
-    std::int32_t code = readNext(record);
-    for (; code == 0; code = readNext(record)) {
+    std::int32_t code = readNextRecord(cursor_, record);
+    for (; code == 0; code = readNextRecord(cursor_, record)) {
       keep(record);
       runProgress().countRecord();
     }
-    if (code == endOfRecords) return true;
+    if (isEndOfRecords(code)) return true;
     database_.report(code, "*Error: in read records error");
     return false;
   }
 
-  [[nodiscard]] std::int32_t readNext(DataBuffer& record) {
-    std::int32_t length = 0;
-    return kdb::ReadNextFromCursor(cursor_, 0, record.data(), recordLength, length);
-  }
-
   // A model that refers to another one is kept twice.
   void keep(const DataBuffer& record) {
-    if (!takesPartInUseCount(record.recType())) return;
-    const auto model = static_cast<std::uint32_t>(identifierOf(record.modelHandle()));
-    if (model != 0 && record.recn() == 0) references_.append(model, record);
-    if (!isModel(record.recType())) return;
+    if (isCountedReference(record)) references_.append(listNumber(record.modelHandle()), record);
+    if (!isCountedModel(record.recType())) return;
     if (record.recn() == 0) ++modelCount_;
-    models_.append(static_cast<std::uint32_t>(identifierOf(record.objectHandle())), record);
+    models_.append(listNumber(record.objectHandle()), record);
   }
 
   [[nodiscard]] bool rebuildModels() {
@@ -94,17 +93,15 @@ class UseCountRebuild {
   [[nodiscard]] bool takeModel(RecordList& list) {
     model_.attributeText.clear();
     const int taken = myGetNextAndDestroy(list, model_);
-    if (settings_.verbose != 0) {
-      (void)std::printf("model handler: %d\n", identifierOf(model_.data.objectHandle()));
-    }
+    observer_->takenModel(model_.data.objectHandle());
     return taken != 0;
   }
 
   [[nodiscard]] bool rebuildModel(ReferenceIndex& references) {
     attributes_ = CMAttributeSet(model_.attributeText.c_str(), 1);
-    rebuildUsage(attributes_, model_.data.objectBytes(), references);
+    rebuildUsage(attributes_, model_.data.objectBytes(), references, *observer_);
     const std::string text = chainText(attributes_);
-    if (settings_.verbose != 0) printObject(model_.data, text);
+    observer_->rebuiltModel(model_.data, text);
     runProgress().countRecord();
     const std::int32_t code = rewriteChain(database_.handle(), model_.data, text, ownRecords());
     if (code != 0) database_.report(code, "*Error: update the model records");
@@ -124,10 +121,11 @@ class UseCountRebuild {
   }
 
   const RestoreSettings& settings_;
+  std::unique_ptr<UseCountObserver> observer_;
   DatabaseSession database_;
   kdb::kdbHandle cursor_;
-  RecordLists references_;
-  RecordLists models_;
+  RecordLists references_{*observer_};
+  RecordLists models_{*observer_};
   std::uint64_t modelCount_ = 0;  // how many will be rebuilt
   BigDataRecord model_;
   CMAttributeSet attributes_;

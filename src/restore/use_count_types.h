@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "records/data_buffer.h"
+
 namespace orx {
 
 // By record type: 1 for those that can refer to a model or be one. All others, the system record
@@ -23,6 +25,17 @@ inline constexpr auto useCountTypes = [] {
 [[nodiscard]] constexpr bool isModel(std::int32_t recType) {
   constexpr std::int32_t modelBit = 8;
   return (recType & modelBit) != 0;
+}
+
+// A record of a model that the rebuild writes again.
+[[nodiscard]] constexpr bool isCountedModel(std::int32_t recType) {
+  return takesPartInUseCount(recType) && isModel(recType);
+}
+
+// The first record of an object that counts for the model it refers to.
+[[nodiscard]] inline bool isCountedReference(const DataBuffer& record) {
+  return takesPartInUseCount(record.recType()) && record.recn() == 0 &&
+         static_cast<std::int32_t>(record.modelHandle()) != 0;
 }
 
 }  // namespace orx

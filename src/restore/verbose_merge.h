@@ -3,10 +3,11 @@
 #pragma once
 
 #include "restore/merge_observer.h"
+#include "restore/verbose_lists.h"
 
 namespace orx {
 
-class VerboseMerge : public MergeObserver {
+class VerboseMerge : public VerboseLists<MergeObserver> {
  public:
   void currentParameters(const CMSymParmSet& parameters, const CMAttribute* attribute) override;
   void alienParameters(const CMSymParmSet& parameters, const CMAttribute* attribute) override;

@@ -64,6 +64,8 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
       {"-x", exitUsage, "the command line .*", "orxrestore -i BACKUP -o DATABASE"},
       {"-i backup -m 'folder/a db'", exitNameHasPath, ".* not as @folder/a db",
        "cd folder && orxrestore -i @backup -m 'a db'"},
+      {"-vpi backup -o folder/db", exitNameHasPath, ".* not as @folder/db",
+       "cd folder && orxrestore -i @backup -o db -p -v"},
       {"-u nofolder/db", exitNameHasPath, ".* no directory for @nofolder/db", "ls -l [.]"},
       {"-i missing -o db", exitBackupNotOpened, "there is no backup @missing; @db is unchanged",
        "ls -l [.]"},

@@ -202,13 +202,19 @@ TEST_F(DumpLoad, OpeningDecidesBeforeAnythingIsRead) {
   createDatabase(scratch_.file("there"));
   createDatabase(scratch_.file("locked"));
   const Opened locked(scratch_.file("locked"));
+  std::filesystem::create_symlink("nowhere", scratch_.file("dangling"));
+  std::filesystem::copy_file(scratch_.file("there"), scratch_.file("gone.orx-previous"));
+  test::writeFile(scratch_.file("text"), "no database");
   const struct {
     std::string database, file;
     bool replace;
     std::string text;
   } cases[] = {
       {"none", "dump", true, "there is no such database, " + scratch_.file("none (5 NotThere")},
-      {"there", "dump", false, "(4 Duplicate, 46 Unique)"},
+      {"dangling", "dump", true, "this is a symbolic link that leads to no database, "},
+      {"gone", "dump", true, "\" makes it the database"},
+      {"text", "dump", true, "this is no database, "},
+      {"there", "dump", false, "there is already a file of that name, "},
       {"no/db", "dump", false, "there is no directory for the database"},
       {"new", "missing", false, "missing (No such file or directory)"},
       {"locked", "dump", true, "(3 BusyObject, 19 InUse)"},

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "restore/restore_settings.h"
+#include "restore/verbose_lists.h"
 #include "tests/restore/merge_records.h"
 
 namespace orx {
@@ -17,8 +17,6 @@ const std::string full(256, 'f');
 
 class RecordListsTest : public testing::Test {
  protected:
-  void TearDown() override { restoreSettings() = RestoreSettings(); }
-
   std::string gather(int expected = 1) {
     object_.attributeText.clear();
     EXPECT_EQ(myGetNextAndDestroy(lists_[0], object_), expected);
@@ -72,11 +70,12 @@ TEST_F(RecordListsTest, GathersAHeadWithWhatFollowsUpToTheNextHead) {
 }
 
 TEST_F(RecordListsTest, VerboseTellsOfListsAndRecords) {
-  restoreSettings().verbose = 1;
-  lists_.append(31, recordOf(1, 0xFFFFFFFF, full));
+  VerboseLists<RecordListObserver> verbose;
+  RecordLists lists(verbose);
+  lists.append(31, recordOf(1, 0xFFFFFFFF, full));
   testing::internal::CaptureStdout();
-  sortLists(lists_);
-  ASSERT_EQ(myGetNextAndDestroy(lists_[31], object_), 1);
+  sortLists(lists);
+  ASSERT_EQ(myGetNextAndDestroy(lists[31], object_), 1);
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             test::listLines({"31"}) + "next in list: data.recn=-1, attribute: '" + full + "'\n");
 }

@@ -6,25 +6,13 @@
 #include <cerrno>
 
 #include "platform/run_progress.h"
-#include "records/backup_reader.h"
+#include "records/backup_line.h"
 
 namespace orx::orxkdb {
 
 namespace {
 
 constexpr std::size_t windowCapacity = std::size_t{256} * 1024;
-
-std::string_view withoutLineEnd(std::string_view piece) {
-  if (piece.ends_with('\n')) piece.remove_suffix(1);
-  if (piece.ends_with('\r')) piece.remove_suffix(1);
-  return piece;
-}
-
-// As a restore takes it: behind a zero byte the line end counts as text.
-std::string_view restoredText(std::string_view piece) {
-  const bool keepsEnd = !piece.ends_with('\n') || piece.find('\0') != std::string_view::npos;
-  return keepsEnd ? piece : withoutLineEnd(piece);
-}
 
 }  // namespace
 
@@ -69,7 +57,7 @@ bool BackupFile::next(BackupPiece& piece) {
   const std::string_view bytes = pieceAt(offset_);
   if (bytes.empty()) return false;
   const bool endsLine = bytes.ends_with('\n');
-  piece = {endsLine ? withoutLineEnd(bytes) : bytes, offset_, line_, continuesLine_};
+  piece = {withoutLineEnd(bytes), offset_, line_, continuesLine_};
   offset_ += bytes.size();
   runProgress().countRecord();
   continuesLine_ = !endsLine;
@@ -79,8 +67,7 @@ bool BackupFile::next(BackupPiece& piece) {
 
 bool BackupFile::readAt(std::uint64_t offset, CMDatabaseBackupRecord& record) {
   runProgress().countRecord();
-  const std::string_view piece = pieceAt(offset);
-  record.setLine(restoredText(piece));
+  record.setLine(restoredText(pieceAt(offset)));
   return result_.ok();
 }
 

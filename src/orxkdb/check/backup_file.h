@@ -20,8 +20,8 @@
 #include "orxkdb/plain_backup.h"
 #include "orxkdb/result.h"
 #include "platform/file.h"
+#include "platform/file_state.h"
 #include "records/backup_record.h"
-#include "records/file_state.h"
 
 namespace orx::orxkdb {
 

@@ -4,9 +4,12 @@
 #include <cstring>
 
 #include "model/attribute_set.h"
+#include "orxkdb/attribute_label.h"
 #include "orxkdb/check/quote.h"
 #include "orxkdb/check/system_check.h"
-#include "orxkdb/known_attributes.h"
+#include "restore/handle_attributes.h"
+#include "restore/known_attributes.h"
+#include "restore/system_record.h"
 #include "restore/use_count_types.h"
 
 namespace orx::orxkdb {
@@ -41,11 +44,6 @@ std::string numbers(std::uint32_t first, std::uint32_t last) {
   return "records " + std::to_string(first) + " to " + std::to_string(last) + " are missing";
 }
 
-// Whatever its parent is.
-bool isOfSystemRecord(const DataBuffer& record) {
-  return record.auxValue2() == 0 && numberOf(record.objectBytes()) == nullHandle;
-}
-
 std::optional<std::int32_t> readUseCount(const ScannedAttribute& scanned) {
   const CMAttribute attribute(scanned.text, 1);
   std::string value;
@@ -65,7 +63,7 @@ void ObjectChecker::add(const DataBuffer& record, std::uint64_t line) {
   checkNumber(record, line);
   checkShared(record, line);
   text_ += record.text();
-  if (!isOfSystemRecord(record)) return;
+  if (!SystemRecord::holds(record)) return;
   isSystemRecord_ = true;
   systemText_ += record.text();
 }
@@ -78,7 +76,7 @@ void ObjectChecker::finish() {
 }
 
 bool ObjectChecker::belongsToObject(const DataBuffer& record) const {
-  return hasObject_ && std::memcmp(record.data(), head_.data(), 2 * handleSize) == 0;
+  return hasObject_ && record.isOfSameObject(head_);
 }
 
 void ObjectChecker::begin(const DataBuffer& record, std::uint64_t line) {
@@ -104,14 +102,10 @@ void ObjectChecker::checkNumber(const DataBuffer& record, std::uint64_t line) {
 
 // The text for an object without its first record.
 std::string ObjectChecker::joinedTo() {
-  if (nextRecn_ != 0 || !isCountedModel()) return {};
+  if (nextRecn_ != 0 || !isCountedModel(head_.recType())) return {};
   const std::optional<Place::Object>& model = modelAhead();
   if (!model) return {};
   return "; \"orxrestore -u\" joins the others to those of " + exportedForm(model->object);
-}
-
-bool ObjectChecker::isCountedModel() const {
-  return takesPartInUseCount(head_.recType()) && orx::isModel(head_.recType());
 }
 
 // A rebuild spreads the models over lists by identifier, each in key order.
@@ -142,7 +136,7 @@ void ObjectChecker::endObject() {
   checkRecordType();
   addModelReference(source);
   const Noted noted = checkText(source);
-  const bool isModel = isCountedModel();
+  const bool isModel = isCountedModel(head_.recType());
   if (isModel) addModel(noted, source);
   if (noted.hasSignatures && !(isModel && noted.hasUseCount)) addHandles(noted.signatures, source);
 }
@@ -150,8 +144,7 @@ void ObjectChecker::endObject() {
 void ObjectChecker::addModelReference(std::uint32_t source) {
   const HandleNumber model = numberOf(head_.modelBytes());
   if (model == nullHandle) return;
-  const bool counts =
-      head_.recn() == 0 && identifierOf(model) != 0 && takesPartInUseCount(head_.recType());
+  const bool counts = isCountedReference(head_);
   inventory_.addReference(
       {model, source, counts ? ReferenceFrom::countedModel : ReferenceFrom::model});
 }
@@ -214,7 +207,7 @@ void ObjectChecker::note(const ScannedAttribute& attribute, std::uint32_t source
       noted.hasSignatures = true;
       break;
     default:
-      if (holdsHandles(attribute.key)) addHandles(attribute, source);
+      if (isHandleAttribute(attribute.key)) addHandles(attribute, source);
   }
 }
 

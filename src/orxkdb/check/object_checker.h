@@ -41,7 +41,6 @@ class ObjectChecker {
   void endObject();
   void checkNumber(const DataBuffer& record, std::uint64_t line);
   [[nodiscard]] std::string joinedTo();
-  [[nodiscard]] bool isCountedModel() const;
   [[nodiscard]] std::optional<Place::Object>& modelAhead();
   void checkRecordType();
   void checkShared(const DataBuffer& record, std::uint64_t line);

@@ -4,8 +4,10 @@
 
 #include "orxkdb/explain/handle_words.h"
 #include "orxkdb/handle_number.h"
-#include "orxkdb/known_attributes.h"
 #include "orxkdb/printable.h"
+#include "restore/handle_attributes.h"
+#include "restore/known_attributes.h"
+#include "restore/merge_types.h"
 #include "restore/use_count_types.h"
 
 namespace orx::orxkdb {
@@ -13,8 +15,8 @@ namespace orx::orxkdb {
 ExplainedAttribute::ExplainedAttribute(const ScannedAttribute& scanned, const DataBuffer& head)
     : scanned_(scanned),
       attribute_(scanned.text, 1),
-      isOfSystem_(head.objectHandle().isNull()),
-      isOfModel_(takesPartInUseCount(head.recType()) && isModel(head.recType())) {}
+      isOfSystem_(head.hasNullObject()),
+      isOfModel_(isCountedModel(head.recType())) {}
 
 // Empty for an attribute whose meaning only the objects' own programs know.
 const char* ExplainedAttribute::name() const {
@@ -22,7 +24,7 @@ const char* ExplainedAttribute::name() const {
   if (isOfSystem_ && key() == known_attribute::counters) return "identifier counters";
   if (isOfModel_ && key() == known_attribute::useCount) return "use count";
   if (key() == known_attribute::signatures) return "signatures";
-  return holdsHandles(key()) ? "handles" : "";
+  return isHandleAttribute(key()) ? "handles" : "";
 }
 
 // The handle type that a counter belongs to.
@@ -34,7 +36,7 @@ std::optional<int> ExplainedAttribute::counterType(std::size_t index) const {
 
 // Sixteen digits may be anything, unless the attribute is one of handles.
 std::optional<CMConfigHandle> ExplainedAttribute::handleIn(std::string_view value) const {
-  if (!value.starts_with('<') && !holdsHandles(key())) return std::nullopt;
+  if (!value.starts_with('<') && !isHandleAttribute(key())) return std::nullopt;
   const auto number = readHandleText(value);
   return number ? std::optional(handleOf(*number)) : std::nullopt;
 }

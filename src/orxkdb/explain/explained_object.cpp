@@ -86,9 +86,7 @@ Result findObjects(const std::string& database, const ObjectQuery& query,
   if (Result result = reader.open(database); !result.ok()) return result;
   return reader.forEach([&](const DataBuffer& record) -> Result {
     if (!query.matches(numberOf(record.objectBytes()))) return {};
-    const bool continues = !objects.empty() &&
-                           objects.back().front().parentBytes() == record.parentBytes() &&
-                           objects.back().front().objectBytes() == record.objectBytes();
+    const bool continues = !objects.empty() && record.isOfSameObject(objects.back().front());
     if (!continues) objects.emplace_back();
     objects.back().push_back(record);
     return {};
@@ -97,8 +95,7 @@ Result findObjects(const std::string& database, const ObjectQuery& query,
 
 std::string objectText(const ObjectRecords& records) {
   const DataBuffer& head = records.front();
-  const bool isSystem = head.objectHandle().isNull() && head.parentHandle().isNull();
-  std::string text = isSystem ? "system record\n" : "object\n";
+  std::string text = head.hasNullHandles() ? "system record\n" : "object\n";
   text += "  handle: " + handleWords(head.objectHandle()) + "\n";
   text += "  parent: " + handleWords(head.parentHandle()) + "\n";
   for (const DataBuffer& record : records) text += recordText(record);

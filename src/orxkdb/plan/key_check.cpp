@@ -16,7 +16,7 @@ std::optional<KeyTaken> KeyCheck::add(const RecordKey& key) {
 }
 
 bool KeyCheck::isStored(const RecordKey& key) {
-  if (key.isOfSystemRecord() && key.recn < systemRecords_) return true;
+  if (key.hasNullHandles() && key.recn < systemRecords_) return true;
   while (stored_ && *stored_ < key) readNext();
   return stored_ == key;
 }
@@ -29,7 +29,7 @@ void KeyCheck::readNext() {
 }
 
 bool KeyCheck::isDropped() const {
-  return stored_->isOfSystemRecord() && stored_->recn >= systemRecords_ && record_.auxValue2() == 0;
+  return stored_->hasNullHandles() && stored_->recn >= systemRecords_ && record_.auxValue2() == 0;
 }
 
 }  // namespace orx::orxkdb

@@ -9,6 +9,7 @@
 #include "orxkdb/plan/plan_observer.h"
 #include "platform/run_progress.h"
 #include "records/backup_reader.h"
+#include "records/record_calls.h"
 #include "restore/chain_writer.h"
 #include "restore/merge_input.h"
 #include "restore/merge_run.h"
@@ -16,8 +17,6 @@
 namespace orx::orxkdb {
 
 namespace {
-
-constexpr auto noRecords = static_cast<std::int32_t>(kdb::endOfData.code);
 
 class PlanRun {
  public:
@@ -60,7 +59,9 @@ class PlanRun {
 
   Result readCurrent() {
     const DatabaseRead read = readDatabase(database_.handle(), merge_);
-    if (!read.ok() && read.code != noRecords) return lastFailure(databaseName_, database_.handle());
+    if (!read.ok() && !isEndOfRecords(read.code)) {
+      return lastFailure(databaseName_, database_.handle());
+    }
     if (!read.ok()) return refuse("the database is empty, and a merge needs its counters");
     if (merge_.readSystemRecord()) return {};
     return refuse("a merge would fail: there are no identifier counters in the system record");

@@ -1,7 +1,5 @@
 #include "orxkdb/report/census.h"
 
-#include <cstring>
-
 #include "orxkdb/check/text_scanner.h"
 #include "orxkdb/database_reader.h"
 #include "orxkdb/report/html_text.h"
@@ -13,20 +11,10 @@ namespace {
 
 constexpr std::size_t longestLabel = 48;
 
-bool isSystemRecord(const DataBuffer& head) {
-  return numberOf(head.objectBytes()) == nullHandle && numberOf(head.parentBytes()) == nullHandle;
-}
-
-// As the use-count rebuild counts it.
-bool isCountedReference(const DataBuffer& head) {
-  return head.recn() == 0 && identifierOf(numberOf(head.modelBytes())) != 0 &&
-         takesPartInUseCount(head.recType());
-}
-
 }  // namespace
 
 std::string labelOf(const DataBuffer& head) {
-  if (isSystemRecord(head)) return "system record";
+  if (head.hasNullHandles()) return "system record";
   TextScanner scanner(head.text());
   ScannedAttribute attribute;
   std::string value;
@@ -36,8 +24,7 @@ std::string labelOf(const DataBuffer& head) {
 }
 
 void Census::add(const DataBuffer& record) {
-  const bool continues =
-      records_ > 0 && std::memcmp(record.data(), head_.data(), 2 * handleSize) == 0;
+  const bool continues = records_ > 0 && record.isOfSameObject(head_);
   if (!continues) {
     endObject();
     head_ = record;
@@ -52,7 +39,7 @@ void Census::finish() {
 
 void Census::endObject() {
   if (records_ == 0) return;
-  const bool isModel = takesPartInUseCount(head_.recType()) && orx::isModel(head_.recType());
+  const bool isModel = isCountedModel(head_.recType());
   ++objects_;
   ++objectsOfType_[head_.recType()];
   chainLengths_.add(records_);

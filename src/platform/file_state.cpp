@@ -1,4 +1,4 @@
-#include "records/file_state.h"
+#include "platform/file_state.h"
 
 namespace orx {
 

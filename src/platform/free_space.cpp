@@ -1,4 +1,4 @@
-#include "terminal/free_space.h"
+#include "platform/free_space.h"
 
 #include <sys/statvfs.h>
 

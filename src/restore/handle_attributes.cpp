@@ -1,10 +1,7 @@
-#include "restore/renumber.h"
-
-#include <algorithm>
+#include "restore/handle_attributes.h"
 
 #include "messages/trace_unit.h"
 #include "model/attribute_iterator.h"
-#include "restore/merge_types.h"
 
 namespace orx {
 
@@ -34,12 +31,6 @@ void renumberHandles(CMAttributeSet& attributes, const MergeTables& tables,
     observer.foundAttribute(wanted.attrId);
     renumberValues(*attribute, tables, observer);
   }
-}
-
-bool isHandleAttribute(int keyNumber) {
-  return std::ranges::any_of(handleAttributes, [keyNumber](const HandleAttribute& wanted) {
-    return wanted.attrGroup * CMAttributeKey::groupSize + wanted.attrId == keyNumber;
-  });
 }
 
 void searchInVain(MergeObserver& observer) {

@@ -1,0 +1,78 @@
+#include "platform/kdb_diagnosis.h"
+
+#include <utility>
+
+#include "platform/free_space.h"
+#include "platform/kdb.h"
+#include "platform/taken_name.h"
+
+namespace orx::kdb {
+
+namespace {
+
+bool isBeforeUse(Phase phase) {
+  return phase == Phase::opening || phase == Phase::creating;
+}
+
+Situation withoutDatabase(const std::string& name, Phase phase) {
+  if (!isBeforeUse(phase)) return Situation::noRecord;
+  if (phase == Phase::creating) return Situation::noDirectory;
+  if (isTaken(name)) return Situation::brokenLink;
+  const bool hasPrevious = looksLikeDatabase(previousName(name).c_str());
+  return hasPrevious ? Situation::onlyPrevious : Situation::noDatabase;
+}
+
+Situation situationOf(const std::string& name, Reason reason, Phase phase) {
+  switch (reason) {
+    case Reason::notFound:
+      return withoutDatabase(name, phase);
+    case Reason::format:
+      return looksLikeDatabase(name.c_str()) ? Situation::damaged : Situation::notADatabase;
+    case Reason::inUse:
+      return isBeforeUse(phase) ? Situation::inUse : Situation::lostName;
+    case Reason::authority:
+      return Situation::noPermission;
+    case Reason::unique:
+      return phase == Phase::running ? Situation::keyTaken : Situation::nameTaken;
+    case Reason::length:
+      return Situation::nameTooLong;
+    case Reason::arguments:
+      return name.empty() ? Situation::nameEmpty : Situation::nameOfAnother;
+    case Reason::endOfFile:
+      return Situation::noRecords;
+    case Reason::space:
+      return lacksInodes(name) ? Situation::noInodes : Situation::noSpace;
+    case Reason::storage:
+      return Situation::noMemory;
+    case Reason::open:
+      return Situation::tooManyFiles;
+    case Reason::systemReject:
+      return Situation::noExchange;
+    case Reason::ioError:
+      return Situation::ioError;
+    case Reason::noError:
+    case Reason::notHeld:
+      break;
+  }
+  return Situation::refused;
+}
+
+// The file that kept a database from being opened for a change explains more than the failure,
+// where it is not the database.
+bool mayBeObstacle(const std::string& name, Reason reason, Phase phase) {
+  if (!isBeforeUse(phase) || (phase == Phase::creating && isTaken(name))) return false;
+  return reason == Reason::unique || reason == Reason::authority || reason == Reason::inUse;
+}
+
+}  // namespace
+
+Diagnosis diagnose(const std::string& name, const kdbStatus& status, Phase phase) {
+  const auto reason = static_cast<Reason>(status.reason);
+  if (mayBeObstacle(name, reason, phase)) {
+    Obstacle obstacle = obstacleOf(name);
+    if (obstacle.kind != ObstacleKind::none) return {Situation::obstacle, std::move(obstacle)};
+  }
+  return {situationOf(name, reason, phase)};
+}
+
+}  // namespace orx::kdb
