@@ -5,7 +5,7 @@
 #include <string>
 
 #include "orxkdb/command.h"
-#include "orxkdb/output.h"
+#include "orxkdb/output/output.h"
 
 namespace orx::orxkdb {
 

@@ -8,9 +8,9 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "orxkdb/database_reader.h"
-#include "orxkdb/json_document.h"
-#include "orxkdb/output.h"
+#include "orxkdb/input/database_reader.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/output/output.h"
 
 namespace orx::orxkdb {
 

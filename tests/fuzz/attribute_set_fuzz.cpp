@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "model/attribute_set.h"
-#include "orxkdb/check/text_scanner.h"
+#include "orxkdb/input/text_scanner.h"
 #include "records/data_buffer.h"
 #include "restore/chain_writer.h"
 #include "tests/fuzz/fuzz_target.h"

@@ -1,5 +1,5 @@
 // The scanner of attribute texts says what the attribute classes do, whatever the text.
-#include "orxkdb/check/text_scanner.h"
+#include "orxkdb/input/text_scanner.h"
 
 #include <gtest/gtest.h>
 

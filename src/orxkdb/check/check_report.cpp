@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "orxkdb/json_document.h"
-#include "orxkdb/printable.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/words/printable.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {

@@ -6,7 +6,7 @@
 
 #include "orxkdb/check/backup_check.h"
 #include "orxkdb/check/object_checker.h"
-#include "orxkdb/database_reader.h"
+#include "orxkdb/input/database_reader.h"
 #include "platform/run_progress.h"
 #include "records/carry_check.h"
 

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "orxkdb/handle_number.h"
+#include "orxkdb/keys/handle_number.h"
 
 namespace orx::orxkdb {
 

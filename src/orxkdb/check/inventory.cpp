@@ -4,8 +4,8 @@
 #include <iterator>
 #include <numeric>
 
-#include "orxkdb/check/quote.h"
 #include "orxkdb/known_attributes.h"
+#include "orxkdb/words/quote.h"
 #include "restore/merge_types.h"
 
 namespace orx::orxkdb {

@@ -4,9 +4,9 @@
 #include <cstring>
 
 #include "model/attribute_set.h"
-#include "orxkdb/check/quote.h"
 #include "orxkdb/check/system_check.h"
 #include "orxkdb/known_attributes.h"
+#include "orxkdb/words/quote.h"
 #include "restore/use_count_types.h"
 
 namespace orx::orxkdb {

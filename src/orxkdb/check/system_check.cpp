@@ -8,8 +8,8 @@
 
 #include "model/attribute_set.h"
 #include "model/sym_parm_set.h"
-#include "orxkdb/check/quote.h"
 #include "orxkdb/known_attributes.h"
+#include "orxkdb/words/quote.h"
 #include "restore/sym_parm_attribute.h"
 
 namespace orx::orxkdb {

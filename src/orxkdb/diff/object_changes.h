@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "orxkdb/check/text_scanner.h"
 #include "orxkdb/diff/chain.h"
 #include "orxkdb/diff/value_changes.h"
+#include "orxkdb/input/text_scanner.h"
 
 namespace orx::orxkdb {
 

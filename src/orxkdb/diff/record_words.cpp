@@ -4,9 +4,9 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
-#include "orxkdb/explain/handle_words.h"
-#include "orxkdb/printable.h"
-#include "orxkdb/record_name.h"
+#include "orxkdb/keys/record_name.h"
+#include "orxkdb/words/handle_words.h"
+#include "orxkdb/words/printable.h"
 
 namespace orx::orxkdb {
 

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "orxkdb/check/text_scanner.h"
-#include "orxkdb/database_reader.h"
+#include "orxkdb/input/database_reader.h"
+#include "orxkdb/input/text_scanner.h"
 #include "orxkdb/report/html_text.h"
 #include "restore/use_count_types.h"
 

@@ -1,11 +1,11 @@
-#include "orxkdb/explain/handle_words.h"
+#include "orxkdb/words/handle_words.h"
 
 #include <array>
 #include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>
 
-#include "orxkdb/handle_number.h"
+#include "orxkdb/keys/handle_number.h"
 
 namespace orx::orxkdb {
 

@@ -1,4 +1,4 @@
-#include "orxkdb/dump_format.h"
+#include "orxkdb/dump/dump_format.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "orxkdb/dump_reader.h"
+#include "orxkdb/dump/dump_reader.h"
 
 namespace orx::orxkdb {
 

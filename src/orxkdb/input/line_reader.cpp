@@ -1,12 +1,12 @@
-#include "orxkdb/line_reader.h"
+#include "orxkdb/input/line_reader.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
 
-#include "orxkdb/output.h"
-#include "orxkdb/read_failure.h"
+#include "orxkdb/input/read_failure.h"
+#include "orxkdb/output/output.h"
 
 namespace orx::orxkdb {
 

@@ -1,11 +1,11 @@
-// Writes the backup of a made-up fleet (orxkdb/fleet.h) as text.
+// Writes the backup of a made-up fleet (orxkdb/sample/fleet.h) as text.
 #pragma once
 
 #include <cstdint>
 #include <functional>
 #include <string_view>
 
-#include "orxkdb/fleet.h"
+#include "orxkdb/sample/fleet.h"
 
 namespace orx::orxkdb {
 

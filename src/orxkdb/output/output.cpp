@@ -1,4 +1,4 @@
-#include "orxkdb/output.h"
+#include "orxkdb/output/output.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "orxkdb/check/text_scanner.h"
+#include "orxkdb/input/text_scanner.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
-#include "orxkdb/database_reader.h"
+#include "orxkdb/input/database_reader.h"
 
 #include <algorithm>
 
-#include "orxkdb/record_name.h"
+#include "orxkdb/keys/record_name.h"
 #include "platform/kdb_statistics.h"
 #include "platform/run_progress.h"
 

@@ -1,4 +1,4 @@
-#include "orxkdb/read_failure.h"
+#include "orxkdb/input/read_failure.h"
 
 namespace orx::orxkdb {
 

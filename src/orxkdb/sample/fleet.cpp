@@ -1,4 +1,4 @@
-#include "orxkdb/fleet.h"
+#include "orxkdb/sample/fleet.h"
 
 #include <algorithm>
 #include <array>

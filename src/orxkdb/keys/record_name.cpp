@@ -1,4 +1,4 @@
-#include "orxkdb/record_name.h"
+#include "orxkdb/keys/record_name.h"
 
 #include "records/data_buffer.h"
 

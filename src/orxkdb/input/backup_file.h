@@ -17,7 +17,7 @@
 #include <string_view>
 #include <vector>
 
-#include "orxkdb/plain_backup.h"
+#include "orxkdb/input/plain_backup.h"
 #include "orxkdb/result.h"
 #include "platform/file.h"
 #include "records/backup_record.h"

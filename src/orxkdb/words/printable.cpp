@@ -1,4 +1,4 @@
-#include "orxkdb/printable.h"
+#include "orxkdb/words/printable.h"
 
 namespace orx::orxkdb {
 

@@ -1,9 +1,9 @@
-#include "orxkdb/explain/attribute_words.h"
+#include "orxkdb/words/attribute_words.h"
 
 #include <nlohmann/json.hpp>
 
-#include "orxkdb/check/text_scanner.h"
-#include "orxkdb/explain/explained_attribute.h"
+#include "orxkdb/input/text_scanner.h"
+#include "orxkdb/words/explained_attribute.h"
 
 namespace orx::orxkdb {
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "orxkdb/handle_number.h"
+#include "orxkdb/keys/handle_number.h"
 #include "platform/huge_pages.h"
 
 namespace orx::orxkdb {

@@ -1,4 +1,4 @@
-#include "orxkdb/plain_backup.h"
+#include "orxkdb/input/plain_backup.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -8,7 +8,7 @@
 #include <system_error>
 #include <vector>
 
-#include "orxkdb/read_failure.h"
+#include "orxkdb/input/read_failure.h"
 #include "platform/kdb.h"
 #include "platform/run_progress.h"
 #include "records/file_state.h"

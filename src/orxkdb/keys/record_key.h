@@ -4,7 +4,7 @@
 #include <compare>
 #include <cstdint>
 
-#include "orxkdb/handle_number.h"
+#include "orxkdb/keys/handle_number.h"
 #include "records/data_buffer.h"
 
 namespace orx::orxkdb {

@@ -1,8 +1,8 @@
-#include "orxkdb/json_document.h"
+#include "orxkdb/output/json_document.h"
 
 #include <nlohmann/json.hpp>
 
-#include "orxkdb/output.h"
+#include "orxkdb/output/output.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {

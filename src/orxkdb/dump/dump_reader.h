@@ -11,8 +11,8 @@
 #include <optional>
 #include <string>
 
-#include "orxkdb/dump_format.h"
-#include "orxkdb/line_reader.h"
+#include "orxkdb/dump/dump_format.h"
+#include "orxkdb/input/line_reader.h"
 #include "orxkdb/result.h"
 #include "records/data_buffer.h"
 

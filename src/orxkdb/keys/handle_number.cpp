@@ -1,4 +1,4 @@
-#include "orxkdb/handle_number.h"
+#include "orxkdb/keys/handle_number.h"
 
 #include <algorithm>
 

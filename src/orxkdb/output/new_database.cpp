@@ -1,4 +1,4 @@
-#include "orxkdb/new_database.h"
+#include "orxkdb/output/new_database.h"
 
 #include <sys/stat.h>
 

@@ -1,11 +1,11 @@
-#include "orxkdb/explain/explained_attribute.h"
+#include "orxkdb/words/explained_attribute.h"
 
 #include <nlohmann/json.hpp>
 
-#include "orxkdb/explain/handle_words.h"
-#include "orxkdb/handle_number.h"
+#include "orxkdb/keys/handle_number.h"
 #include "orxkdb/known_attributes.h"
-#include "orxkdb/printable.h"
+#include "orxkdb/words/handle_words.h"
+#include "orxkdb/words/printable.h"
 #include "restore/use_count_types.h"
 
 namespace orx::orxkdb {

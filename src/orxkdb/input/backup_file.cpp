@@ -1,4 +1,4 @@
-#include "orxkdb/check/backup_file.h"
+#include "orxkdb/input/backup_file.h"
 
 #include <fcntl.h>
 

@@ -1,4 +1,4 @@
-#include "orxkdb/bundle_writer.h"
+#include "orxkdb/output/bundle_writer.h"
 
 #include <fcntl.h>
 
