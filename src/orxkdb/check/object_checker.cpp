@@ -159,7 +159,7 @@ void ObjectChecker::addModelReference(std::uint32_t source) {
 ObjectChecker::Noted ObjectChecker::checkText(std::uint32_t source) {
   Noted noted;
   ScannedAttribute attribute;
-  TextScanner scanner(text_);
+  AttributeScanner scanner(text_);
   keys_.clear();
   while (scanner.next(attribute)) {
     checkAttribute(attribute);

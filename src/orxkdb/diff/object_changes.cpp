@@ -57,7 +57,7 @@ bool sameField(HeadField field, const DataBuffer& a, const DataBuffer& b) {
 
 ChainText::ChainText(const Chain& chain) {
   for (const KeyedRecord& record : chain.records) text_ += record.record.text();
-  TextScanner scanner(text_);
+  AttributeScanner scanner(text_);
   for (ScannedAttribute attribute; scanner.next(attribute);) attributes_.push_back(attribute);
   parses_ = scanner.rest().empty() && std::ranges::all_of(attributes_, isComplete);
   std::ranges::stable_sort(attributes_, {}, &ScannedAttribute::key);

@@ -7,7 +7,7 @@
 
 #include "orxkdb/diff/chain.h"
 #include "orxkdb/diff/value_changes.h"
-#include "orxkdb/input/text_scanner.h"
+#include "orxkdb/input/attribute_scanner.h"
 
 namespace orx::orxkdb {
 

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
+#include "orxkdb/input/attribute_scanner.h"
 #include "orxkdb/input/database_reader.h"
-#include "orxkdb/input/text_scanner.h"
 #include "orxkdb/report/html_text.h"
 #include "restore/use_count_types.h"
 
@@ -27,7 +27,7 @@ bool isCountedReference(const DataBuffer& head) {
 
 std::string labelOf(const DataBuffer& head) {
   if (isSystemRecord(head)) return "system record";
-  TextScanner scanner(head.text());
+  AttributeScanner scanner(head.text());
   ScannedAttribute attribute;
   std::string value;
   if (!scanner.next(attribute) || attribute.values.empty()) return value;

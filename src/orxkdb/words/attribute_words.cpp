@@ -2,14 +2,14 @@
 
 #include <nlohmann/json.hpp>
 
-#include "orxkdb/input/text_scanner.h"
+#include "orxkdb/input/attribute_scanner.h"
 #include "orxkdb/words/explained_attribute.h"
 
 namespace orx::orxkdb {
 
 std::string attributesText(std::string_view text, const DataBuffer& head) {
   std::string words;
-  TextScanner scanner(text);
+  AttributeScanner scanner(text);
   for (ScannedAttribute scanned; scanner.next(scanned);) {
     words += ExplainedAttribute(scanned, head).text();
   }
@@ -18,7 +18,7 @@ std::string attributesText(std::string_view text, const DataBuffer& head) {
 
 nlohmann::ordered_json attributesJson(std::string_view text, const DataBuffer& head) {
   nlohmann::ordered_json json = nlohmann::ordered_json::array();
-  TextScanner scanner(text);
+  AttributeScanner scanner(text);
   for (ScannedAttribute scanned; scanner.next(scanned);) {
     json.push_back(ExplainedAttribute(scanned, head).json());
   }
@@ -26,7 +26,7 @@ nlohmann::ordered_json attributesJson(std::string_view text, const DataBuffer& h
 }
 
 std::string_view unreadText(std::string_view text) {
-  TextScanner scanner(text);
+  AttributeScanner scanner(text);
   for (ScannedAttribute scanned; scanner.next(scanned);) continue;
   return scanner.rest();
 }

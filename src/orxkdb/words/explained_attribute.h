@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "model/attribute.h"
-#include "orxkdb/input/text_scanner.h"
+#include "orxkdb/input/attribute_scanner.h"
 #include "records/data_buffer.h"
 
 namespace orx::orxkdb {

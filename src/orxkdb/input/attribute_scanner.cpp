@@ -1,4 +1,4 @@
-#include "orxkdb/input/text_scanner.h"
+#include "orxkdb/input/attribute_scanner.h"
 
 #include <algorithm>
 #include <array>
@@ -183,7 +183,7 @@ void setHeader(const HeaderFields& fields, std::size_t count, ScannedAttribute& 
 }  // namespace
 
 // A header in its usual form holds no ">". Any other must not be looked for beyond the element.
-bool TextScanner::next(ScannedAttribute& attribute) {
+bool AttributeScanner::next(ScannedAttribute& attribute) {
   if (!rest_.starts_with('<')) return false;
   const std::string_view element = rest_.substr(1);
   attribute = {};

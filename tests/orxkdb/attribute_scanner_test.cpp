@@ -1,5 +1,5 @@
 // The scanner of attribute texts says what the attribute classes do, whatever the text.
-#include "orxkdb/input/text_scanner.h"
+#include "orxkdb/input/attribute_scanner.h"
 
 #include <gtest/gtest.h>
 
@@ -40,7 +40,7 @@ void expectAgreement(const ScannedAttribute& scanned, const std::string& text) {
   }
 }
 
-TEST(TextScanner, AgreesWithTheAttributeClassesOnRandomTexts) {
+TEST(AttributeScanner, AgreesWithTheAttributeClassesOnRandomTexts) {
   std::mt19937 random(7);
   std::vector<std::string> pieces = {" ", "\t"};
   std::istringstream words(
@@ -52,7 +52,7 @@ TEST(TextScanner, AgreesWithTheAttributeClassesOnRandomTexts) {
     for (std::size_t left = random() % 16; left > 0; --left)
       text += pieces[random() % pieces.size()];
     CMAttributeSet set(text.c_str(), 1);
-    TextScanner scanner(text);
+    AttributeScanner scanner(text);
     std::size_t count = 0;
     for (ScannedAttribute scanned; scanner.next(scanned); ++count) expectAgreement(scanned, text);
     EXPECT_EQ(count, set.entries()) << text;
@@ -64,7 +64,7 @@ TEST(TextScanner, AgreesWithTheAttributeClassesOnRandomTexts) {
   EXPECT_GT(attributes, 10000u);
 }
 
-TEST(TextScanner, TellsWhatCanBeReadInTwoWays) {
+TEST(AttributeScanner, TellsWhatCanBeReadInTwoWays) {
   const std::pair<const char*, bool> cases[] = {
       {"<2;0;2;a;;;b;>", true},    // "a;" and "b", or "a" and ";b"
       {"<2;0;2;a;;; ;>", false},   // "a;" and ""
@@ -73,7 +73,7 @@ TEST(TextScanner, TellsWhatCanBeReadInTwoWays) {
   };
   for (const auto& [text, isAmbiguous] : cases) {
     ScannedAttribute scanned;
-    TextScanner scanner(text);
+    AttributeScanner scanner(text);
     ASSERT_TRUE(scanner.next(scanned)) << text;
     EXPECT_EQ(scanned.isAmbiguous, isAmbiguous) << text;
   }

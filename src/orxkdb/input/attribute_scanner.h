@@ -1,7 +1,7 @@
-// TextScanner: walks the text of an attribute set in place and tells what reading it with
+// AttributeScanner: walks the text of an attribute set in place and tells what reading it with
 // CMAttributeSet would keep, change or lose, without building anything.
 //
-//   TextScanner scanner(text);
+//   AttributeScanner scanner(text);
 //   while (scanner.next(attribute)) ...   // scanner.rest() is what reading would leave over
 #pragma once
 
@@ -32,10 +32,10 @@ struct ScannedAttribute {
   }
 };
 
-class TextScanner {
+class AttributeScanner {
  public:
   // `text` holds no zero byte.
-  explicit TextScanner(std::string_view text)
+  explicit AttributeScanner(std::string_view text)
       : rest_(text), hasTab_(text.find('\t') != std::string_view::npos) {}
 
   // False, with `attribute` of no use, at the end and where reading ends at a fault.
