@@ -4,10 +4,9 @@
 
 #include "model/config_handle.h"
 #include "model/decimal.h"
+#include "orxkdb/input/backup_columns.h"
 
 namespace orx::orxkdb {
-
-using backup_layout::Column;
 
 namespace {
 
@@ -79,10 +78,6 @@ void checkColumn(const ColumnText& column, std::string_view line, std::vector<Li
 }
 
 }  // namespace
-
-std::string_view columnOf(std::string_view line, const Column& column) {
-  return line.substr(std::min(column.offset, line.size())).substr(0, column.width);
-}
 
 std::vector<LineFault> lineFaults(std::string_view line) {
   std::vector<LineFault> faults;

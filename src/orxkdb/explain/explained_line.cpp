@@ -5,6 +5,7 @@
 
 #include "model/decimal.h"
 #include "orxkdb/check/line_check.h"
+#include "orxkdb/input/backup_columns.h"
 #include "orxkdb/input/backup_file.h"
 #include "orxkdb/words/handle_words.h"
 #include "orxkdb/words/printable.h"
