@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "orxkdb/output/json_document.h"
+#include "orxkdb/output/output.h"
 #include "orxkdb/sample/sample_writer.h"
 
 namespace orx::orxkdb {

@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "orxkdb/input/read_failure.h"
-#include "orxkdb/output/output.h"
+#include "orxkdb/standard_stream.h"
 
 namespace orx::orxkdb {
 

@@ -16,11 +16,10 @@
 #include <string_view>
 
 #include "orxkdb/result.h"
+#include "orxkdb/standard_stream.h"
 #include "platform/atomic_file.h"
 
 namespace orx::orxkdb {
-
-inline constexpr std::string_view standardStream = "-";
 
 class Output {
  public:
