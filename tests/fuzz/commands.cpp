@@ -20,6 +20,7 @@
 #include "orxkdb/output/json_document.h"
 #include "orxkdb/sample/fleet.h"
 #include "orxkdb/sample/sample_writer.h"
+#include "orxkdb/stat/database_statistics.h"
 #include "platform/kdb.h"
 #include "restore/operations.h"
 #include "restore/restore_settings.h"
