@@ -6,6 +6,7 @@
 #include "model/attribute_set.h"
 #include "orxkdb/check/system_check.h"
 #include "orxkdb/known_attributes.h"
+#include "orxkdb/words/head_fields.h"
 #include "orxkdb/words/quote.h"
 #include "restore/use_count_types.h"
 
@@ -26,13 +27,9 @@ bool sharesAll(const DataBuffer& record, const DataBuffer& head) {
 
 std::string differences(const DataBuffer& record, const DataBuffer& head) {
   std::string text;
-  const auto add = [&text](bool differs, std::string_view name) {
-    if (differs) text.append(text.empty() ? "" : ", ").append(name);
-  };
-  add(record.recType() != head.recType(), "recType");
-  add(record.modelBytes() != head.modelBytes(), "modelHandle");
-  add(record.auxValue1() != head.auxValue1(), "auxValue1");
-  add(record.auxValue2() != head.auxValue2(), "auxValue2");
+  for (const HeadFieldName& field : differingFields(record, head)) {
+    text.append(text.empty() ? "" : ", ").append(field.name);
+  }
   return text;
 }
 
