@@ -5,6 +5,7 @@
 #include "model/config_handle.h"
 #include "model/decimal.h"
 #include "orxkdb/input/backup_columns.h"
+#include "orxkdb/words/quote.h"
 
 namespace orx::orxkdb {
 
@@ -18,10 +19,6 @@ std::string_view trimmed(std::string_view text) {
 bool isNumber(std::string_view text) {
   if (text.starts_with('-') || text.starts_with('+')) text.remove_prefix(1);
   return !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
-}
-
-std::string quote(std::string_view text) {
-  return "\"" + std::string(text) + "\"";
 }
 
 // Form version 0 is as good as 1.
