@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "orxkdb/check/check_run.h"
+#include "orxkdb/check/check_counts.h"
 #include "orxkdb/check/findings.h"
 #include "orxkdb/plan/merge_plan.h"
 #include "orxkdb/report/census.h"
