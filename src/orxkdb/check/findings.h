@@ -54,7 +54,8 @@ struct FindingKindText {
   std::string_view meaning;  // what follows from such a finding; may be several lines
 };
 
-inline constexpr std::size_t findingKindCount = 29;
+inline constexpr std::size_t findingKindCount =
+    static_cast<std::size_t>(FindingKind::nearLimit) + 1;
 extern const std::array<FindingKindText, findingKindCount> findingKinds;
 
 [[nodiscard]] inline std::string_view nameOf(FindingKind kind) {
