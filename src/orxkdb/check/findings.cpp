@@ -88,6 +88,12 @@ static_assert(std::ranges::all_of(findingKinds, [](const FindingKindText& row) {
   return &row - findingKinds.data() == static_cast<std::ptrdiff_t>(row.kind);
 }));
 
+std::string FindingKindText::meaning() const {
+  std::string line(meaningLines);
+  std::ranges::replace(line, '\n', ' ');
+  return line;
+}
+
 std::uint64_t Findings::total() const {
   return std::accumulate(entries_.begin(), entries_.end(), std::uint64_t{0},
                          [](std::uint64_t sum, const Entry& entry) { return sum + entry.count; });

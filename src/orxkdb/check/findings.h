@@ -50,8 +50,11 @@ enum class FindingKind : std::uint8_t {
 
 struct FindingKindText {
   FindingKind kind;
-  std::string_view name;     // of the kind, for scripts: "line-length"
-  std::string_view meaning;  // what follows from such a finding; may be several lines
+  std::string_view name;          // of the kind, for scripts: "line-length"
+  std::string_view meaningLines;  // what follows from such a finding, in the lines of a report
+
+  // The same on one line.
+  [[nodiscard]] std::string meaning() const;
 };
 
 inline constexpr std::size_t findingKindCount =
