@@ -10,7 +10,7 @@
 #include "messages/error_msg.h"
 #include "messages/message_print.h"
 #include "micro/sample.h"
-#include "orxkdb/bundle_writer.h"
+#include "orxkdb/output/bundle_writer.h"
 
 namespace orx::bench {
 

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "orxkdb/sample_writer.h"
+#include "orxkdb/sample/sample_writer.h"
 #include "records/backup_record.h"
 
 namespace orx::bench {

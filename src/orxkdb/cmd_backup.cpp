@@ -3,10 +3,10 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "orxkdb/database_reader.h"
-#include "orxkdb/json_document.h"
-#include "orxkdb/output.h"
-#include "orxkdb/record_name.h"
+#include "orxkdb/input/database_reader.h"
+#include "orxkdb/keys/record_name.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/output/output.h"
 #include "records/backup_record.h"
 #include "records/carry_check.h"
 

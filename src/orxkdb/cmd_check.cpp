@@ -6,8 +6,8 @@
 
 #include "orxkdb/check/check_report.h"
 #include "orxkdb/check/check_run.h"
-#include "orxkdb/json_document.h"
-#include "orxkdb/output.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/output/output.h"
 #include "terminal/color.h"
 
 namespace orx::orxkdb {

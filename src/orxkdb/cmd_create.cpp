@@ -4,10 +4,10 @@
 #include <nlohmann/json.hpp>
 
 #include "messages/bundle_files.h"
-#include "orxkdb/bundle_writer.h"
-#include "orxkdb/json_document.h"
-#include "orxkdb/new_database.h"
-#include "orxkdb/output.h"
+#include "orxkdb/output/bundle_writer.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/output/new_database.h"
+#include "orxkdb/output/output.h"
 #include "platform/file.h"
 #include "terminal/file_words.h"
 

@@ -4,7 +4,7 @@
 
 #include "orxkdb/diff/diff_run.h"
 #include "orxkdb/diff/diff_summary.h"
-#include "orxkdb/json_document.h"
+#include "orxkdb/output/json_document.h"
 
 namespace orx::orxkdb {
 

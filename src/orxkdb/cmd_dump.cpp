@@ -3,10 +3,10 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "orxkdb/database_reader.h"
-#include "orxkdb/dump_format.h"
-#include "orxkdb/json_document.h"
-#include "orxkdb/output.h"
+#include "orxkdb/dump/dump_format.h"
+#include "orxkdb/input/database_reader.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/output/output.h"
 
 namespace orx::orxkdb {
 

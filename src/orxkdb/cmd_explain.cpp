@@ -5,8 +5,8 @@
 
 #include "orxkdb/explain/explained_line.h"
 #include "orxkdb/explain/explained_object.h"
-#include "orxkdb/json_document.h"
-#include "orxkdb/output.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/output/output.h"
 
 namespace orx::orxkdb {
 

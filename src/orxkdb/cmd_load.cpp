@@ -4,11 +4,11 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "orxkdb/database_reader.h"
-#include "orxkdb/dump_reader.h"
-#include "orxkdb/json_document.h"
-#include "orxkdb/new_database.h"
-#include "orxkdb/output.h"
+#include "orxkdb/dump/dump_reader.h"
+#include "orxkdb/input/database_reader.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/output/new_database.h"
+#include "orxkdb/output/output.h"
 #include "platform/kdb_statistics.h"
 #include "platform/run_progress.h"
 #include "records/record_calls.h"

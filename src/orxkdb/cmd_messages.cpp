@@ -4,9 +4,9 @@
 #include <nlohmann/json.hpp>
 
 #include "messages/bundle_files.h"
-#include "orxkdb/bundle_writer.h"
-#include "orxkdb/json_document.h"
-#include "orxkdb/output.h"
+#include "orxkdb/output/bundle_writer.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/output/output.h"
 
 namespace orx::orxkdb {
 

@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "orxkdb/json_document.h"
-#include "orxkdb/output.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/output/output.h"
 #include "orxkdb/plan/plan_report.h"
 #include "orxkdb/plan/plan_run.h"
 

@@ -4,8 +4,8 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "orxkdb/json_document.h"
-#include "orxkdb/output.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/output/output.h"
 #include "orxkdb/report/html_text.h"
 #include "orxkdb/report/page.h"
 #include "orxkdb/report/report_data.h"

@@ -4,8 +4,9 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "orxkdb/json_document.h"
-#include "orxkdb/sample_writer.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/output/output.h"
+#include "orxkdb/sample/sample_writer.h"
 
 namespace orx::orxkdb {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "orxkdb/command.h"
-#include "orxkdb/output.h"
+#include "orxkdb/standard_stream.h"
 
 namespace orx::orxkdb {
 

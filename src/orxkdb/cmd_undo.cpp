@@ -7,9 +7,9 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "orxkdb/database_reader.h"
-#include "orxkdb/json_document.h"
-#include "orxkdb/output.h"
+#include "orxkdb/input/database_reader.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/output/output.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {

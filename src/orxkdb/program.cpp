@@ -12,9 +12,9 @@
 
 #include "orxkdb/cmd_diff.h"
 #include "orxkdb/commands.h"
-#include "orxkdb/json_document.h"
 #include "orxkdb/manual/manual_options.h"
-#include "orxkdb/output.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/output/output.h"
 #include "platform/interruption.h"
 #include "terminal/color.h"
 #include "terminal/file_words.h"

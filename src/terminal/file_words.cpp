@@ -6,16 +6,12 @@
 #include <filesystem>
 #include <string_view>
 
+#include "platform/control_character.h"
 #include "platform/file.h"
 
 namespace orx {
 
 namespace {
-
-bool isControl(char character) {
-  const auto code = static_cast<unsigned char>(character);
-  return code < 0x20 || code == 0x7F;
-}
 
 // Bytes of other scripts need no quoting.
 bool isPlain(char character) {
@@ -31,7 +27,7 @@ std::string inCodes(std::string_view text) {
   std::string word = "$'";
   for (const char character : text) {
     if (character == '\'' || character == '\\') word += '\\';
-    if (!isControl(character)) {
+    if (!isControlCharacter(character)) {
       word += character;
       continue;
     }
@@ -53,7 +49,7 @@ std::string inQuotes(std::string_view text) {
 }  // namespace
 
 std::string onOneLine(std::string text) {
-  std::ranges::replace_if(text, isControl, '?');
+  std::ranges::replace_if(text, isControlCharacter, '?');
   return text;
 }
 
@@ -69,7 +65,7 @@ std::string parentOf(const std::string& name) {
 
 std::string shellWord(const std::string& name) {
   const std::string word = name.starts_with('-') ? "./" + name : name;
-  if (std::ranges::any_of(word, isControl)) return inCodes(word);
+  if (std::ranges::any_of(word, isControlCharacter)) return inCodes(word);
   return !word.empty() && std::ranges::all_of(word, isPlain) ? word : inQuotes(word);
 }
 

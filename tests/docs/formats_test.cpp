@@ -4,7 +4,7 @@
 #include "model/attribute_set.h"
 #include "model/config_handle.h"
 #include "model/sym_parm_set.h"
-#include "orxkdb/dump_format.h"
+#include "orxkdb/dump/dump_format.h"
 #include "records/backup_record.h"
 #include "records/data_buffer.h"
 #include "tests/docs/fenced_blocks.h"

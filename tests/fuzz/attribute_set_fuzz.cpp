@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "model/attribute_set.h"
-#include "orxkdb/check/text_scanner.h"
+#include "orxkdb/input/attribute_scanner.h"
 #include "records/data_buffer.h"
 #include "restore/chain_writer.h"
 #include "tests/fuzz/fuzz_target.h"
@@ -35,7 +35,7 @@ struct Scanned {
 
 Scanned scan(const std::string& text) {
   Scanned found;
-  orxkdb::TextScanner scanner(text);
+  orxkdb::AttributeScanner scanner(text);
   orxkdb::ScannedAttribute attribute;
   int lastKey = -1;
   for (; scanner.next(attribute); ++found.attributes) {

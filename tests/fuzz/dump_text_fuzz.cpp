@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "orxkdb/dump_reader.h"
+#include "orxkdb/dump/dump_reader.h"
 #include "tests/fuzz/fuzz_files.h"
 #include "tests/fuzz/fuzz_target.h"
 

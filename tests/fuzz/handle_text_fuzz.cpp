@@ -3,7 +3,7 @@
 
 #include "model/config_handle.h"
 #include "orxkdb/explain/explained_object.h"
-#include "orxkdb/handle_number.h"
+#include "orxkdb/keys/handle_number.h"
 #include "tests/fuzz/fuzz_target.h"
 
 namespace {

@@ -2,9 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include "orxkdb/check/backup_file.h"
 #include "orxkdb/check/check_run.h"
 #include "orxkdb/cmd_backup.h"
+#include "orxkdb/input/backup_file.h"
 #include "records/backup_reader.h"
 #include "tests/support/program_runs.h"
 #include "tests/support/sample_text.h"

@@ -5,7 +5,7 @@
 
 #include "orxkdb/cmd_dump.h"
 #include "orxkdb/cmd_load.h"
-#include "orxkdb/dump_format.h"
+#include "orxkdb/dump/dump_format.h"
 #include "tests/support/kdb_records.h"
 
 namespace orx::orxkdb {

@@ -5,7 +5,7 @@
 #include <regex>
 
 #include "orxkdb/explain/explained_object.h"
-#include "orxkdb/explain/handle_words.h"
+#include "orxkdb/words/handle_words.h"
 #include "tests/support/program_runs.h"
 #include "tests/support/small_fleet.h"
 

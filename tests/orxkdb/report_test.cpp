@@ -8,11 +8,11 @@
 
 #include "orxkdb/cmd_report.h"
 #include "orxkdb/cmd_stat.h"
-#include "orxkdb/fleet.h"
 #include "orxkdb/report/html_text.h"
 #include "orxkdb/report/model_picture.h"
 #include "orxkdb/report/page.h"
 #include "orxkdb/report/sections.h"
+#include "orxkdb/sample/fleet.h"
 #include "tests/support/program_runs.h"
 #include "tests/support/small_fleet.h"
 

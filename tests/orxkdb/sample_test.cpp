@@ -1,4 +1,4 @@
-#include "orxkdb/sample_writer.h"
+#include "orxkdb/sample/sample_writer.h"
 
 #include <set>
 

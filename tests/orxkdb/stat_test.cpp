@@ -1,5 +1,6 @@
 #include "orxkdb/cmd_stat.h"
 
+#include "orxkdb/stat/database_statistics.h"
 #include "tests/restore/merge_records.h"
 #include "tests/support/program_runs.h"
 #include "tests/support/small_fleet.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "orxkdb/sample_writer.h"
+#include "orxkdb/sample/sample_writer.h"
 
 namespace orx::test {
 

@@ -4,9 +4,9 @@
 #include <tuple>
 #include <vector>
 
-#include "orxkdb/check/backup_file.h"
 #include "orxkdb/check/line_check.h"
 #include "orxkdb/check/object_checker.h"
+#include "orxkdb/input/backup_file.h"
 #include "platform/huge_pages.h"
 
 namespace orx::orxkdb {

@@ -3,8 +3,10 @@
 
 #include <string>
 
-#include "orxkdb/check/check_run.h"
+#include "orxkdb/check/check_counts.h"
+#include "orxkdb/check/findings.h"
 #include "orxkdb/check/inventory.h"
+#include "orxkdb/result.h"
 
 namespace orx::orxkdb {
 

@@ -1,10 +1,9 @@
 #include "orxkdb/check/check_report.h"
 
-#include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "orxkdb/json_document.h"
-#include "orxkdb/printable.h"
+#include "orxkdb/output/json_document.h"
+#include "orxkdb/words/printable.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {
@@ -44,7 +43,7 @@ std::string indented(std::string_view text) {
 std::string kindText(const std::string& input, const FindingKindText& kind,
                      const Findings& findings) {
   const std::vector<Finding>& kept = findings.kept(kind.kind);
-  std::string text = "\n" + std::string(kind.name) + "\n" + indented(kind.meaning) + "\n";
+  std::string text = "\n" + std::string(kind.name) + "\n" + indented(kind.meaningLines) + "\n";
   for (const Finding& finding : kept) {
     text += "  - " + placeText(input, finding.place) + ": " + printable(finding.text) + "\n";
   }
@@ -70,10 +69,8 @@ nlohmann::ordered_json findingJson(const Finding& finding) {
 nlohmann::ordered_json kindJson(const FindingKindText& kind, const Findings& findings) {
   nlohmann::ordered_json shown = nlohmann::ordered_json::array();
   for (const Finding& finding : findings.kept(kind.kind)) shown.push_back(findingJson(finding));
-  std::string meaning(kind.meaning);
-  std::ranges::replace(meaning, '\n', ' ');
   return {{"kind", kind.name},
-          {"meaning", meaning},
+          {"meaning", kind.meaning()},
           {"count", findings.count(kind.kind)},
           {"shown", shown}};
 }

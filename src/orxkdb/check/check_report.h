@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "orxkdb/check/check_run.h"
+#include "orxkdb/check/check_counts.h"
 #include "orxkdb/check/findings.h"
 
 namespace orx::orxkdb {

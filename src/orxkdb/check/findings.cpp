@@ -83,8 +83,16 @@ constexpr std::array<FindingKindText, findingKindCount> findingKinds{{
      "at 0"},
 }};
 
-static_assert(std::ranges::is_sorted(findingKinds, {}, &FindingKindText::kind));
-static_assert(findingKinds.back().kind == nearLimit && findingKinds.size() == findingKindCount);
+// Row by row the kinds of the enumeration.
+static_assert(std::ranges::all_of(findingKinds, [](const FindingKindText& row) {
+  return &row - findingKinds.data() == static_cast<std::ptrdiff_t>(row.kind);
+}));
+
+std::string FindingKindText::meaning() const {
+  std::string line(meaningLines);
+  std::ranges::replace(line, '\n', ' ');
+  return line;
+}
 
 std::uint64_t Findings::total() const {
   return std::accumulate(entries_.begin(), entries_.end(), std::uint64_t{0},

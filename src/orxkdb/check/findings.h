@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "orxkdb/handle_number.h"
+#include "orxkdb/keys/handle_number.h"
 
 namespace orx::orxkdb {
 
@@ -50,11 +50,15 @@ enum class FindingKind : std::uint8_t {
 
 struct FindingKindText {
   FindingKind kind;
-  std::string_view name;     // of the kind, for scripts: "line-length"
-  std::string_view meaning;  // what follows from such a finding; may be several lines
+  std::string_view name;          // of the kind, for scripts: "line-length"
+  std::string_view meaningLines;  // what follows from such a finding, in the lines of a report
+
+  // The same on one line.
+  [[nodiscard]] std::string meaning() const;
 };
 
-inline constexpr std::size_t findingKindCount = 29;
+inline constexpr std::size_t findingKindCount =
+    static_cast<std::size_t>(FindingKind::nearLimit) + 1;
 extern const std::array<FindingKindText, findingKindCount> findingKinds;
 
 [[nodiscard]] inline std::string_view nameOf(FindingKind kind) {

@@ -4,13 +4,11 @@
 #include <iterator>
 #include <numeric>
 
-#include "orxkdb/attribute_label.h"
-#include "orxkdb/check/quote.h"
+#include "orxkdb/words/attribute_label.h"
+#include "orxkdb/words/quote.h"
 #include "restore/merge_types.h"
 
 namespace orx::orxkdb {
-
-using enum FindingKind;
 
 namespace {
 
@@ -158,7 +156,7 @@ void Inventory::checkParents(Findings& findings) {
   for (const Siblings& siblings : siblings_) {
     if (isPresent(siblings.parent)) continue;
     if (siblings.parent == nullHandle || isInherited(siblings.parent)) continue;
-    findings.add(missingObject, placeOf(siblings.first), [&] {
+    findings.add(FindingKind::missingObject, placeOf(siblings.first), [&] {
       std::string text = "its parent is not there";
       const std::uint32_t more = siblings.count - 1;
       if (more > 0) text += "; it is that of " + counted(more, "more object", "more objects");
@@ -182,7 +180,7 @@ void Inventory::checkCycles(Findings& findings) const {
 }
 
 void Inventory::addCycle(std::uint32_t group, Findings& findings) const {
-  findings.add(parentCycle, placeOf(siblings_[group].parentObject), [&] {
+  findings.add(FindingKind::parentCycle, placeOf(siblings_[group].parentObject), [&] {
     if (siblings_[group].above == group) return std::string("it is its own parent");
     constexpr int mostNamed = 8;
     std::string text = "its parents lead back to it: ";
@@ -214,7 +212,7 @@ void Inventory::checkReferences(Findings& findings) {
       continue;
     }
     if (isInherited(reference.target)) continue;
-    findings.add(missingObject, placeOf(reference.source), [&] {
+    findings.add(FindingKind::missingObject, placeOf(reference.source), [&] {
       const std::string target = exportedForm(reference.target);
       if (reference.from < ReferenceFrom::attributes) {
         return "its model " + target + " is not there";
@@ -230,7 +228,7 @@ void Inventory::checkIsModel(std::size_t number, Findings& findings) const {
   const Reference& reference = references_[number];
   if (referenceModels_[number] != HandleTable::none) return;
   if (reference.from != ReferenceFrom::countedModel) return;
-  findings.add(notAModel, placeOf(reference.source),
+  findings.add(FindingKind::notAModel, placeOf(reference.source),
                [&] { return "its model " + exportedForm(reference.target) + " is none"; });
 }
 
@@ -243,7 +241,7 @@ void Inventory::checkModels(Findings& findings) {
       checkUseCount(models_[m], referrers.size(), findings);
       checkSignatures(models_[m], referrers, findings);
     } else if (!referrers.empty()) {
-      findings.add(noUseCount, placeOf(models_[m].source), [&] {
+      findings.add(FindingKind::noUseCount, placeOf(models_[m].source), [&] {
         return counted(referrers.size(), "object refers", "objects refer") + " to it";
       });
     }
@@ -272,7 +270,7 @@ void Inventory::collectReferrers() {
 
 void Inventory::checkUseCount(const Model& model, std::size_t referrers, Findings& findings) const {
   if (model.useCount && static_cast<std::uint32_t>(*model.useCount) == referrers) return;
-  findings.add(useCount, placeOf(model.source), [&] {
+  findings.add(FindingKind::useCount, placeOf(model.source), [&] {
     const std::string is =
         model.useCount ? "it is " + std::to_string(*model.useCount) : "it is not one number";
     return is + ", " + counted(referrers, "object refers", "objects refer") + " to it";
@@ -288,7 +286,7 @@ void Inventory::checkSignatures(const Model& model, std::span<HandleNumber> refe
   std::ranges::sort(listed);
   std::ranges::sort(referrers);
   if (std::ranges::equal(listed, referrers)) return;
-  findings.add(signatures, placeOf(model.source), [&] {
+  findings.add(FindingKind::signatures, placeOf(model.source), [&] {
     std::string text = counted(listed.size(), "is listed", "are listed") + ", " +
                        counted(referrers.size(), "object refers", "objects refer") + " to it";
     if (const auto surplus = firstOnlyIn(listed, referrers)) {
@@ -303,10 +301,11 @@ void Inventory::checkSignatures(const Model& model, std::span<HandleNumber> refe
 
 void Inventory::checkSystemRecord(Findings& findings) const {
   if (!systemRecord_) {
-    findings.add(noSystemRecord, {},
+    findings.add(FindingKind::noSystemRecord, {},
                  [] { return "no record with a null object handle and auxValue2 0"; });
   } else if (!counters_) {
-    findings.add(noCounters, placeOf(*systemRecord_), [] { return "attribute 9 is missing"; });
+    findings.add(FindingKind::noCounters, placeOf(*systemRecord_),
+                 [] { return "attribute 9 is missing"; });
   } else {
     for (std::size_t i = 0; i < handlerTypes.size(); ++i) checkCounter(i, findings);
   }
@@ -333,7 +332,7 @@ void Inventory::checkLimits(Findings& findings) const {
     const Counter& counter = (*counters_)[i];
     const std::uint8_t type = handlerTypes[i];
     if (!counter.isNumber || !isNearLimit(counter.next) || !isMerged(type)) continue;
-    findings.add(nearLimit, placeOf(*systemRecord_), [&] {
+    findings.add(FindingKind::nearLimit, placeOf(*systemRecord_), [&] {
       return "value " + std::to_string(i) + ", of type " + std::to_string(type) + ", is " +
              std::to_string(counter.next);
     });
@@ -348,7 +347,7 @@ void Inventory::checkIdentifierLimits(Findings& findings) const {
     const std::uint32_t identifier = identifierOf(handle);
     if (!isNearLimit(identifier) || !isMerged(typeOf(handle))) continue;
     if (!hasCountedIdentifier(handle)) continue;
-    findings.add(nearLimit, placeOf(object),
+    findings.add(FindingKind::nearLimit, placeOf(object),
                  [&] { return "its identifier is " + std::to_string(identifier); });
   }
 }

@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "orxkdb/check/findings.h"
-#include "orxkdb/check/handle_table.h"
-#include "orxkdb/handle_number.h"
+#include "orxkdb/keys/handle_number.h"
+#include "orxkdb/keys/handle_table.h"
 #include "platform/huge_pages.h"
 
 namespace orx::orxkdb {

@@ -4,10 +4,10 @@
 
 #include "model/config_handle.h"
 #include "model/decimal.h"
+#include "orxkdb/input/backup_columns.h"
+#include "orxkdb/words/quote.h"
 
 namespace orx::orxkdb {
-
-using backup_layout::Column;
 
 namespace {
 
@@ -19,10 +19,6 @@ std::string_view trimmed(std::string_view text) {
 bool isNumber(std::string_view text) {
   if (text.starts_with('-') || text.starts_with('+')) text.remove_prefix(1);
   return !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
-}
-
-std::string quote(std::string_view text) {
-  return "\"" + std::string(text) + "\"";
 }
 
 // Form version 0 is as good as 1.
@@ -79,10 +75,6 @@ void checkColumn(const ColumnText& column, std::string_view line, std::vector<Li
 }
 
 }  // namespace
-
-std::string_view columnOf(std::string_view line, const Column& column) {
-  return line.substr(std::min(column.offset, line.size())).substr(0, column.width);
-}
 
 std::vector<LineFault> lineFaults(std::string_view line) {
   std::vector<LineFault> faults;

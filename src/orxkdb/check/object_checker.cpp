@@ -4,17 +4,16 @@
 #include <cstring>
 
 #include "model/attribute_set.h"
-#include "orxkdb/attribute_label.h"
-#include "orxkdb/check/quote.h"
 #include "orxkdb/check/system_check.h"
+#include "orxkdb/words/attribute_label.h"
+#include "orxkdb/words/head_fields.h"
+#include "orxkdb/words/quote.h"
 #include "restore/handle_attributes.h"
 #include "restore/known_attributes.h"
 #include "restore/system_record.h"
 #include "restore/use_count_types.h"
 
 namespace orx::orxkdb {
-
-using enum FindingKind;
 
 namespace {
 
@@ -29,13 +28,9 @@ bool sharesAll(const DataBuffer& record, const DataBuffer& head) {
 
 std::string differences(const DataBuffer& record, const DataBuffer& head) {
   std::string text;
-  const auto add = [&text](bool differs, std::string_view name) {
-    if (differs) text.append(text.empty() ? "" : ", ").append(name);
-  };
-  add(record.recType() != head.recType(), "recType");
-  add(record.modelBytes() != head.modelBytes(), "modelHandle");
-  add(record.auxValue1() != head.auxValue1(), "auxValue1");
-  add(record.auxValue2() != head.auxValue2(), "auxValue2");
+  for (const HeadFieldName& field : differingFields(record, head)) {
+    text.append(text.empty() ? "" : ", ").append(field.name);
+  }
   return text;
 }
 
@@ -92,7 +87,7 @@ void ObjectChecker::begin(const DataBuffer& record, std::uint64_t line) {
 void ObjectChecker::checkNumber(const DataBuffer& record, std::uint64_t line) {
   const std::uint32_t recn = record.recn();
   if (recn != nextRecn_) {
-    findings_.add(chainGap, {line, object_, recn}, [&] {
+    findings_.add(FindingKind::chainGap, {line, object_, recn}, [&] {
       return recn > nextRecn_ ? numbers(nextRecn_, recn - 1) + joinedTo()
                               : "it stands behind record " + std::to_string(nextRecn_ - 1);
     });
@@ -118,12 +113,12 @@ void ObjectChecker::checkRecordType() {
   constexpr std::uint32_t highest = 254;
   const std::int32_t type = head_.recType();
   if (static_cast<std::uint32_t>(type) <= highest) return;
-  findings_.add(recordType, place(), [&] { return "it is " + std::to_string(type); });
+  findings_.add(FindingKind::recordType, place(), [&] { return "it is " + std::to_string(type); });
 }
 
 void ObjectChecker::checkShared(const DataBuffer& record, std::uint64_t line) {
   if (sharesAll(record, head_)) return;
-  findings_.add(chainDisagrees, {line, object_, record.recn()}, [&] {
+  findings_.add(FindingKind::chainDisagrees, {line, object_, record.recn()}, [&] {
     return "not as in record " + std::to_string(head_.recn()) + ": " + differences(record, head_);
   });
 }
@@ -152,7 +147,7 @@ void ObjectChecker::addModelReference(std::uint32_t source) {
 ObjectChecker::Noted ObjectChecker::checkText(std::uint32_t source) {
   Noted noted;
   ScannedAttribute attribute;
-  TextScanner scanner(text_);
+  AttributeScanner scanner(text_);
   keys_.clear();
   while (scanner.next(attribute)) {
     checkAttribute(attribute);
@@ -160,7 +155,7 @@ ObjectChecker::Noted ObjectChecker::checkText(std::uint32_t source) {
     keys_.push_back(attribute.key);
   }
   if (!scanner.rest().empty()) {
-    findings_.add(textLeftOver, place(), [&] {
+    findings_.add(FindingKind::textLeftOver, place(), [&] {
       return std::to_string(scanner.rest().size()) + " bytes from " + quote(scanner.rest());
     });
   }
@@ -173,27 +168,32 @@ void ObjectChecker::checkAttribute(const ScannedAttribute& attribute) {
     findings_.add(kind, place(), [&] { return attributeLabel(attribute.key) + " " + text(); });
   };
   if (!attribute.hasHeader) {
-    add(valueCount, [&] { return "has no header of three numbers: " + quote(attribute.text); });
+    add(FindingKind::valueCount,
+        [&] { return "has no header of three numbers: " + quote(attribute.text); });
   } else if (attribute.statedCount != attribute.valueCount) {
-    add(valueCount, [&] {
+    add(FindingKind::valueCount, [&] {
       return "states " + std::to_string(attribute.statedCount) + " values, " +
              std::to_string(attribute.valueCount) + " can be read";
     });
   } else if (attribute.hasRest) {
-    add(valueCount, [&] {
+    add(FindingKind::valueCount, [&] {
       return "has more than the " + std::to_string(attribute.statedCount) + " values it states";
     });
   }
   if (attribute.isMisread && attribute.hasHeader) {
-    add(attributeHeader, [&] { return "is written " + quote(attribute.header()); });
+    add(FindingKind::attributeHeader, [&] { return "is written " + quote(attribute.header()); });
   }
   if (attribute.losesBlank) {
-    add(notReadBack, [] { return "has a value that ends in a TAB"; });
+    add(FindingKind::notReadBack, [] { return "has a value that ends in a TAB"; });
   } else if (attribute.hasTab) {
-    add(notReadBack, [] { return "has a value with a TAB"; });
+    add(FindingKind::notReadBack, [] { return "has a value with a TAB"; });
   }
-  if (attribute.cutsBlanks) add(notReadBack, [] { return "has a value that ends in blanks"; });
-  if (attribute.isAmbiguous) add(ambiguousValue, [] { return "has \";;;\" between two values"; });
+  if (attribute.cutsBlanks) {
+    add(FindingKind::notReadBack, [] { return "has a value that ends in blanks"; });
+  }
+  if (attribute.isAmbiguous) {
+    add(FindingKind::ambiguousValue, [] { return "has \";;;\" between two values"; });
+  }
 }
 
 void ObjectChecker::note(const ScannedAttribute& attribute, std::uint32_t source, Noted& noted) {
@@ -216,7 +216,7 @@ void ObjectChecker::checkKeys() {
   std::ranges::sort(keys_);
   const auto repeated = std::ranges::adjacent_find(keys_);
   if (repeated == keys_.end()) return;
-  findings_.add(repeatedAttribute, place(), [&] { return attributeLabel(*repeated); });
+  findings_.add(FindingKind::repeatedAttribute, place(), [&] { return attributeLabel(*repeated); });
 }
 
 void ObjectChecker::addModel(const Noted& noted, std::uint32_t source) {
@@ -238,7 +238,7 @@ void ObjectChecker::readHandles(const ScannedAttribute& attribute) {
     const auto handle = readHandleText(value_);
     handles_.push_back(handle ? normalForm(*handle) : nullHandle);
     if (handle) continue;
-    findings_.add(handleValue, place(), [&] {
+    findings_.add(FindingKind::handleValue, place(), [&] {
       return attributeLabel(attribute.key) + " has the value " + quote(value_);
     });
   }

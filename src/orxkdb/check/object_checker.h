@@ -11,7 +11,7 @@
 
 #include "orxkdb/check/findings.h"
 #include "orxkdb/check/inventory.h"
-#include "orxkdb/check/text_scanner.h"
+#include "orxkdb/input/attribute_scanner.h"
 #include "records/data_buffer.h"
 #include "restore/record_lists.h"
 

@@ -8,7 +8,7 @@
 
 #include "model/attribute_set.h"
 #include "model/sym_parm_set.h"
-#include "orxkdb/check/quote.h"
+#include "orxkdb/words/quote.h"
 #include "restore/known_attributes.h"
 #include "restore/merge_types.h"
 #include "restore/sym_parm_attribute.h"

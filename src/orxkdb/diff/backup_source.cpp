@@ -5,9 +5,9 @@
 #include <tuple>
 
 #include "model/decimal.h"
-#include "orxkdb/check/line_check.h"
 #include "orxkdb/diff/carried_source.h"
-#include "orxkdb/printable.h"
+#include "orxkdb/input/backup_columns.h"
+#include "orxkdb/words/printable.h"
 #include "platform/huge_pages.h"
 #include "records/backup_layout.h"
 

@@ -13,8 +13,8 @@
 #include <memory_resource>
 #include <vector>
 
-#include "orxkdb/check/backup_file.h"
 #include "orxkdb/diff/record_source.h"
+#include "orxkdb/input/backup_file.h"
 #include "records/backup_layout.h"
 
 namespace orx::orxkdb {

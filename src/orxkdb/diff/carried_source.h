@@ -8,8 +8,8 @@
 #include <cstddef>
 #include <vector>
 
-#include "orxkdb/database_reader.h"
 #include "orxkdb/diff/record_source.h"
+#include "orxkdb/input/database_reader.h"
 #include "platform/kdb_statistics.h"
 
 namespace orx::orxkdb {

@@ -3,8 +3,8 @@
 #include <nlohmann/json.hpp>
 
 #include "orxkdb/diff/record_words.h"
-#include "orxkdb/explain/explained_attribute.h"
-#include "orxkdb/explain/handle_words.h"
+#include "orxkdb/words/explained_attribute.h"
+#include "orxkdb/words/handle_words.h"
 
 namespace orx::orxkdb {
 

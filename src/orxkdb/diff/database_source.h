@@ -1,8 +1,8 @@
 // The records of a database as they are stored, in one pass.
 #pragma once
 
-#include "orxkdb/database_reader.h"
 #include "orxkdb/diff/record_source.h"
+#include "orxkdb/input/database_reader.h"
 #include "platform/kdb_statistics.h"
 
 namespace orx::orxkdb {

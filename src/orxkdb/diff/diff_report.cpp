@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "orxkdb/diff/diff_summary.h"
-#include "orxkdb/json_document.h"
+#include "orxkdb/output/json_document.h"
 #include "terminal/color.h"
 
 namespace orx::orxkdb {

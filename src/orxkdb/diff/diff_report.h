@@ -8,7 +8,7 @@
 #include "orxkdb/diff/change_words.h"
 #include "orxkdb/diff/diff_counts.h"
 #include "orxkdb/diff/diff_options.h"
-#include "orxkdb/output.h"
+#include "orxkdb/output/output.h"
 
 namespace orx::orxkdb {
 

@@ -41,23 +41,9 @@ std::vector<Change<Item>> mergeLists(const std::vector<Item>& before,
 
 }  // namespace
 
-bool sameField(HeadField field, const DataBuffer& a, const DataBuffer& b) {
-  switch (field) {
-    case HeadField::recType:
-      return a.recType() == b.recType();
-    case HeadField::modelHandle:
-      return a.modelBytes() == b.modelBytes();
-    case HeadField::auxValue1:
-      return a.auxValue1() == b.auxValue1();
-    case HeadField::auxValue2:
-      return a.auxValue2() == b.auxValue2();
-  }
-  return true;
-}
-
 ChainText::ChainText(const Chain& chain) {
   for (const KeyedRecord& record : chain.records) text_ += record.record.text();
-  TextScanner scanner(text_);
+  AttributeScanner scanner(text_);
   for (ScannedAttribute attribute; scanner.next(attribute);) attributes_.push_back(attribute);
   parses_ = scanner.rest().empty() && std::ranges::all_of(attributes_, isComplete);
   std::ranges::stable_sort(attributes_, {}, &ScannedAttribute::key);
@@ -76,14 +62,6 @@ ObjectChanges::ObjectChanges(const Chain& before, const Chain& after)
   if (!textsParse()) return;
   const auto key = [](const ScannedAttribute& attribute) { return attribute.key; };
   attributes_ = mergeLists(beforeText_.attributes(), afterText_.attributes(), key, sameAttribute);
-}
-
-std::vector<HeadFieldName> ObjectChanges::head() const {
-  std::vector<HeadFieldName> changed;
-  for (const HeadFieldName& field : headFields) {
-    if (!sameField(field.field, before_.head(), after_.head())) changed.push_back(field);
-  }
-  return changed;
 }
 
 std::vector<RecordChange> ObjectChanges::records() const {

@@ -1,29 +1,15 @@
 // ObjectChanges: what differs between two chains of one object.
 #pragma once
 
-#include <array>
 #include <string>
 #include <vector>
 
-#include "orxkdb/check/text_scanner.h"
 #include "orxkdb/diff/chain.h"
 #include "orxkdb/diff/value_changes.h"
+#include "orxkdb/input/attribute_scanner.h"
+#include "orxkdb/words/head_fields.h"
 
 namespace orx::orxkdb {
-
-// The fields of the first record of a chain that say something of the object as a whole.
-enum class HeadField { recType, modelHandle, auxValue1, auxValue2 };
-
-struct HeadFieldName {
-  HeadField field;
-  const char* name;
-};
-inline constexpr std::array<HeadFieldName, 4> headFields{{{HeadField::recType, "recType"},
-                                                          {HeadField::modelHandle, "modelHandle"},
-                                                          {HeadField::auxValue1, "auxValue1"},
-                                                          {HeadField::auxValue2, "auxValue2"}}};
-
-[[nodiscard]] bool sameField(HeadField field, const DataBuffer& a, const DataBuffer& b);
 
 // The joined text of a chain and the attributes in it, in ascending order of their keys, those with
 // one key in the order read. They are views of the text, so it is neither copied nor moved; the
@@ -66,7 +52,9 @@ class ObjectChanges {
   [[nodiscard]] const Chain& after() const { return after_; }
 
   // The fields of the first records that differ.
-  [[nodiscard]] std::vector<HeadFieldName> head() const;
+  [[nodiscard]] std::vector<HeadFieldName> head() const {
+    return differingFields(before_.head(), after_.head());
+  }
   // Whether the numbers of records differ.
   [[nodiscard]] bool chainLength() const { return before_.records.size() != after_.records.size(); }
   // Whether both texts parse; if not, attributes() is empty and the records tell.

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "orxkdb/record_key.h"
+#include "orxkdb/keys/record_key.h"
 #include "orxkdb/result.h"
 #include "records/data_buffer.h"
 

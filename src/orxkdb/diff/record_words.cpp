@@ -4,9 +4,9 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
-#include "orxkdb/explain/handle_words.h"
-#include "orxkdb/printable.h"
-#include "orxkdb/record_name.h"
+#include "orxkdb/keys/record_name.h"
+#include "orxkdb/words/handle_words.h"
+#include "orxkdb/words/printable.h"
 
 namespace orx::orxkdb {
 
@@ -48,8 +48,7 @@ std::string fieldsText(const DataBuffer& before, const DataBuffer& after) {
   if (!sameKey(before, after)) {
     add("the key that it holds: " + recordName(before) + " -> " + recordName(after));
   }
-  for (const HeadFieldName& field : headFields) {
-    if (sameField(field.field, before, after)) continue;
+  for (const HeadFieldName& field : differingFields(before, after)) {
     add(std::string(field.name) + " " + fieldWords(field.field, before) + " -> " +
         fieldWords(field.field, after));
   }
@@ -67,8 +66,7 @@ Json fieldsJson(const DataBuffer& before, const DataBuffer& after) {
     json[name] = {{"old", old}, {"new", now}};
   };
   if (!sameKey(before, after)) add("key", recordName(before), recordName(after));
-  for (const HeadFieldName& field : headFields) {
-    if (sameField(field.field, before, after)) continue;
+  for (const HeadFieldName& field : differingFields(before, after)) {
     add(field.name, fieldJson(field.field, before), fieldJson(field.field, after));
   }
   if (before.text() != after.text()) add("text", before.text(), after.text());

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "orxkdb/diff/object_changes.h"
+#include "orxkdb/words/head_fields.h"
 
 namespace orx::orxkdb {
 

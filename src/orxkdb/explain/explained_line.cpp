@@ -4,10 +4,11 @@
 #include <nlohmann/json.hpp>
 
 #include "model/decimal.h"
-#include "orxkdb/check/backup_file.h"
 #include "orxkdb/check/line_check.h"
-#include "orxkdb/explain/handle_words.h"
-#include "orxkdb/printable.h"
+#include "orxkdb/input/backup_columns.h"
+#include "orxkdb/input/backup_file.h"
+#include "orxkdb/words/handle_words.h"
+#include "orxkdb/words/printable.h"
 #include "platform/kdb.h"
 #include "records/data_buffer.h"
 #include "terminal/file_words.h"

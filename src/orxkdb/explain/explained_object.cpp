@@ -6,10 +6,10 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
-#include "orxkdb/database_reader.h"
-#include "orxkdb/explain/attribute_words.h"
-#include "orxkdb/explain/handle_words.h"
-#include "orxkdb/printable.h"
+#include "orxkdb/input/database_reader.h"
+#include "orxkdb/words/attribute_words.h"
+#include "orxkdb/words/handle_words.h"
+#include "orxkdb/words/printable.h"
 
 namespace orx::orxkdb {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "orxkdb/handle_number.h"
+#include "orxkdb/keys/handle_number.h"
 #include "orxkdb/result.h"
 #include "records/data_buffer.h"
 

@@ -2,13 +2,13 @@
 
 #include <CLI/CLI.hpp>
 
-#include "orxkdb/line_reader.h"
+#include "orxkdb/input/line_reader.h"
 #include "orxkdb/manual/completion.h"
 #include "orxkdb/manual/formats_page.h"
 #include "orxkdb/manual/program_notes.h"
 #include "orxkdb/manual/program_page.h"
 #include "orxkdb/manual/restore_help.h"
-#include "orxkdb/output.h"
+#include "orxkdb/output/output.h"
 
 namespace orx::orxkdb {
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "orxkdb/database_reader.h"
+#include "orxkdb/input/database_reader.h"
 #include "orxkdb/plan/merge_plan.h"
 
 namespace orx::orxkdb {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "orxkdb/record_key.h"
+#include "orxkdb/keys/record_key.h"
 #include "restore/exit_codes.h"
 #include "restore/merge_types.h"
 

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "orxkdb/json_document.h"
+#include "orxkdb/output/json_document.h"
 #include "orxkdb/plan/plan_report.h"
 #include "orxkdb/plan/plan_words.h"
 

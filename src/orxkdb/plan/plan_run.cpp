@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "orxkdb/database_reader.h"
-#include "orxkdb/plain_backup.h"
+#include "orxkdb/input/database_reader.h"
+#include "orxkdb/input/plain_backup.h"
 #include "orxkdb/plan/identifier_list.h"
 #include "orxkdb/plan/key_check.h"
 #include "orxkdb/plan/plan_observer.h"

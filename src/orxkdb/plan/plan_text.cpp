@@ -3,7 +3,7 @@
 
 #include "orxkdb/plan/plan_report.h"
 #include "orxkdb/plan/plan_words.h"
-#include "orxkdb/printable.h"
+#include "orxkdb/words/printable.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {

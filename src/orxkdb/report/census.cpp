@@ -1,7 +1,7 @@
 #include "orxkdb/report/census.h"
 
-#include "orxkdb/check/text_scanner.h"
-#include "orxkdb/database_reader.h"
+#include "orxkdb/input/attribute_scanner.h"
+#include "orxkdb/input/database_reader.h"
 #include "orxkdb/report/html_text.h"
 #include "restore/use_count_types.h"
 
@@ -15,7 +15,7 @@ constexpr std::size_t longestLabel = 48;
 
 std::string labelOf(const DataBuffer& head) {
   if (head.hasNullHandles()) return "system record";
-  TextScanner scanner(head.text());
+  AttributeScanner scanner(head.text());
   ScannedAttribute attribute;
   std::string value;
   if (!scanner.next(attribute) || attribute.values.empty()) return value;

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "orxkdb/report/html_text.h"
 #include "orxkdb/report/sections.h"
 
@@ -20,10 +18,8 @@ std::string placeText(const Place& place) {
 std::string kindText(const FindingKindText& kind, const Findings& findings) {
   const std::vector<Finding>& kept = findings.kept(kind.kind);
   const std::uint64_t count = findings.count(kind.kind);
-  std::string meaning(kind.meaning);
-  std::ranges::replace(meaning, '\n', ' ');
   std::string html = "<h3><code>" + escaped(kind.name) + "</code> (" + grouped(count) + ")</h3>\n" +
-                     "<p class=\"soft\">" + escaped(meaning) + "</p>\n<ul>\n";
+                     "<p class=\"soft\">" + escaped(kind.meaning()) + "</p>\n<ul>\n";
   for (const Finding& finding : kept) {
     html += "<li>" + escaped(placeText(finding.place)) + ": " + escaped(finding.text) + "</li>\n";
   }

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "orxkdb/handle_number.h"
+#include "orxkdb/keys/handle_number.h"
 
 namespace orx::orxkdb {
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "orxkdb/check/handle_table.h"
-#include "orxkdb/handle_number.h"
+#include "orxkdb/keys/handle_number.h"
+#include "orxkdb/keys/handle_table.h"
 
 namespace orx::orxkdb {
 

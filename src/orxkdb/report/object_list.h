@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "orxkdb/handle_number.h"
+#include "orxkdb/keys/handle_number.h"
 
 namespace orx::orxkdb {
 

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include "orxkdb/check/check_run.h"
 #include "orxkdb/plan/plan_run.h"
 #include "platform/file.h"
 

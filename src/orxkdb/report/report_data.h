@@ -6,11 +6,11 @@
 #include <string>
 #include <utility>
 
-#include "orxkdb/check/check_run.h"
+#include "orxkdb/check/check_counts.h"
 #include "orxkdb/check/findings.h"
-#include "orxkdb/cmd_stat.h"
 #include "orxkdb/plan/merge_plan.h"
 #include "orxkdb/report/census.h"
+#include "orxkdb/stat/database_statistics.h"
 
 namespace orx::orxkdb {
 
