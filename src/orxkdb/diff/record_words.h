@@ -9,7 +9,7 @@
 
 namespace orx::orxkdb {
 
-// The value of the field: a number, or a handle as in explain/handle_words.h.
+// The value of the field: a number, or a handle as in words/handle_words.h.
 [[nodiscard]] std::string fieldWords(HeadField field, const DataBuffer& record);
 [[nodiscard]] nlohmann::ordered_json fieldJson(HeadField field, const DataBuffer& record);
 
