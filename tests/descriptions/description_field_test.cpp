@@ -4,8 +4,9 @@
 
 #include <memory>
 
-#include "model/attribute.h"
+#include "descriptions/marker_sequences.h"
 #include "model/attribute_set.h"
+#include "tests/support/attributes.h"
 #include "tests/support/trace_capture.h"
 
 namespace orx {
@@ -13,17 +14,7 @@ namespace {
 
 using testing::ElementsAre;
 
-CMAttribute make(int key, const std::string& value) {
-  CMAttribute attribute{CMAttributeKey(key)};
-  attribute.setValue(value);
-  return attribute;
-}
-
-std::string valueOf(const CMAttribute& attribute) {
-  std::string value;
-  attribute.getValue3(value, 0);
-  return value;
-}
+const auto make = test::makeAttribute;
 
 std::string times(int count, const std::string& text) {
   std::string all;
@@ -51,10 +42,10 @@ TEST(DescriptionField, IsWrittenToItsWidthWithoutSplittingACharacter) {
       {6, "ab\xFF", 8, "6;ab    "}, {6103, "x", 6, "6103; "},
       {6103, "x", 5, ""},           {6103, "x", 1, ""}};
   for (const auto& [key, value, width, field] : cases) {
-    EXPECT_EQ(fieldOf(make(key, value), width), field) << value << width;
+    EXPECT_EQ(fieldOf(make(key, {value}), width), field) << value << width;
   }
-  EXPECT_EQ(createUTF8Desc(make(6, "x"), nullptr, 0), 0);
-  EXPECT_THAT(captureTrace("none=1", [] { fieldOf(make(6103, ""), 5); }),
+  EXPECT_EQ(createUTF8Desc(make(6, {"x"}), nullptr, 0), 0);
+  EXPECT_THAT(captureTrace("none=1", [] { fieldOf(make(6103, {""}), 5); }),
               ElementsAre("The destination buffer is too small"));
 }
 
@@ -65,18 +56,17 @@ TEST(DescriptionField, IsReadBackOrLeavesTheAttributeAlone) {
                                                              {";x", 0, "x"},
                                                              {"2147483647;x", 2147483647, "x"}};
   for (const auto& [text, key, value] : cases) {
-    CMAttribute attribute = make(1, "first");
-    attribute.setValue("second");
+    CMAttribute attribute = make(1, {"first", "second"});
     EXPECT_EQ(getUTF8Desc(text, &attribute, 0, 0), 1) << text;
-    EXPECT_TRUE(attribute == make(key, value)) << text << attribute.text();
+    EXPECT_TRUE(attribute == make(key, {value})) << text << attribute.text();
   }
   std::string longNumber(64, '0');
   longNumber += "6;x";
   for (const char* bad : {"", "abc", "46", "x6;abc", "6x;abc", "-6;abc", " 6;abc", "2147483648;x",
                           longNumber.c_str(), static_cast<const char*>(nullptr)}) {
-    CMAttribute attribute = make(1, "kept");
+    CMAttribute attribute = make(1, {"kept"});
     EXPECT_EQ(getUTF8Desc(bad, &attribute, 1, 0), 0) << bad;
-    EXPECT_TRUE(attribute == make(1, "kept")) << bad;
+    EXPECT_TRUE(attribute == make(1, {"kept"})) << bad;
   }
   EXPECT_EQ(getUTF8Desc("6;x", nullptr, 0, 0), 0);
   CMAttribute attribute;
@@ -87,27 +77,28 @@ TEST(DescriptionField, IsReadBackOrLeavesTheAttributeAlone) {
 
 // A key has the same digits in nearly every code page; only the trace tells the direction.
 TEST(DescriptionField, ItsKeyIsConvertedAndItsTextTraced) {
-  using testing::Contains;
-  using testing::EndsWith;
-  CMAttribute attribute;
-  EXPECT_THAT(captureTrace("ConvertStringToUTF8=1", [] { fieldOf(make(6, "x"), 9); }),
-              Contains(EndsWith("flagUTF8 is [0]")));
-  EXPECT_THAT(
-      captureTrace("ConvertStringToUTF8=1", [&] { (void)getUTF8Desc("6;x", &attribute, 0, 0); }),
-      Contains(EndsWith("flagUTF8 is [1]")));
-  EXPECT_THAT(captureTrace("getUTF8Desc=1", [&] { (void)getUTF8Desc("6;x", &attribute, 0, 0); }),
+  const auto read = [] {
+    CMAttribute attribute;
+    (void)getUTF8Desc("6;x", &attribute, 0, 0);
+  };
+  EXPECT_THAT(captureTrace("ConvertStringToUTF8=1", [] { fieldOf(make(6, {"x"}), 9); }),
+              testing::Contains(testing::EndsWith("flagUTF8 is [0]")));
+  EXPECT_THAT(captureTrace("ConvertStringToUTF8=1", read),
+              testing::Contains(testing::EndsWith("flagUTF8 is [1]")));
+  EXPECT_THAT(captureTrace("getUTF8Desc=1", read),
               ElementsAre("dump of source (3 bytes)", testing::HasSubstr("36 3B 78")));
 }
 
 TEST(DescriptionField, ReadingCanTranslateAndKeepsUtf8WhereItCannot) {
-  CMAttribute attribute;
-  EXPECT_EQ(getUTF8Desc("6;é€  ", &attribute, 1, 1252), 1);
-  EXPECT_EQ(valueOf(attribute), "\xE9\x80");
-  EXPECT_EQ(getUTF8Desc("7;é€  ", &attribute, 1, 819), 1);
-  EXPECT_EQ(valueOf(attribute), "é€");
-  EXPECT_EQ(attribute.key().number(), 7);
-  EXPECT_EQ(getUTF8Desc(("6;" + times(70, "é")).c_str(), &attribute, 2, 819), 1);
-  EXPECT_EQ(valueOf(attribute), times(64, "\xE9"));
+  const std::tuple<std::string, int, int, CMAttribute> cases[] = {
+      {"6;é€  ", 1, 1252, make(6, {"\xE9\x80"})},
+      {"7;é€  ", 1, 819, make(7, {"é€"})},
+      {"6;" + times(70, "é"), 2, 819, make(6, {times(64, "\xE9")})}};
+  for (const auto& [text, translate, ccsid, expected] : cases) {
+    CMAttribute attribute;
+    EXPECT_EQ(getUTF8Desc(text.c_str(), &attribute, translate, ccsid), 1) << text;
+    EXPECT_TRUE(attribute == expected) << text << attribute.text();
+  }
 }
 
 TEST(DescriptionTranslation, CutsAtSixtyFourBytesBetweenCharacters) {
@@ -122,13 +113,12 @@ TEST(DescriptionTranslation, CutsAtSixtyFourBytesBetweenCharacters) {
       {"UTF-8 as local code page", times(22, "€"), 0, 0, 1, times(21, "€")},
       {"only 510 bytes count", times(600, "x"), 1, 819, 0, times(510, "x")}};
   for (const auto& [name, value, toUTF8, ccsid, limit64, expected] : cases) {
-    CMAttribute attribute = make(6, value);
-    attribute.setValue("second");
+    CMAttribute attribute = make(6, {value, "second"});
     EXPECT_EQ(TranslateAttrValue(&attribute, toUTF8, ccsid, limit64), 1) << name;
-    EXPECT_EQ(attribute.text(), make(6, expected).text()) << name;
+    EXPECT_TRUE(attribute == make(6, {expected})) << name << attribute.text();
   }
   const auto lines = captureTrace("clearValues=0x40", [] {
-    CMAttribute attribute = make(6, times(70, "\xE9"));
+    CMAttribute attribute = make(6, {times(70, "\xE9")});
     EXPECT_EQ(TranslateAttrValue(&attribute, 1, 819, 1), 1);
   });
   EXPECT_EQ(lines.at(2), "The DESCR is too long and is truncated to 64 bytes (140 bytes)");
@@ -141,28 +131,54 @@ TEST(DescriptionTranslation, FailsWithoutAChange) {
       {"cut within a character at 510 bytes", "x" + times(300, "é"), 0, 819},
       {"too long in UTF-8", times(300, "\xE9"), 1, 819}};
   for (const auto& [name, value, toUTF8, ccsid] : cases) {
-    CMAttribute attribute = make(6, value);
-    attribute.setValue("second");
-    const CMAttribute before = attribute;
+    CMAttribute attribute = make(6, {value, "second"});
     EXPECT_EQ(TranslateAttrValue(&attribute, toUTF8, ccsid, 1), 0) << name;
-    EXPECT_TRUE(attribute == before) << name;
+    EXPECT_TRUE(attribute == make(6, {value, "second"})) << name;
   }
   EXPECT_EQ(TranslateAttrValue(nullptr, 1, 819, 1), 0);
 }
 
 TEST(DescriptionSearch, FollowsTheTableAndDetachesOnDemand) {
   CMAttributeSet set("<1;0;1;A;><4094;1;0;><4096;1;1;C;><13;0;1;B;><7;0;1;A;><46;0;1;D;>", 1);
-  const std::size_t entries = set.entries();
   EXPECT_EQ(findDescAttr(&set, 0)->key().number(), 7);
-  EXPECT_EQ(set.entries(), entries);
+  EXPECT_EQ(set.entries(), 6u);
   std::vector<int> keys;
   for (std::unique_ptr<CMAttribute> taken(findDescAttr(&set, 1)); taken != nullptr;
        taken.reset(findDescAttr(&set, 1))) {
     keys.push_back(taken->key().number());
   }
   EXPECT_THAT(keys, ElementsAre(7, 13, 46, 8190));
-  EXPECT_EQ(set.entries(), entries - 4);
+  EXPECT_EQ(set.entries(), 2u);
   EXPECT_EQ(findDescAttr(nullptr, 1), nullptr);
+}
+
+#define LESS "\xFE\xFD\xFC\xFB\xFA\xF0"
+#define MORE "\xFE\xFD\xFC\xFB\xF0\xFA"
+#define SEMI "\xFE\xFD\xFC\xFB\xFA\xF1"
+
+TEST(MarkerSequences, AreFoundInOrderAndReplaced) {
+  // The position is -1 where there is no marker.
+  const std::tuple<const char*, int, int, const char*> cases[] = {
+      {"", -1, -1, nullptr},
+      {"a<b>;", -1, -1, nullptr},
+      {"a" LESS "b", 1, 0, "a<b"},
+      {LESS MORE SEMI, 0, 0, "<>;"},
+      {SEMI "x" LESS, 0, 2, ";x<"},
+      {MORE MORE "tail", 0, 1, ">>tail"},
+      {"ab" SEMI, 2, 2, "ab;"},
+      {"\xFE\xFD\xFC\xFB\xFA", -1, -1, nullptr},
+      {"\xFE\xFD\xFC\xFB\xFA\xF2", -1, -1, nullptr},
+      {"\xFE\xFD\xFC\xFB", -1, -1, nullptr},
+      {"\xFE\xFD\xFC\xFB" MORE "\xFE\xFD", 4, 1, "\xFE\xFD\xFC\xFB>\xFE\xFD"},
+      {"\xFE" LESS "\xFA\xF0", 1, 0, "\xFE<\xFA\xF0"}};
+  for (const auto& [text, position, marker, expected] : cases) {
+    int which = 7;
+    const char* found = searchSpecString(text, &which);
+    EXPECT_EQ(found == nullptr ? -1 : found - text, position) << text;
+    EXPECT_EQ(which, marker) << text;
+    const auto replaced = replaceSpecString(text);
+    EXPECT_STREQ(replaced.get(), expected) << text;
+  }
 }
 
 }  // namespace

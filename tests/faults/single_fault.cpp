@@ -3,6 +3,7 @@
 #include <sys/syscall.h>
 
 #include <algorithm>
+#include <csignal>
 #include <string_view>
 
 #include "tests/faults/system_calls.h"

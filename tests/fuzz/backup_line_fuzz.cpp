@@ -8,9 +8,8 @@
 #include "records/merge_tables.h"
 #include "tests/fuzz/fuzz_target.h"
 
+namespace orx::fuzz {
 namespace {
-
-using namespace orx;
 
 DataBuffer recordOf(const CMDatabaseBackupRecord& line) {
   DataBuffer record;
@@ -29,28 +28,27 @@ void checkMerge(const CMDatabaseBackupRecord& line, const DataBuffer& plain, std
   tables.idBase.fill(base);
   DataBuffer merged;
   const bool taken = line.buildDataBufferForMerge(merged, tables) == 1;
-  fuzz::require(taken == tables.merges(plain.recType()), "a merge takes the types of its table");
-  fuzz::require(merged.recType() == plain.recType(), "a merge keeps the type");
-  if (taken) fuzz::require(haveEqualNumbersAndText(merged, plain), "a merge moves handles alone");
+  require(taken == tables.merges(plain.recType()), "a merge takes the types of its table");
+  require(merged.recType() == plain.recType(), "a merge keeps the type");
+  if (taken) require(haveEqualNumbersAndText(merged, plain), "a merge moves handles alone");
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  fuzz::Input input(data, size);
+const Registration target("backup_line", [](Input& input) {
   const std::uint32_t base = input.byte();
   CMDatabaseBackupRecord line;
   line.setLine(input.rest());
   const DataBuffer record = recordOf(line);
   checkMerge(line, record, base);
-  if (checkCarry(record) != CarryProblem::none) return 0;
+  if (checkCarry(record) != CarryProblem::none) return;
   const DataBuffer again = recordOf(CMDatabaseBackupRecord(record));
-  fuzz::require(haveEqualNumbersAndText(record, again), "numbers and text come back");
+  require(haveEqualNumbersAndText(record, again), "numbers and text come back");
   DataBuffer settled = again;
   for (int i = 0; i < 3; ++i) settled = recordOf(CMDatabaseBackupRecord(settled));
   const CMDatabaseBackupRecord written(settled);
-  fuzz::require(recordOf(written) == settled, "written again and again, a record settles");
-  fuzz::require(written.text() == CMDatabaseBackupRecord(recordOf(written)).text(),
-                "and so does its line");
-  return 0;
-}
+  require(recordOf(written) == settled, "written again and again, a record settles");
+  require(written.text() == CMDatabaseBackupRecord(recordOf(written)).text(),
+          "and so does its line");
+});
+
+}  // namespace
+}  // namespace orx::fuzz

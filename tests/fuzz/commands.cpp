@@ -2,25 +2,18 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
 #include <nlohmann/json.hpp>
+#include <sstream>
+#include <utility>
 
 #include "orxkdb/check/check_run.h"
-#include "orxkdb/cmd_backup.h"
-#include "orxkdb/cmd_check.h"
-#include "orxkdb/cmd_diff.h"
-#include "orxkdb/cmd_dump.h"
-#include "orxkdb/cmd_explain.h"
-#include "orxkdb/cmd_load.h"
-#include "orxkdb/cmd_plan.h"
-#include "orxkdb/cmd_report.h"
-#include "orxkdb/cmd_stat.h"
-#include "orxkdb/cmd_undo.h"
 #include "orxkdb/diff/diff_run.h"
-#include "orxkdb/output/json_document.h"
+#include "orxkdb/program.h"
 #include "orxkdb/sample/fleet.h"
 #include "orxkdb/sample/sample_writer.h"
-#include "orxkdb/stat/database_statistics.h"
 #include "platform/kdb.h"
 #include "restore/operations.h"
 #include "restore/restore_settings.h"
@@ -33,81 +26,54 @@ namespace {
 
 using namespace orx::orxkdb;
 
-constexpr std::size_t all = 0;  // a limit
 constexpr std::uint32_t fleetSize = 20;
 
-using Command = Result (*)(const Workplace& place, bool json);
+constexpr std::array readers{"check db",
+                             "stat db",
+                             "dump db output",
+                             "backup db output",
+                             "explain db 0:0",
+                             "explain db 12:1",
+                             "diff --records db sound",
+                             "diff --limit 0 sound db",
+                             "diff backup db",
+                             "plan db backup",
+                             "report db --html output --plan backup"};
 
-const std::array<Command, 11> readers{
-    [](const Workplace& p, bool json) { return check({.input = p.database, .json = json}); },
-    [](const Workplace& p, bool json) { return stat({.database = p.database, .json = json}); },
-    [](const Workplace& p, bool) { return dump({.database = p.database}); },
-    [](const Workplace& p, bool) { return backup({.database = p.database, .file = p.output}); },
-    [](const Workplace& p, bool json) {
-      return explain({.database = p.database, .handle = "0:0", .json = json});
-    },
-    [](const Workplace& p, bool json) {
-      return explain({.database = p.database, .handle = "12:1", .json = json});
-    },
-    [](const Workplace& p, bool json) {
-      return diff({.before = p.database, .after = p.sound, .json = json, .records = true});
-    },
-    [](const Workplace& p, bool json) {
-      return diff({.before = p.sound, .after = p.database, .limit = all, .json = json});
-    },
-    [](const Workplace& p, bool json) {
-      return diff({.before = p.backup, .after = p.database, .json = json});
-    },
-    [](const Workplace& p, bool json) {
-      return plan({.database = p.database, .backup = p.backup, .json = json});
-    },
-    [](const Workplace& p, bool) {
-      return report({.database = p.database, .page = p.output, .backup = p.backup});
-    },
-};
+constexpr std::array backupReaders{
+    "check --limit 0 backup",      "explain --line backup:1",
+    "explain --line backup:3",     "diff --records sound backup",
+    "plan --limit 0 sound backup", "report --limit 0 sound --html output --plan backup"};
 
-const std::array<Command, 6> backupReaders{
-    [](const Workplace& p, bool json) {
-      return check({.input = p.backup, .limit = all, .json = json});
-    },
-    [](const Workplace& p, bool json) { return explain({.line = p.backup + ":1", .json = json}); },
-    [](const Workplace& p, bool json) { return explain({.line = p.backup + ":3", .json = json}); },
-    [](const Workplace& p, bool json) {
-      return diff({.before = p.sound, .after = p.backup, .json = json, .records = true});
-    },
-    [](const Workplace& p, bool json) {
-      return plan({.database = p.sound, .backup = p.backup, .limit = all, .json = json});
-    },
-    [](const Workplace& p, bool) {
-      return report({.database = p.sound, .page = p.output, .backup = p.backup, .limit = all});
-    },
-};
-
-bool isPlainText(std::string_view text) {
-  return !text.empty() && text.find('\n') == std::string_view::npos;
-}
-
-// As the code of a process.
-int codeOf(const Result& result) {
-  constexpr std::array codes{exitDone, exitUsage, exitNotAsExpected, exitNotOpened, exitFailed};
-  require(std::ranges::find(codes, result.code) != codes.end(), "an exit code is documented");
-  require(result.ok() || isPlainText(result.text), "a failure has one line of words");
-  require(nlohmann::json::accept(failureJson(result)), "a failure can be told as JSON");
-  return result.code;
-}
-
-int run(Command command, const Workplace& place, Wording wording) {
-  const CapturedOutput output;
+// Runs orxkdb on the files of the place. The exit code. Its words on standard error are taken
+// above the descriptor, which a sanitizer writes to.
+int runOrxkdb(const Workplace& place, const std::string& command, Wording wording = Wording::text) {
+  constexpr std::array<int, 5> codes{exitDone, exitUsage, exitNotAsExpected, exitNotOpened,
+                                     exitFailed};
   const bool json = wording == Wording::json;
-  const int code = codeOf(command(place, json));
-  const std::string text = output.text();
-  require(!json || text.empty() || !text.starts_with('{') || nlohmann::json::accept(text),
-          "JSON is JSON");
+  std::istringstream text("orxkdb " + command + " --color never" + (json ? " --json" : ""));
+  const std::vector<std::string> words{std::istream_iterator<std::string>(text), {}};
+  std::vector<const char*> line(words.size());
+  std::ranges::transform(words, line.begin(), [](const auto& word) { return word.c_str(); });
+  const test::WorkingDirectory inPlace(place.scratch.path());
+  const CapturedOutput output;
+  char* failure = nullptr;
+  std::size_t length = 0;
+  std::FILE* const errors = std::exchange(stderr, ::open_memstream(&failure, &length));
+  const int code = orxkdb::run(static_cast<int>(line.size()), line.data());
+  (void)std::fclose(std::exchange(stderr, errors));
+  const std::string told(failure, length);
+  std::free(failure);
+  require(std::ranges::find(codes, code) != codes.end(), "an exit code is documented");
+  require(code == exitDone || (told.starts_with("orxkdb: ") && told.find('\n') == length - 1),
+          "a failure has one line of words");
+  const std::string printed = output.text();
+  require(!json || printed.empty() || nlohmann::json::accept(printed), "JSON is JSON");
   return code;
 }
 
-int runOperation(const Workplace& place, std::int32_t mode, int (*operation)(),
-                 std::int32_t prototypesOnly = 0) {
+int runOrxrestore(const Workplace& place, std::int32_t mode, int (*operation)(),
+                  std::int32_t prototypesOnly = 0) {
   const CapturedOutput output;
   runReport() = {};
   restoreSettings() = {.mode = mode,
@@ -117,105 +83,93 @@ int runOperation(const Workplace& place, std::int32_t mode, int (*operation)(),
   return operation();
 }
 
-int load(const Workplace& place) {
-  const CapturedOutput output;
-  (void)codeOf(dump({.database = place.sound, .file = place.output}));
-  return codeOf(orxkdb::load({.database = place.database, .file = place.output, .replace = true}));
-}
-
-int undo(const Workplace& place) {
-  const CapturedOutput output;
-  return codeOf(orxkdb::undo({.database = place.database}));
-}
-
-int apply(const Workplace& place, Change change) {
-  switch (change) {
-    case Change::restore:
-      return restore(place);
-    case Change::prototypes:
-      return runOperation(place, modeReplace, overrideDB, 1);
-    case Change::merge:
-      return merge(place);
-    case Change::rebuild:
-      return rebuild(place);
-    case Change::load:
-      return load(place);
-    case Change::undo:
-      return undo(place);
-  }
-  return 0;
-}
-
-bool canBeReadWhole(const std::string& database) {
-  DatabaseStatistics statistics;
-  return gatherStatistics(database, statistics).ok();
+bool exists(const std::string& file) {
+  return std::filesystem::exists(std::filesystem::symlink_status(file));
 }
 
 }  // namespace
 
-void Workplace::fill(std::string_view backupText, std::string_view soundBytes) const {
-  scratch.empty();
-  writeFile(backup, backupText);
-  writeFile(database, soundBytes);
-  writeFile(sound, soundBytes);
+void Workplace::fill(std::string_view databaseBytes, std::string_view backupText) const {
+  for (const std::string& name : scratch.names()) std::filesystem::remove_all(scratch / name);
+  test::writeFile(database, databaseBytes);
+  test::writeFile(sound, soundBytes);
+  test::writeFile(backup, backupText);
 }
 
-std::size_t readingCommands() {
-  return readers.size();
-}
-
-int readDatabase(const Workplace& place, std::size_t command, Wording wording) {
-  const std::string before = readFile(place.database);
-  const int code = run(readers[command], place, wording);
-  require(readFile(place.database) == before, "who reads changes nothing");
-  require(!exists(place.successor()) && !exists(place.output + ".orx-new"),
+void readDatabase(const Workplace& place, std::size_t command, Wording wording) {
+  const std::string before = test::readFile(place.database);
+  (void)runOrxkdb(place, readers[command % readers.size()], wording);
+  require(test::readFile(place.database) == before, "who reads changes nothing");
+  require(!exists(place.database + ".orx-new") && !exists(place.output + ".orx-new"),
           "who reads leaves nothing behind");
-  return code;
 }
 
 std::size_t backupCommands() {
   return backupReaders.size();
 }
 
-int readBackup(const Workplace& place, std::size_t command, Wording wording) {
-  return run(backupReaders[command], place, wording);
+void readBackup(const Workplace& place, std::size_t command, Wording wording) {
+  (void)runOrxkdb(place, backupReaders[command % backupReaders.size()], wording);
+}
+
+int apply(const Workplace& place, Change change) {
+  switch (change) {
+    case Change::restore:
+      return runOrxrestore(place, modeReplace, overrideDB);
+    case Change::prototypes:
+      return runOrxrestore(place, modeReplace, overrideDB, 1);
+    case Change::merge:
+      return runOrxrestore(place, modeMerge, mergeDB);
+    case Change::rebuild:
+      return runOrxrestore(place, modeUseCount, useCount);
+    case Change::load:
+      (void)runOrxkdb(place, "dump sound output");
+      return runOrxkdb(place, "load --replace db output");
+    case Change::undo:
+      return runOrxkdb(place, "undo db");
+  }
+  return 0;
 }
 
 int changeDatabase(const Workplace& place, Change change, std::string_view before) {
+  const std::string previous = place.database + ".orx-previous";
   const int code = apply(place, change);
-  require(!exists(place.successor()), "no successor is left behind");
-  const std::string after = readFile(place.database);
-  if (!exists(place.previous())) {
+  require(!exists(place.database + ".orx-new"), "no successor is left behind");
+  const std::string after = test::readFile(place.database);
+  if (!exists(previous)) {
     require(after == before, "what is not published changes nothing");
     return code;
   }
-  require(readFile(place.previous()) == before, "the old database is kept as it was");
-  require(canBeReadWhole(place.database), "what is published is a whole database");
-  if (undo(place) != 0) return code;
-  require(readFile(place.database) == before && readFile(place.previous()) == after,
+  require(test::readFile(previous) == before, "the old database is kept as it was");
+  require(runOrxkdb(place, "stat db") == exitDone, "what is published is a whole database");
+  if (apply(place, Change::undo) != 0) return code;
+  require(test::readFile(place.database) == before && test::readFile(previous) == after,
           "a change can be taken back");
   return code;
 }
 
-int restore(const Workplace& place) {
-  return runOperation(place, modeReplace, overrideDB);
+std::size_t databaseCommands() {
+  constexpr std::size_t changes = 6;
+  return readers.size() + changes;
 }
 
-int merge(const Workplace& place) {
-  return runOperation(place, modeMerge, mergeDB);
-}
-
-int rebuild(const Workplace& place) {
-  return runOperation(place, modeUseCount, useCount);
+void handOver(const Workplace& place, const std::string& bytes, std::size_t command,
+              Wording wording) {
+  static const std::string backupText = soundBackup();
+  place.fill(bytes, backupText);
+  command %= databaseCommands();
+  if (command < readers.size()) {
+    readDatabase(place, command, wording);
+  } else {
+    (void)changeDatabase(place, static_cast<Change>(command - readers.size()), bytes);
+  }
 }
 
 bool planSaysYes(const Workplace& place) {
-  const CapturedOutput output;
-  return codeOf(plan({.database = place.database, .backup = place.backup})) == exitDone;
+  return runOrxkdb(place, "plan db backup") == exitDone;
 }
 
 bool areSame(const std::string& a, const std::string& b) {
-  const CapturedOutput output;
   DiffCounts counts;
   require(runDiff({.before = a, .after = b}, counts).ok(), "two sound inputs can be compared");
   return counts.isSame() || counts.unreadableLines > 0;
@@ -232,32 +186,29 @@ bool hasSoundTexts(const std::string& database) {
   return std::ranges::all_of(kinds, [&](FindingKind kind) { return findings.count(kind) == 0; });
 }
 
-std::string soundDatabase(const Scratch& scratch, std::uint64_t seed) {
-  const std::string name = scratch.file("made");
+std::string soundDatabase(const std::string& scratchFile) {
   kdb::kdbHandle handle;
   kdb::kdbStatus status;
-  (void)kdb::kdbOpen(name.c_str(), static_cast<std::int32_t>(name.size()), kdb::openAsNew, handle,
-                     status);
-  const Fleet fleet({.objects = fleetSize, .seed = seed});
+  (void)kdb::kdbOpen(scratchFile.c_str(), static_cast<std::int32_t>(scratchFile.size()),
+                     kdb::openAsNew, handle, status);
+  const Fleet fleet({.objects = fleetSize, .seed = 1});
   for (const std::uint32_t object : fleet.keyOrder()) {
     for (const DataBuffer& record : fleet.recordsOf(object)) {
       require(kdb::AddRecord(handle, record.data(), 20, record.data(), 296) == 0, "a fleet fits");
     }
   }
   require(kdb::CloseDatabase(handle, status) == 0, "a sound database can be made");
-  const std::string bytes = readFile(name);
-  (void)removeFile(name);
-  return bytes;
+  return test::readFile(scratchFile);
 }
 
-std::string soundBackup(std::uint64_t seed) {
+std::string soundBackup() {
   std::string text;
-  const bool whole = writeSample({.objects = fleetSize, .seed = seed}, SampleOrder::key,
-                                 [&text](std::string_view piece) {
-                                   text += piece;
-                                   return true;
-                                 });
-  require(whole, "a sample can be made");
+  const auto take = [&text](std::string_view piece) {
+    text += piece;
+    return true;
+  };
+  require(writeSample({.objects = fleetSize, .seed = 2}, SampleOrder::key, take),
+          "a sample can be made");
   return text;
 }
 

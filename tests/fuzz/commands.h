@@ -3,51 +3,50 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "tests/fuzz/fuzz_files.h"
+#include "tests/support/temp_dir.h"
 
 namespace orx::fuzz {
 
+// The bytes of a database of two dozen records, and the backup lines of as many others.
+[[nodiscard]] std::string soundDatabase(const std::string& scratchFile);
+[[nodiscard]] std::string soundBackup();
+
 // The files that commands get, all in one directory.
 struct Workplace {
-  const Scratch& scratch;
+  test::TempDir scratch;
   std::string database = scratch.file("db");  // what the input makes of it
   std::string backup = scratch.file("backup");
   std::string sound = scratch.file("sound");  // a database without a fault
   std::string output = scratch.file("output");
+  std::string soundBytes = soundDatabase(scratch.file("made"));
 
-  // Nothing but a backup and a database that is without fault, twice.
-  void fill(std::string_view backupText, std::string_view soundBytes) const;
-
-  [[nodiscard]] std::string successor() const { return database + ".orx-new"; }
-  [[nodiscard]] std::string previous() const { return database + ".orx-previous"; }
+  // Nothing but these two and the sound database.
+  void fill(std::string_view databaseBytes, std::string_view backupText) const;
 };
 
 enum class Wording { text, json };
 
-// Each reads `database`, and some the others as well; the number of them, and one by its number.
-// The exit code. Claims that a code is one of those that are documented, that a failure has its
-// words, that JSON is JSON, and that nothing was changed.
-[[nodiscard]] std::size_t readingCommands();
-int readDatabase(const Workplace& place, std::size_t command, Wording wording);
-
-// The same for commands that read `backup` alone, or beside the sound database.
+// Commands by their numbers, of which any is taken modulo the number of them. Each ends with a code
+// that is documented, a failure has its words, JSON is JSON, and nothing is changed.
+void readDatabase(const Workplace& place, std::size_t command, Wording wording);
+// The same for commands that read the backup alone, or beside the sound database.
 [[nodiscard]] std::size_t backupCommands();
-int readBackup(const Workplace& place, std::size_t command, Wording wording);
+void readBackup(const Workplace& place, std::size_t command, Wording wording);
 
 enum class Change { restore, prototypes, merge, rebuild, load, undo };
-inline constexpr std::size_t changes = 6;
 
-// Changes `database`, of which `before` are the bytes. The exit code. Claims that the file under
-// its name has these bytes afterwards, or that a whole new database has the name, the old one is
-// beside it and can be had back; and that nothing else is left behind.
+// Changes the database, and gives the exit code.
+int apply(const Workplace& place, Change change);
+// The same, where the database has the bytes `before`. It has them afterwards, or a whole new one
+// has the name, the old one is beside it and can be had back; and nothing else is left behind.
 int changeDatabase(const Workplace& place, Change change, std::string_view before);
 
-// The exit code of a single one.
-int restore(const Workplace& place);
-int merge(const Workplace& place);
-int rebuild(const Workplace& place);
+// A database of these bytes and a sound backup, handed to a command that reads or changes one.
+[[nodiscard]] std::size_t databaseCommands();
+void handOver(const Workplace& place, const std::string& bytes, std::size_t command,
+              Wording wording);
+
 // Whether a merge of the backup would succeed, as `orxkdb plan` has it.
 bool planSaysYes(const Workplace& place);
 // Whether a comparison finds the two the same, as far as it can read them.
@@ -55,10 +54,5 @@ bool areSame(const std::string& a, const std::string& b);
 // Whether the chains and the texts of all objects are in order, so that nothing is lost when they
 // are written again.
 bool hasSoundTexts(const std::string& database);
-
-// The bytes of a database of two dozen records, the same for the same seed.
-[[nodiscard]] std::string soundDatabase(const Scratch& scratch, std::uint64_t seed = 1);
-// The backup lines of as many.
-[[nodiscard]] std::string soundBackup(std::uint64_t seed);
 
 }  // namespace orx::fuzz

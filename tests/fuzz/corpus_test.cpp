@@ -2,56 +2,33 @@
 // the process, so each target has one of its own.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 
-#include "tests/fuzz/fuzz_files.h"
 #include "tests/fuzz/fuzz_target.h"
 #include "tests/support/places.h"
 
 namespace orx::fuzz {
 namespace {
 
-std::filesystem::path corpusOf(const std::string& target) {
-  return test::sourceDirectory() / "tests/fuzz/corpus" / target;
-}
-
-std::vector<std::string> inputsOf(const std::string& target) {
-  std::vector<std::string> inputs;
-  for (const auto& entry : std::filesystem::directory_iterator(corpusOf(target))) {
-    inputs.push_back(entry.path());
-  }
-  std::ranges::sort(inputs);
-  return inputs;
-}
-
-[[noreturn]] void replay(const std::string& target) {
-  for (const std::string& input : inputsOf(target)) {
-    (void)std::fprintf(stderr, "%s\n", input.c_str());
-    const std::string bytes = readFile(input);
-    (void)targets().at(target)(
-        static_cast<const std::uint8_t*>(static_cast<const void*>(bytes.data())), bytes.size());
-  }
-  std::exit(0);
-}
-
-std::vector<std::string> names() {
-  std::vector<std::string> names;
-  for (const auto& [name, entryPoint] : targets()) names.push_back(name);
-  return names;
-}
-
-class Corpus : public testing::TestWithParam<std::string> {};
+class Corpus : public testing::TestWithParam<std::pair<const std::string, Target>> {};
 
 TEST_P(Corpus, Holds) {
-  ASSERT_FALSE(inputsOf(GetParam()).empty());
-  EXPECT_EXIT(replay(GetParam()), testing::ExitedWithCode(0), "");
+  const auto& [name, target] = GetParam();
+  std::vector<std::string> inputs;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(test::sourceDirectory() / "tests/fuzz/corpus" / name)) {
+    inputs.push_back(entry.path());
+  }
+  ASSERT_FALSE(inputs.empty());
+  const auto replayAll = [&, chosen = target] {
+    replay(chosen, inputs);
+    std::exit(0);
+  };
+  EXPECT_EXIT(replayAll(), testing::ExitedWithCode(0), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Fuzz, Corpus, testing::ValuesIn(names()),
-                         [](const auto& info) { return info.param; });
+INSTANTIATE_TEST_SUITE_P(Fuzz, Corpus, testing::ValuesIn(targets()),
+                         [](const auto& info) { return info.param.first; });
 
 }  // namespace
 }  // namespace orx::fuzz

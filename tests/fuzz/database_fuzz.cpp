@@ -9,13 +9,12 @@
 #include "tests/fuzz/commands.h"
 #include "tests/fuzz/fuzz_target.h"
 
+namespace orx::fuzz {
 namespace {
-
-using namespace orx;
 
 constexpr std::size_t pageSize = 4096;
 
-void changeBytes(std::string& bytes, fuzz::Input& input) {
+void changeBytes(std::string& bytes, Input& input) {
   const std::size_t pages = bytes.size() / pageSize;
   const std::size_t page = input.byte() % pages;
   const std::size_t low = input.byte();
@@ -26,34 +25,19 @@ void changeBytes(std::string& bytes, fuzz::Input& input) {
   bytes.replace(start, count, piece.substr(0, count));
 }
 
-std::string changed(std::string bytes, fuzz::Input& input) {
+std::string changed(std::string bytes, Input& input) {
   const std::size_t length = input.number();
   while (!input.isEmpty()) changeBytes(bytes, input);
   if (length < bytes.size()) bytes.resize(length);
   return bytes;
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const fuzz::Scratch scratch;
-  static const fuzz::Workplace place{scratch};
-  static const std::string sound = fuzz::soundDatabase(scratch);
-  static const std::string backup = fuzz::soundBackup(2);
-  fuzz::Input input(data, size);
+const Registration target("database", [](Input& input) {
+  static const Workplace place;
   const std::size_t first = input.byte();
-  const auto wording = first < 128 ? fuzz::Wording::text : fuzz::Wording::json;
-  const std::size_t command = first % 128 % (fuzz::readingCommands() + fuzz::changes);
-  const std::string bytes = changed(sound, input);
-  scratch.empty();
-  fuzz::writeFile(place.database, bytes);
-  fuzz::writeFile(place.sound, sound);
-  fuzz::writeFile(place.backup, backup);
-  if (command < fuzz::readingCommands()) {
-    (void)fuzz::readDatabase(place, command, wording);
-  } else {
-    const auto change = static_cast<fuzz::Change>(command - fuzz::readingCommands());
-    (void)fuzz::changeDatabase(place, change, bytes);
-  }
-  return 0;
-}
+  const auto wording = first < 128 ? Wording::text : Wording::json;
+  handOver(place, changed(place.soundBytes, input), first % 128, wording);
+});
+
+}  // namespace
+}  // namespace orx::fuzz

@@ -3,12 +3,10 @@
 #include <string>
 
 #include "platform/compression/byte_source.h"
-#include "tests/fuzz/fuzz_files.h"
 #include "tests/fuzz/fuzz_target.h"
 
+namespace orx::fuzz {
 namespace {
-
-using namespace orx;
 
 constexpr std::size_t mostBytes = std::size_t{1} << 20;
 
@@ -17,9 +15,9 @@ struct Unpacked {
   ByteFault fault = ByteFault::none;
 };
 
-Unpacked unpack(const fuzz::MemoryFile& file, std::size_t pieceSize) {
+Unpacked unpack(const MemoryFile& file, std::size_t pieceSize) {
   ByteSource source;
-  fuzz::require(source.open(file.path()) == 0, "a file in memory can be opened");
+  require(source.open(file.path()) == 0, "a file in memory can be opened");
   Unpacked unpacked;
   std::string piece(pieceSize, '\0');
   ssize_t count = 0;
@@ -29,31 +27,30 @@ Unpacked unpack(const fuzz::MemoryFile& file, std::size_t pieceSize) {
     unpacked.bytes.append(piece, 0, static_cast<std::size_t>(count));
   }
   unpacked.fault = source.fault();
-  fuzz::require((count < 0) == (unpacked.fault != ByteFault::none), "a failed read has a fault");
-  if (count < 0) fuzz::require(source.read(piece.data(), 1) == -1, "a fault stays");
+  require((count < 0) == (unpacked.fault != ByteFault::none), "a failed read has a fault");
+  if (count < 0) require(source.read(piece.data(), 1) == -1, "a fault stays");
   return unpacked;
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  fuzz::Input input(data, size);
+const Registration target("decompressor", [](Input& input) {
   const std::size_t pieceSize = 1 + std::size_t{input.byte()};
   const std::string_view packed = input.rest();
-  const fuzz::MemoryFile file(packed);
+  const MemoryFile file(packed);
   const Unpacked whole = unpack(file, std::size_t{64} << 10);
   const Unpacked pieces = unpack(file, pieceSize);
   const std::size_t common = std::min(whole.bytes.size(), pieces.bytes.size());
-  fuzz::require(whole.bytes.compare(0, common, pieces.bytes, 0, common) == 0,
-                "the bytes do not depend on how they are asked for");
-  if (std::max(whole.bytes.size(), pieces.bytes.size()) >= mostBytes) return 0;
-  fuzz::require((whole.fault == ByteFault::none) == (pieces.fault == ByteFault::none),
-                "neither does whether there is a fault");
+  require(whole.bytes.compare(0, common, pieces.bytes, 0, common) == 0,
+          "the bytes do not depend on how they are asked for");
+  if (std::max(whole.bytes.size(), pieces.bytes.size()) >= mostBytes) return;
+  require((whole.fault == ByteFault::none) == (pieces.fault == ByteFault::none),
+          "neither does whether there is a fault");
   if (whole.fault == ByteFault::none) {
-    fuzz::require(whole.bytes == pieces.bytes, "neither does their number");
+    require(whole.bytes == pieces.bytes, "neither does their number");
   }
   if (compressionOf(packed) == Compression::none) {
-    fuzz::require(whole.bytes == packed, "plain bytes stay as they are");
+    require(whole.bytes == packed, "plain bytes stay as they are");
   }
-  return 0;
-}
+});
+
+}  // namespace
+}  // namespace orx::fuzz

@@ -1,9 +1,20 @@
 #include "tests/fuzz/fuzz_target.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 
 #include "platform/bytes.h"
+#include "tests/support/temp_dir.h"
+
+// Of a program with one target; what libFuzzer calls.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  orx::fuzz::Input input({static_cast<const char*>(static_cast<const void*>(data)), size});
+  orx::fuzz::targets().begin()->second(input);
+  return 0;
+}
 
 namespace orx::fuzz {
 
@@ -36,9 +47,45 @@ std::string_view Input::upTo(char mark) {
   return taken;
 }
 
-std::map<std::string, EntryPoint>& targets() {
-  static std::map<std::string, EntryPoint> all;
+MemoryFile::MemoryFile(std::string_view bytes) : fd_(::memfd_create("fuzz", MFD_CLOEXEC)) {
+  require(fd_.valid() && writeAll(fd_.get(), bytes) == 0, "a file in memory can be written");
+  (void)::lseek(fd_.get(), 0, SEEK_SET);
+}
+
+std::string MemoryFile::path() const {
+  return "/proc/self/fd/" + std::to_string(fd_.get());
+}
+
+CapturedOutput::CapturedOutput() {
+  (void)std::fflush(stdout);
+  before_ = UniqueFd(::dup(STDOUT_FILENO));
+  require(before_.valid() && ::dup2(taken_.fd(), STDOUT_FILENO) >= 0,
+          "standard output can be captured");
+}
+
+CapturedOutput::~CapturedOutput() {
+  (void)std::fflush(stdout);
+  (void)::dup2(before_.get(), STDOUT_FILENO);
+}
+
+std::string CapturedOutput::text() const {
+  (void)std::fflush(stdout);
+  return test::readFile(taken_.path());
+}
+
+std::map<std::string, Target>& targets() {
+  static std::map<std::string, Target> all;
   return all;
+}
+
+void replay(Target target, const std::vector<std::string>& files) {
+  for (const std::string& file : files) {
+    (void)std::fprintf(stderr, "%s\n", file.c_str());
+    require(std::filesystem::exists(file), "an input is there");
+    const std::string bytes = test::readFile(file);
+    Input input(bytes);
+    target(input);
+  }
 }
 
 }  // namespace orx::fuzz

@@ -1,8 +1,7 @@
-// What every fuzz target includes: its entry point, a reader that takes an input apart, and claims.
+// What every fuzz target includes: a reader that takes an input apart, claims, and files in memory.
 //
-// A target is one source, NAME_fuzz.cpp. libFuzzer calls its entry point with inputs that it makes
-// up; in the other builds all targets are in one program and found by their names, which the build
-// gives them (ORX_FUZZ_NAME).
+// A target is one source, NAME_fuzz.cpp, that registers itself. With libFuzzer each is a program of
+// its own; in the other builds all are in one program and found by their names.
 #pragma once
 
 #include <cstddef>
@@ -10,13 +9,11 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
-// Takes any bytes and returns 0. A claim that does not hold ends the process.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+#include "platform/file.h"
 
 namespace orx::fuzz {
-
-using EntryPoint = int (*)(const std::uint8_t* data, std::size_t size);
 
 // Ends the process as a crash does, with `claim` on standard error, unless it holds.
 void require(bool holds, std::string_view claim);
@@ -24,8 +21,7 @@ void require(bool holds, std::string_view claim);
 // Takes pieces off the front of an input; behind its end everything is zero or empty.
 class Input {
  public:
-  Input(const std::uint8_t* data, std::size_t size)
-      : rest_(static_cast<const char*>(static_cast<const void*>(data)), size) {}
+  explicit Input(std::string_view bytes) : rest_(bytes) {}
 
   [[nodiscard]] bool isEmpty() const { return rest_.empty(); }
   [[nodiscard]] std::uint8_t byte();
@@ -40,15 +36,44 @@ class Input {
   std::string_view rest_;
 };
 
-// The targets of this program, by name.
-[[nodiscard]] std::map<std::string, EntryPoint>& targets();
+// Bytes as a file without a name: its path lives as long as the object.
+class MemoryFile {
+ public:
+  explicit MemoryFile(std::string_view bytes);
+  [[nodiscard]] int fd() const { return fd_.get(); }
+  [[nodiscard]] std::string path() const;
 
-struct Registration {
-  Registration(const char* name, EntryPoint entryPoint) { targets()[name] = entryPoint; }
+ private:
+  UniqueFd fd_;
 };
 
-}  // namespace orx::fuzz
+// Standard output goes to memory as long as one exists.
+class CapturedOutput {
+ public:
+  CapturedOutput();
+  CapturedOutput(const CapturedOutput&) = delete;
+  CapturedOutput& operator=(const CapturedOutput&) = delete;
+  ~CapturedOutput();
 
-#ifdef ORX_FUZZ_NAME
-static const orx::fuzz::Registration orxFuzzRegistration(ORX_FUZZ_NAME, LLVMFuzzerTestOneInput);
-#endif
+  // Everything that was written so far.
+  [[nodiscard]] std::string text() const;
+
+ private:
+  UniqueFd before_;
+  MemoryFile taken_{""};
+};
+
+// Takes any input. A claim that does not hold ends the process.
+using Target = void (*)(Input& input);
+
+// The targets of this program, by name.
+[[nodiscard]] std::map<std::string, Target>& targets();
+
+struct Registration {
+  Registration(const char* name, Target target) { targets()[name] = target; }
+};
+
+// Hands each file over to the target, with the file's name on standard error.
+void replay(Target target, const std::vector<std::string>& files);
+
+}  // namespace orx::fuzz

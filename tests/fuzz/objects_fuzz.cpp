@@ -11,12 +11,11 @@
 #include "tests/fuzz/commands.h"
 #include "tests/fuzz/fuzz_target.h"
 
+namespace orx::fuzz {
 namespace {
 
-using namespace orx;
-
 // Identifiers near both ends of their range.
-CMConfigHandle readHandle(fuzz::Input& input) {
+CMConfigHandle readHandle(Input& input) {
   const std::uint8_t type = input.byte();
   const std::uint8_t id = input.byte();
   if (type == 0 && id == 0) return {};
@@ -24,12 +23,10 @@ CMConfigHandle readHandle(fuzz::Input& input) {
   return {static_cast<CMHandleType>(type), near};
 }
 
-std::string readObjects(fuzz::Input& input) {
+std::string readObjects(Input& input) {
   std::string lines;
   while (!input.isEmpty()) {
-    std::string_view text = input.upTo('\n');
-    fuzz::Input fields(static_cast<const std::uint8_t*>(static_cast<const void*>(text.data())),
-                       text.size());
+    Input fields(input.upTo('\n'));
     DataBuffer record;
     record.setParentHandle(readHandle(fields));
     record.setObjectHandle(readHandle(fields));
@@ -43,47 +40,35 @@ std::string readObjects(fuzz::Input& input) {
   return lines;
 }
 
-void checkMerge(const fuzz::Workplace& place, std::string_view before) {
-  const bool planned = fuzz::planSaysYes(place);
-  const int merged = fuzz::changeDatabase(place, fuzz::Change::merge, before);
-  fuzz::require(planned == (merged == 0), "a merge does what its plan says");
+void checkMerge(const Workplace& place) {
+  const bool planned = planSaysYes(place);
+  const int merged = changeDatabase(place, Change::merge, place.soundBytes);
+  require(planned == (merged == 0), "a merge does what its plan says");
 }
 
-void checkRestore(const fuzz::Workplace& place, std::size_t command) {
-  if (fuzz::restore(place) != 0) return;
-  fuzz::require(fuzz::areSame(place.database, place.backup), "a restore brings the backup back");
-  const auto wording = command % 2 == 0 ? fuzz::Wording::json : fuzz::Wording::text;
-  (void)fuzz::readDatabase(place, command % fuzz::readingCommands(), wording);
+void checkRestore(const Workplace& place, std::size_t command) {
+  require(areSame(place.database, place.backup), "a restore brings the backup back");
+  const auto wording = command % 2 == 0 ? Wording::json : Wording::text;
+  readDatabase(place, command, wording);
 }
 
-void checkRebuild(const fuzz::Workplace& place) {
-  if (fuzz::restore(place) != 0) return;
-  const bool isSound = fuzz::hasSoundTexts(place.database);
-  const int once = fuzz::rebuild(place);
-  fuzz::writeFile(place.sound, fuzz::readFile(place.database));
-  if (isSound && once == 0 && fuzz::rebuild(place) == 0) {
-    fuzz::require(fuzz::areSame(place.database, place.sound), "a second rebuild changes nothing");
+void checkRebuild(const Workplace& place) {
+  const bool isSound = hasSoundTexts(place.database);
+  const int once = apply(place, Change::rebuild);
+  std::filesystem::copy_file(place.database, place.output);
+  if (isSound && once == 0 && apply(place, Change::rebuild) == 0) {
+    require(areSame(place.database, place.output), "a second rebuild changes nothing");
   }
 }
+
+const Registration target("objects", [](Input& input) {
+  static const Workplace place;
+  const std::uint8_t choice = input.byte();
+  place.fill(place.soundBytes, readObjects(input));
+  if (choice % 3 == 0) return checkMerge(place);
+  if (apply(place, Change::restore) != 0) return;
+  choice % 3 == 1 ? checkRestore(place, choice / 3) : checkRebuild(place);
+});
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const fuzz::Scratch scratch;
-  static const fuzz::Workplace place{scratch};
-  static const std::string sound = fuzz::soundDatabase(scratch);
-  fuzz::Input input(data, size);
-  const std::uint8_t choice = input.byte();
-  place.fill(readObjects(input), sound);
-  switch (choice % 3) {
-    case 0:
-      checkMerge(place, sound);
-      break;
-    case 1:
-      checkRestore(place, choice / 3);
-      break;
-    default:
-      checkRebuild(place);
-  }
-  return 0;
-}
+}  // namespace orx::fuzz

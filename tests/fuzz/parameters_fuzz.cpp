@@ -5,34 +5,20 @@
 #include "model/sym_parm_set.h"
 #include "restore/sym_parm_attribute.h"
 #include "tests/fuzz/fuzz_target.h"
+#include "tests/support/attributes.h"
 
+namespace orx::fuzz {
 namespace {
-
-using namespace orx;
-
-CMAttribute attributeOf(std::string_view text) {
-  CMAttribute attribute{CMAttributeKey(CMSymParmSet::attributeKey)};
-  attribute.setValue(text);
-  return attribute;
-}
-
-bool isIn(const std::string& text, char mark) {
-  return text.find(mark) != std::string::npos;
-}
-
-bool beginsOrEndsWith(std::string_view text, std::string_view marks) {
-  return !text.empty() && (marks.find(text.front()) != std::string_view::npos ||
-                           marks.find(text.back()) != std::string_view::npos);
-}
 
 // Fields with a mark at an end are told from the delimiter beside them by nothing.
 bool readsBack(const CMSymParmSet& set) {
+  const auto isMark = [](char c) { return c == ',' || c == '='; };
   bool all = true;
-  set.forEach([&all](const CMSymParm& parameter) {
-    const std::string name = parameter.name();
-    const std::string value(parameter.value());
-    all = all && !beginsOrEndsWith(name, ",=") && !beginsOrEndsWith(value, ",=") &&
-          !beginsOrEndsWith(parameter.description(), ",=");
+  set.forEach([&](const CMSymParm& parameter) {
+    for (const std::string_view field : {std::string_view(parameter.name()), parameter.value(),
+                                         std::string_view(parameter.description())}) {
+      all = all && (field.empty() || (!isMark(field.front()) && !isMark(field.back())));
+    }
   });
   return all;
 }
@@ -47,27 +33,26 @@ bool areEqual(const CMSymParmSet& a, const CMSymParmSet& b) {
   return all;
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  fuzz::Input input(data, size);
-  CMSymParmSet first, second;
-  first = attributeOf(input.upTo('\n'));
-  second = attributeOf(input.rest());
+const Registration target("parameters", [](Input& input) {
+  CMSymParmSet first = test::parametersOf(std::string(input.upTo('\n')));
+  const CMSymParmSet second = test::parametersOf(std::string(input.rest()));
   const CMSymParmSet copy(first);
-  fuzz::require(areEqual(copy, first), "a copy is equal");
+  require(areEqual(copy, first), "a copy is equal");
   CMSymParmSet again;
   again = first.ConstructFromSymParmSet();
-  if (readsBack(first)) fuzz::require(areEqual(first, again), "what was written reads back");
+  if (readsBack(first)) require(areEqual(first, again), "what was written reads back");
   const std::size_t before = first.entries();
   first.merge(second);
-  fuzz::require(first.entries() >= std::max(before, second.entries()), "a merge holds both");
+  require(first.entries() >= std::max(before, second.entries()), "a merge holds both");
   second.forEach([&](const CMSymParm& parameter) {
-    fuzz::require(first.contains(parameter), "a merge holds every name");
+    require(first.contains(parameter), "a merge holds every name");
   });
   const CMAttribute plain = makeSymParmAttribute(first);
-  fuzz::require(plain.attrCount() == 1, "the parameters are one value");
+  require(plain.attrCount() == 1, "the parameters are one value");
   again = plain;
-  fuzz::require(isIn(plain.text(), '=') || first.entries() == 0, "each is written with its sign");
-  return 0;
-}
+  require(plain.text().find('=') != std::string::npos || first.entries() == 0,
+          "each is written with its sign");
+});
+
+}  // namespace
+}  // namespace orx::fuzz

@@ -1,21 +1,21 @@
 // Symbolic parameters in a text, resolved against a set whose values may refer to each other.
 #include <algorithm>
+#include <cstring>
 #include <string>
 #include <vector>
 
 #include "model/symbol_resolution.h"
 #include "tests/fuzz/fuzz_target.h"
 
+namespace orx::fuzz {
 namespace {
-
-using namespace orx;
 
 // Few and short parameters: many that refer to each other take seconds until the limits are met.
 constexpr std::size_t fewParameters = 6;
 constexpr std::size_t shortValue = 16;
 
 // "NAME=VALUE" lines up to an empty one.
-void readParameters(fuzz::Input& input, bool isLimited, CMSymParmSet& set) {
+void readParameters(Input& input, bool isLimited, CMSymParmSet& set) {
   for (auto line = input.upTo('\n'); !line.empty(); line = input.upTo('\n')) {
     if (isLimited && set.entries() == fewParameters) continue;
     const std::size_t sign = std::min(line.find('='), line.size());
@@ -31,20 +31,15 @@ void readParameters(fuzz::Input& input, bool isLimited, CMSymParmSet& set) {
 void checkRange(const std::string& text) {
   SubstrRange range;
   const int length = static_cast<int>(text.size());
-  const std::size_t textLength =
-      text.find('\0') == std::string::npos ? text.size() : text.find('\0');
   if (getSubstrRange(text.c_str(), length, range, 0) == 1) {
-    fuzz::require(textLength < 100 || length < 100, "a range is shorter than 100 bytes");
+    require(std::strlen(text.c_str()) < 100, "a range is shorter than 100 bytes");
   }
   std::string part;
   AddCharToString(part, text.c_str(), length, &range);
-  fuzz::require(text.find(part) != std::string::npos, "a part of a text is found in it");
+  require(text.find(part) != std::string::npos, "a part of a text is found in it");
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  fuzz::Input input(data, size);
+const Registration target("symbols", [](Input& input) {
   constexpr std::uint8_t unlimited = 0xFF;
   const std::uint8_t first = input.byte();
   const int utf8Mode = first % 2;
@@ -54,14 +49,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::size_t entries = set.entries();
   std::vector<CMSymParm*> changed;
   const std::string result = ResolveSymbolsInString(text.c_str(), &set, utf8Mode, &changed);
-  fuzz::require(set.entries() == entries, "no parameter gets lost");
-  fuzz::require(result.size() <= std::max(symbol_limits::resultBytes + text.size(), text.size()),
-                "the result keeps within its limit");
+  require(set.entries() == entries, "no parameter gets lost");
+  require(result.size() <= symbol_limits::resultBytes + text.size(),
+          "the result keeps within its limit");
   if (text.find('&') == std::string::npos) {
-    fuzz::require(result == text.c_str(), "a text without references stays");
+    require(result == text.c_str(), "a text without references stays");
   }
   const auto without = ResolveSymbolsInString(text.c_str(), nullptr, utf8Mode);
-  fuzz::require(without.size() <= text.size(), "without a set nothing grows");
+  require(without.size() <= text.size(), "without a set nothing grows");
   checkRange(text);
-  return 0;
-}
+});
+
+}  // namespace
+}  // namespace orx::fuzz

@@ -3,34 +3,28 @@
 #include <gtest/gtest.h>
 #include <unicode/locid.h>
 
+#include <limits>
+
 #include "messages/bundle_files.h"
+#include "messages/error_msg.h"
 #include "messages/message_print.h"
-#include "tests/support/temp_dir.h"
+#include "tests/support/program_runs.h"
 #include "tests/support/test_bundle.h"
 
 namespace orx {
 namespace {
 
-class DefaultLocale {
- public:
-  explicit DefaultLocale(const char* name) { set(icu::Locale(name)); }
-  DefaultLocale(const DefaultLocale&) = delete;
-  DefaultLocale& operator=(const DefaultLocale&) = delete;
-  ~DefaultLocale() { set(before_); }
-
- private:
-  static void set(const icu::Locale& locale) {
-    UErrorCode status = U_ZERO_ERROR;
-    icu::Locale::setDefault(locale, status);
-  }
-  icu::Locale before_ = icu::Locale::getDefault();
-};
+void speak(const char* locale) {
+  UErrorCode status = U_ZERO_ERROR;
+  icu::Locale::setDefault(icu::Locale(locale), status);
+}
 
 class Bundle : public testing::Test {
  protected:
+  Bundle() { speak("en_US"); }
+
   test::TempDir directory_;
   test::WorkingDirectory inDirectory_{directory_.path()};
-  DefaultLocale english_{"en_US"};
   MessageBundle bundle_;
 };
 
@@ -95,38 +89,6 @@ TEST_F(Bundle, AFileThatWasCutCountsAsMissingAndReleasesTheFirstBundle) {
   }
 }
 
-// Wherever a byte is wrong, ICU is not led out of the file. Three forms of the root table, texts
-// with and without lengths, and items that are no texts.
-TEST_F(Bundle, AFlippedByteEndsNoProcess) {
-  std::string numbers;
-  for (int i = 0; i < 40; ++i) numbers += " KEY" + std::to_string(i) + ":int { 3 }";
-  const std::string sources[] = {
-      R"(root { SHORT { "a" } EMPTY { "" } OTHER { "\uDC00b" } })",
-      R"(root { LIST { "a", "b" } LONG { ")" + std::string(1200, 'l') + "\" }" + numbers + "}",
-      "root { SHORT { \"wide\" } K" + std::string(70000, 'k') + ":int { 3 }" + numbers + "}"};
-  std::size_t accepted = 0;
-  for (const std::string& source : sources) {
-    test::compileBundle(directory_.path(), "root", source);
-    const std::string whole = test::readFile(directory_ / "PRESTORE_restore/root.res");
-    for (std::size_t at = 0; at<whole.size(); at += at> 4000 && at < 70000 ? 997 : 1) {
-      for (const int flip : {0x01, 0x80}) {
-        const test::TempDir place;  // ICU keeps the files that it has mapped
-        const test::WorkingDirectory inPlace(place.path());
-        std::string bytes = whole;
-        bytes[at] = static_cast<char>(bytes[at] ^ flip);
-        std::filesystem::create_directory(place / bundleName);
-        test::writeFile(place / bundleName / "root.res", bytes);
-        if (bundle_.open(bundleName) != 0) continue;
-        ++accepted;
-        for (const char* key : {"SHORT", "EMPTY", "OTHER", "LONG", "LIST", "KEY7", "ABSENT"}) {
-          (void)bundle_.getMessage(key);
-        }
-      }
-    }
-  }
-  EXPECT_GT(accepted, 100u);
-}
-
 TEST_F(Bundle, SpeaksTheLanguageOfTheLocaleOrElseEnglish) {
   test::writeShippedBundle(directory_.path());
   const std::pair<const char*, std::string> firstWords[] = {
@@ -135,7 +97,7 @@ TEST_F(Bundle, SpeaksTheLanguageOfTheLocaleOrElseEnglish) {
       {"fr_CA", "Restauration"},      {"es_MX", "Restauración"},      {"en_US_POSIX", "Restore"},
   };
   for (const auto& [locale, word] : firstWords) {
-    const DefaultLocale speaker(locale);
+    speak(locale);
     ASSERT_EQ(bundle_.open(bundleName), 0) << locale;
     EXPECT_TRUE(textOf(bundle_, "IDS_MAIN_EIGHTH").starts_with(word + " ")) << locale;
   }
@@ -145,13 +107,10 @@ TEST_F(Bundle, SpeaksTheLanguageOfTheLocaleOrElseEnglish) {
 TEST_F(Bundle, EveryLanguageHasEveryTextWithExactlyItsArguments) {
   test::writeShippedBundle(directory_.path());
   ASSERT_EQ(bundleFiles().size(), 5u);
+  MessageBundle inEnglish;
+  ASSERT_EQ(inEnglish.open(bundleName), 0);
   for (const char* locale : {"en_US", "de_DE", "fr_FR", "es_ES", "ja_JP"}) {
-    const DefaultLocale speaker(locale);
-    MessageBundle inEnglish;
-    {
-      const DefaultLocale english("en_US");
-      ASSERT_EQ(inEnglish.open(bundleName), 0);
-    }
+    speak(locale);
     ASSERT_EQ(bundle_.open(bundleName), 0);
     for (const MessageSignature& signature : messageSignatures) {
       const std::string text = textOf(bundle_, signature.key);
@@ -165,45 +124,56 @@ TEST_F(Bundle, EveryLanguageHasEveryTextWithExactlyItsArguments) {
 
 TEST_F(Bundle, OnlyTextsThatFitTheirArgumentsArePrinted) {
   const auto printAll = [] {
-    testing::internal::CaptureStdout();
     printMessage("IDS_HELLOFN_FIRST", "Feb 17 2016", "10:17:37");
     printMessage("IDS_PROCESSARGS_FIRST", std::string("100%s"));
     printMessage("IDS_PROCESSARGS_THIRD");
     printMessage("IDS_MAIN_SIXTH", -1);
     printMessage("IDS_MAIN_THIRD", "rorxdata");
     printMessage("IDS_MAIN_FIRST");
-    return testing::internal::GetCapturedStdout();
   };
-  EXPECT_EQ(printAll(), "");
+  EXPECT_EQ(test::printed(printAll), "");
   const test::TempDir withBundle;
   const test::WorkingDirectory inBundle(withBundle.path());
   test::compileBundle(withBundle.path(), "root", R"(root {
     IDS_HELLOFN_FIRST { "date %s only\n" } IDS_PROCESSARGS_FIRST { "file %s\n" }
     IDS_PROCESSARGS_THIRD { "leak %s\n" } IDS_MAIN_SIXTH { "100%% of %d\n" }
     IDS_MAIN_THIRD { "%n" } })");
-  EXPECT_EQ(printAll(), "date Feb 17 2016 only\nfile 100%s\n100% of -1\n");
+  EXPECT_EQ(test::printed(printAll), "date Feb 17 2016 only\nfile 100%s\n100% of -1\n");
 }
 
 TEST(MessageFormat, CountsTheArgumentsOrRefuses) {
   constexpr auto n = MessageArgument::number;
   constexpr auto t = MessageArgument::text;
   constexpr std::array numberThenText{n, t};
-  const std::pair<const char*, int> cases[] = {
-      // -1: refused
-      {"", 0},        {"100%%", 0},     {"%d", 1},        {"%d %s", 2},    {"%i%%%s", 2},
-      {"%c%s", 2},    {"%u", 1},        {"%x%-10.3s", 2}, {"%#X", 1},      {"%+05d", 1},
-      {"%-3c", 1},    {"%999.999o", 1}, {"%.d", 1},       {"%s", -1},      {"%d%d", -1},
-      {"%d%s%d", -1}, {"%d%s%%%s", -1}, {"%", -1},        {"x%d%", -1},    {"%5%", -1},
-      {"%n", -1},     {"%d%n", -1},     {"%*d", -1},      {"%.*d", -1},    {"%1$d", -1},
-      {"%ld", -1},    {"%hhd", -1},     {"%1000d", -1},   {"%.1000d", -1}, {"%f", -1},
-      {"%p", -1},     {"%m", -1},       {"%C", -1},       {"%'d", -1},     {"%#d", -1},
-      {"%05c", -1},   {"%.1c", -1},     {"%d%05s", -1},   {"%d%#s", -1},   {"%d%ls", -1},
-      {"%.-1d", -1},  {"% ", -1},       {"%0", -1},       {"%.", -1},      {"%I64d", -1},
+  const std::pair<const char*, std::size_t> accepted[] = {
+      {"", 0},      {"100%%", 0}, {"%d", 1},        {"%d %s", 2},     {"%i%%%s", 2},
+      {"%c%s", 2},  {"%u", 1},    {"%x", 1},        {"%x%-10.3s", 2}, {"%#X", 1},
+      {"%+05d", 1}, {"%-3c", 1},  {"%999.999o", 1}, {"%.d", 1},
   };
-  for (const auto& [format, taken] : cases) {
-    EXPECT_EQ(argumentsTaken(format, numberThenText),
-              taken < 0 ? std::nullopt : std::optional(static_cast<std::size_t>(taken)))
-        << format;
+  for (const auto& [format, taken] : accepted) {
+    EXPECT_EQ(argumentsTaken(format, numberThenText), taken) << format;
+  }
+  const char* const refused[] = {
+      "%s",   "%d%d", "%d%s%d", "%d%s%%%s", "%",       "x%d%",  "%5%", "%n", "%d%n", "%*d",  "%.*d",
+      "%1$d", "%ld",  "%hhd",   "%1000d",   "%.1000d", "%f",    "%p",  "%m", "%C",   "%'d",  "%#d",
+      "%05c", "%.1c", "%d%05s", "%d%#s",    "%d%ls",   "%.-1d", "% ",  "%0", "%.",   "%I64d"};
+  for (const char* format : refused) {
+    EXPECT_EQ(argumentsTaken(format, numberThenText), std::nullopt) << format;
+  }
+}
+
+TEST(ErrorMsg, NamesCodeAndReason) {
+  constexpr auto lowest = std::numeric_limits<std::int32_t>::min();
+  const std::tuple<std::int32_t, std::int32_t, const char*> cases[] = {
+      {6, 28, "%d, RC=6(ProtocolError), RSN=28(NotFound)\n"},
+      {0, 0, "%d, RC=0(Success), RSN=0(NoError)\n"},
+      {11, 64, "%d, RC=11(Authority), RSN=64(User)\n"},
+      {8, 17, "%d, RC=8(SystemError), RSN=17(Format)\n"},
+      {12, 65, "%d, RC=12(Unknown), RSN=65(Unknown)\n"},
+      {-1, lowest, "%d, RC=-1(Unknown), RSN=-2147483648(Unknown)\n"},
+  };
+  for (const auto& [code, reason, line] : cases) {
+    EXPECT_EQ(test::printed([c = code, r = reason] { ErrorMsg(c, r, "%d"); }), line);
   }
 }
 

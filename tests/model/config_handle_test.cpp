@@ -2,13 +2,18 @@
 
 #include <gmock/gmock.h>
 
+#include <memory>
+
+#include "model/attribute_set.h"
+#include "model/decimal.h"
+#include "model/sym_parm.h"
 #include "tests/support/trace_capture.h"
 
 namespace orx {
 namespace {
 
-CMConfigHandle fromHex(const char* digits) {
-  CMConfigHandle handle;
+CMConfigHandle fromHex(std::string_view digits) {
+  CMConfigHandle handle(9, 0xFFFFFFFF);
   handle.setFromExternChar(digits);
   return handle;
 }
@@ -37,10 +42,9 @@ TEST(ConfigHandle, ConstructorsAndFactoriesBuildTheirLayout) {
       {CMConfigHandle(system2, group70000), "0000701102006300"},
       {CMConfigHandle(system2, group70000, resource9), "090070110200A400"},
       {CMConfigHandle(nothing, group70000, resource9), "7011010009002400"},
-      {CMConfigHandle::createPrototypeInheritedGroupHandle(system2, group70000),
-       "0000701102006300"},
-      {CMConfigHandle::createPrototypeInheritedResourceHandle(system2, group70000, resource9),
-       "090070110200A400"}};
+      {CMConfigHandle::createPrototypeInheritedGroupHandle(system2, resource9), "0000090002006300"},
+      {CMConfigHandle::createPrototypeInheritedResourceHandle(system2, resource9, resource9),
+       "090009000200A400"}};
   for (const auto& [handle, expected] : cases) EXPECT_EQ(hex(handle), expected);
   CMConfigHandle handle(5, 1);
   handle.set(group70000.getHandleBytes());
@@ -49,44 +53,41 @@ TEST(ConfigHandle, ConstructorsAndFactoriesBuildTheirLayout) {
   EXPECT_TRUE(handle.isNull());
 }
 
+// "TYPE" with what holds of "new", "inherited" and "temporary"; the kind of an inherited handle and
+// what it refers to.
+std::string described(const CMConfigHandle& handle) {
+  constexpr const char* kinds[] = {"", " group", " resource in inherited", " resource in group"};
+  std::string text = std::to_string(std::int32_t{handle.getType()});
+  if (handle.isNewFormat()) text += " new";
+  if (handle.isModelInherited()) text += " inherited";
+  if (handle.isTemporary()) text += " temporary";
+  text += kinds[static_cast<int>(handle.getModelInheritedKind())];
+  for (const CMConfigHandle& other :
+       {handle.getManagedSystemHandle(), handle.getGroupRefId(), handle.getResourceRefId()}) {
+    if (!other.isNull()) text += " " + hex(other);
+  }
+  return text;
+}
+
 TEST(ConfigHandle, QueriesReadBothLayouts) {
-  using enum ModelInheritedKind;
-  constexpr const char* system = "0200000000000201";
-  constexpr const char* group = "0700000000000501";
-  constexpr const char* bigGroup = "7011010000000301";
-  constexpr const char* resource = "0900000000000601";
-  const struct {
-    const char* bytes;
-    bool isNew, inherited, temporary;
-    int type;
-    ModelInheritedKind kind;
-    const char *system, *group, *resource;
-  } cases[] = {
-      {"0000000000000000", false, false, false, 0, none, "", "", ""},
-      {"0100000000000511", true, false, true, 5, none, "", "", ""},
-      {"0100000000000510", false, false, false, 5, none, "", "", ""},
-      {"010000000000FF01", true, false, false, 255, none, "", "", ""},
-      {"010000000000DF00", false, false, false, 31, none, "", "", ""},
-      {"0100000000002500", false, true, false, 5, none, "", "", ""},
-      {"0000070002006300", false, true, false, 3, inheritedGroup, system, group, ""},
-      {"090007000200A400", false, true, false, 4, resourceInInherited, system, group, resource},
-      {"7011010009002400", false, true, false, 4, resourceInGroup, "", bigGroup, resource},
-      {"0000070002000307", true, true, false, 3, inheritedGroup, system, group, ""},
-      {"090007000200040B", true, true, false, 4, resourceInInherited, system, group, resource},
-      {"7011010009000403", true, true, false, 4, resourceInGroup, "", bigGroup, resource},
-      {"0100000000008403", true, true, false, 132, none, "", "", ""},
-  };
-  for (const auto& row : cases) {
-    SCOPED_TRACE(row.bytes);
-    const CMConfigHandle handle = fromHex(row.bytes);
-    EXPECT_EQ(handle.isNewFormat(), row.isNew);
-    EXPECT_EQ(handle.isModelInherited(), row.inherited);
-    EXPECT_EQ(handle.isTemporary(), row.temporary);
-    EXPECT_EQ(handle.getType(), row.type);
-    EXPECT_EQ(handle.getModelInheritedKind(), row.kind);
-    EXPECT_EQ(hex(handle.getManagedSystemHandle()), row.system);
-    EXPECT_EQ(hex(handle.getGroupRefId()), row.group);
-    EXPECT_EQ(hex(handle.getResourceRefId()), row.resource);
+  const std::string system = " 0200000000000201", group = " 0700000000000501";
+  const std::string bigGroup = " 7011010000000301", resource = " 0900000000000601";
+  const std::pair<const char*, std::string> cases[] = {
+      {"0000000000000000", "0"},
+      {"0100000000000511", "5 new temporary"},
+      {"0100000000000510", "5"},
+      {"010000000000FF01", "255 new"},
+      {"010000000000DF00", "31"},
+      {"0100000000002500", "5 inherited"},
+      {"0000070002006300", "3 inherited group" + system + group},
+      {"090007000200A400", "4 inherited resource in inherited" + system + group + resource},
+      {"7011010009002400", "4 inherited resource in group" + bigGroup + resource},
+      {"0000070002000307", "3 new inherited group" + system + group},
+      {"090007000200040B", "4 new inherited resource in inherited" + system + group + resource},
+      {"7011010009000403", "4 new inherited resource in group" + bigGroup + resource},
+      {"0100000000008403", "132 new inherited"}};
+  for (const auto& [bytes, expected] : cases) {
+    EXPECT_EQ(described(fromHex(bytes)), expected) << bytes;
   }
 }
 
@@ -105,21 +106,12 @@ TEST(ConfigHandle, ComparisonsLookAtTheBytes) {
     EXPECT_EQ(left == right.getHandleBytes(), equal) << leftHex;
     EXPECT_EQ(left != right.getHandleBytes(), !equal) << leftHex;
   }
-  const CMCollectable other;
-  EXPECT_EQ(resource9.compareTo(&other), 1);
-  EXPECT_FALSE(resource9.isEqual(&other) || resource9.isEqual(nullptr));
   EXPECT_TRUE(nothing == static_cast<const std::uint8_t*>(nullptr));
   EXPECT_EQ(fromHex("0102030405060708").hash(), 0x04030201u ^ 0x08070605u);
 }
 
 TEST(ConfigHandle, DumpTellsWhatAHandleMeans) {
   EXPECT_THAT(captureTrace("none=0x40", [] { nothing.dump("label"); }), ElementsAre());
-  EXPECT_THAT(captureTrace("none=0x40", [] { CMConfigHandle(5, 0xFFFFFFFF).dump(); }),
-              ElementsAre("-----Dump of Handle=FFFFFFFF00000501------", "  Format  = New",
-                          "  Id      = -1(0xffffffff)", "  Type    = 5(0x5)", "  Temp    = False",
-                          "  ModelInh= False", "  MgSys   = 0000000000000000",
-                          "  TypeModelInh= Not Model Inherited",
-                          "-------------------------------------------"));
   EXPECT_THAT(captureTrace("none=0x40", [] { fromHex("090007000200A400").dump("parent"); }),
               ElementsAre("-----parent=090007000200A400------", "  Format  = Old",
                           "  Id      = 458761(0x70009)", "  Type    = 4(0x4)", "  Temp    = False",
@@ -128,6 +120,11 @@ TEST(ConfigHandle, DumpTellsWhatAHandleMeans) {
                           "  TypeModelInh= Prototype inherited resource with PIRG as a parent",
                           "-------------------------------------------"));
   const std::pair<const char*, const char*> lines[] = {
+      {"FFFFFFFF00000501", "-----Dump of Handle=FFFFFFFF00000501------"},
+      {"FFFFFFFF00000501", "  Id      = -1(0xffffffff)"},
+      {"FFFFFFFF00000501", "  MgSys   = 0000000000000000"},
+      {"FFFFFFFF00000501", "  TypeModelInh= Not Model Inherited"},
+      {"0700000000000511", "  Format  = New"},
       {"0700000000000511", "  Temp    = True"},
       {"0000070002006300", "  TypeModelInh= Prototype inherited resource group"},
       {"7011010009002400",
@@ -139,13 +136,126 @@ TEST(ConfigHandle, DumpTellsWhatAHandleMeans) {
 }
 
 TEST(ConfigHandle, ExportTellsTheTraceOfConvertedHandles) {
-  const auto exportBoth = [] {
-    (void)fromHex("0900000000002500").exportText();
-    (void)fromHex("0900000000000500").exportText();
+  const auto exportAll = [] {
+    for (const char* bytes : {"0900000000002500", "0900000000000500", "0900000000002503"}) {
+      (void)fromHex(bytes).exportText();
+    }
   };
-  EXPECT_THAT(captureTrace("exportChr=0x10", exportBoth),
+  EXPECT_THAT(captureTrace("exportChr=0x10", exportAll),
               ElementsAre("Found an invalid handle to export - converted to <1;1;37;0;0;0;9;>"));
-  EXPECT_THAT(captureTrace("exportChr=0x01", exportBoth), ElementsAre());
+  EXPECT_THAT(captureTrace("exportChr=0x01", exportAll), ElementsAre());
+}
+
+TEST(Decimal, ReadsDigitsModulo32Bits) {
+  const std::pair<std::string_view, std::int32_t> cases[] = {
+      {"", 0},    {"-7x", -7},        {"+7", 7},
+      {"- 7", 0}, {"4294967295", -1}, {"2147483648", -2147483647 - 1},
+      {"\t7", 0}, {"4294967297", 1}};
+  for (const auto& [text, expected] : cases) EXPECT_EQ(parseDecimal(text), expected) << text;
+}
+
+TEST(HandleText, Exports) {
+  const std::pair<std::string_view, std::string_view> cases[] = {
+      {"0000000000000000", "<1;1;0;0;0;0;0;>"},
+      {"D204000000000511", "<1;1;5;0;0;0;1234;>"},  // the temporary flag is not carried
+      {"FFFFFFFF00000500", "<1;1;5;0;0;0;4294967295;>"},
+      {"0000070002006300", "<1;2;3;1;1;0;2;7;>"},
+      {"090007000200A400", "<1;4;4;1;0;1;2;7;9;>"},
+      {"7011010009002400", "<1;3;4;1;0;0;70000;9;>"},
+      {"0900070002000407", "<1;3;4;1;1;0;458761;2;>"},
+      {"090000000000050F", "<1;1;5;1;1;1;9;>"},  // inherited, of a type that has no kind
+      {"FFFFFFFFFFFFFF0F", "<1;3;255;1;1;1;4294967295;65535;>"},
+      {"0900000000002500", "<1;1;37;0;0;0;9;>"},  // converted to the new format
+      {"0900000001002502", "<1;3;37;1;0;0;9;1;>"}};
+  for (const auto& [bytes, expected] : cases) {
+    EXPECT_EQ(fromHex(bytes).exportText().view(), expected) << bytes;
+    EXPECT_TRUE(CMConfigHandle::isExportedFormat(expected));
+    EXPECT_FALSE(CMConfigHandle::isExportedFormat(bytes));
+  }
+}
+
+TEST(HandleText, WritersKeepWithinTheirBuffer) {
+  const CMConfigHandle handle(5, 1234);
+  const std::string whole(handle.exportText().view());
+  for (std::size_t size = 1; size <= 24; ++size) {
+    std::string buffer(32, '#');
+    handle.exportChr(buffer.data(), size);
+    EXPECT_STREQ(buffer.c_str(), whole.substr(0, size - 1).c_str());
+    EXPECT_EQ(buffer.find_last_not_of('#') + 1, std::min(size, whole.size() + 1));
+    buffer.assign(32, '#');
+    EXPECT_STREQ(handle.getExternChar(buffer.data(), size), size < 17 ? "" : "D204000000000501");
+    EXPECT_EQ(buffer.find_last_not_of('#') + 1, size < 17 ? 1u : 17u);
+  }
+  handle.exportChr(nullptr, 48);
+  EXPECT_EQ(handle.getExternChar(nullptr, 17), nullptr);
+}
+
+TEST(HandleText, Imports) {
+  using namespace std::string_view_literals;
+  // "TEXT DIGITS"; the fields of an accepted text may be empty or lack the last ";".
+  const std::vector<std::string_view> accepted = {
+      "<1;1;5;0;0;0;1234;> D204000000000501",    "<1;1;5;0;0;0;12;>trailing 0C00000000000501",
+      "<1;1;0;0;0;0;0;> 0000000000000000",       "<1;1;5;0;0;0;4294967295;> FFFFFFFF00000501",
+      "<1;1;300;7;6;5;1;> 0100000000002C0B",     "<1;1;-1;1;0;1;1;> 010000000000BF00",
+      "<1;2;3;1;1;0;65538;7;> 0000070002000307", "<1;3;4;1;0;0;70000;9;> 7011010009000403",
+      "<1;4;4;1;0;1;2;7;9;> 090007000200040B",   "<;;1;;1; 5x;+0;0;0;12> 0C00000000000501",
+      "<0;1;5;0;0;0;12;> 0C00000000000501"};
+  const std::vector<std::string_view> refused = {
+      "<1; ;5;0;0;0;12;> 0000000000000501", "<-1;1;5;0;0;0;12;> 0000000000000000",
+      "<1;1;5;0;0;0;> 0000000000000000",    "<1;4;5;0;0;0;1;2;3;4;> 0000000000000000",
+      "<1;2;5;0;0;0;12;> 0000000000000501", "<1;4;-1;1;1;1;12;13;> 000000000000FF00",
+      "1;1;5;0;0;0;12;> 0000000000000000",  " <1;1;5;0;0;0;12;> 0000000000000000",
+      "<1;1;5;0;0;0;12; 0000000000000000",  "<2;1;5;0;0;0;12;> 0000000000000000",
+  };
+  for (const int result : {1, 0}) {
+    for (const std::string_view row : result == 1 ? accepted : refused) {
+      const std::size_t blank = row.rfind(' ');
+      CMConfigHandle handle(9, 0xFFFFFFFF);
+      EXPECT_EQ(handle.importHndl(row.substr(0, blank)), result) << row;
+      EXPECT_EQ(handle.externText().view(), row.substr(blank + 1)) << row;
+    }
+  }
+  for (const std::string_view text : {"<1;1;5;0;0;0;12\0;>"sv, "<"sv, ""sv}) {
+    CMConfigHandle handle(9, 9);
+    EXPECT_EQ(handle.importHndl(text), 0) << text;
+    EXPECT_TRUE(handle.isNull()) << text;
+  }
+  EXPECT_EQ(CMConfigHandle(9, 9).importHndl(static_cast<const char*>(nullptr)), 0);
+}
+
+TEST(HandleText, TakesSixteenDigits) {
+  const std::pair<std::string_view, std::string_view> cases[] = {
+      {"0a00000000000501", "0000000000000501"},
+      {"FEDCBA9876543210FF", "FEDCBA9876543210"},
+      {"ABC", "ABC0000000000000"},
+      {std::string_view("12\0x34", 6), "1200000000000000"}};
+  for (const auto& [text, expected] : cases) {
+    EXPECT_EQ(fromHex(text).externText().view(), expected);
+  }
+}
+
+TEST(Collectable, ClassesAreToldApartAndCopiesArePlainOnes) {
+  const CMCollectable object;
+  const CMConfigHandle handle(5, 1);
+  const CMAttribute attribute(1, 0);
+  const CMSymParm parameter("A", "1", 2, 0, nullptr);
+  const std::pair<const RWCollectable*, int> classes[] = {
+      {&object, 0}, {&handle, 32745}, {&attribute, 32767}, {&parameter, 32766}};
+  for (const auto& [original, id] : classes) {
+    EXPECT_EQ(original->isA(), id);
+    const std::unique_ptr<RWCollectable> copy(original->copy()), species(original->newSpecies());
+    EXPECT_EQ(copy->isA() + species->isA(), 0) << id;
+    EXPECT_FALSE(original->isEqual(copy.get()) || copy->isEqual(original) ||
+                 original->isEqual(nullptr));
+    for (const auto& [other, otherId] : classes) {
+      EXPECT_EQ(original->isEqual(other), id == otherId) << id << " and " << otherId;
+    }
+  }
+  EXPECT_EQ(handle.compareTo(&attribute), 1);
+  EXPECT_EQ(CMAttribute(4, 1).hash(), 4100u);
+  EXPECT_EQ(CMAttributeSet().isA(), 32728);
+  const std::unique_ptr<RWCollectable> copy(object.copy());
+  EXPECT_EQ(object.compareTo(copy.get()), -copy->compareTo(&object));
 }
 
 }  // namespace

@@ -20,20 +20,20 @@ TEST(TraceNames, TellUnitAndOverload) {
   CMSymParm parameter("A", "1", 2, 0, nullptr);
   CMSymParmSet parameters;
   CMDatabaseBackupRecord record;
-  const DataBuffer buffer;
   struct Row {
     const char *unit, *name;
     std::function<void()> action;
   };
-  const Row handles[] = {
+  const Row rows[] = {
+      {"ORXCCMMM", "CMMemoryManager::displayMemoryUse",
+       [] { CMMemoryManager::displayMemoryUse(1); }},
       {"ORXCCMCI", "Constructor1", [] { CMConfigHandle(); }},
       {"ORXCCMCI", "Constructor2", [] { CMConfigHandle(5, 1); }},
       {"ORXCCMCI", "Constructor3", [&] { CMConfigHandle(handle, handle); }},
       {"ORXCCMCI", "Constructor4", [&] { CMConfigHandle(handle, handle, handle); }},
       {"ORXCCMCI", "intOperator", [&] { (void)static_cast<std::int32_t>(handle); }},
       {"ORXCCMCI", "EqualityOperator2", [&] { (void)(handle == handle.getHandleBytes()); }},
-      {"ORXCCMCI", "InequalityOperator2", [&] { (void)(handle != handle.getHandleBytes()); }}};
-  const Row attributes[] = {
+      {"ORXCCMCI", "InequalityOperator2", [&] { (void)(handle != handle.getHandleBytes()); }},
       {"ORXCCMAT", "Constructor0", [] { CMAttribute(); }},
       {"ORXCCMAT", "Constructor", [] { CMAttribute(short{1}, short{0}); }},
       {"ORXCCMAT", "ConstructorFromString", [] { CMAttribute("1;0;0;", 1); }},
@@ -45,8 +45,7 @@ TEST(TraceNames, TellUnitAndOverload) {
       {"ORXCCMAS", "findAttrKey3", [&] { (void)set.findAttrKey(short{1}, short{0}); }},
       {"ORXCCMAS", "findAttrKey4", [&] { (void)set.findAttrKey(1, 0); }},
       {"ORXCCMAS", "getFirst1", [&] { (void)constantSet.getFirst(); }},
-      {"ORXCCMAS", "getFirst2", [&] { (void)set.getFirst(); }}};
-  const Row others[] = {
+      {"ORXCCMAS", "getFirst2", [&] { (void)set.getFirst(); }},
       {"ORXCCMSP", "EqualityOperator", [&] { (void)(parameter == parameter); }},
       {"ORXCCMPS", "AssignmentOperator1", [&] { parameters = set; }},
       {"ORXCCMPS", "AssignmentOperator2", [&] { parameters = attribute; }},
@@ -56,15 +55,12 @@ TEST(TraceNames, TellUnitAndOverload) {
          DataBuffer built;
          record.buildDataBuffer(built);
        }}};
-  const auto check = [](const Row& row) {
+  for (const Row& row : rows) {
     EXPECT_THAT(
         captureWholeTrace(std::string(row.name) + "=0x40", row.action),
         testing::Contains(testing::HasSubstr(std::string(" ") + row.unit + " " + row.name + ":")))
         << row.name;
-  };
-  for (const Row& row : handles) check(row);
-  for (const Row& row : attributes) check(row);
-  for (const Row& row : others) check(row);
+  }
 }
 
 }  // namespace

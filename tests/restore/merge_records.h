@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "model/attribute.h"
 #include "restore/merge_types.h"
+#include "tests/support/attributes.h"
 #include "tests/support/small_fleet.h"
 
 namespace orx::test {
@@ -54,9 +54,7 @@ inline std::string describe(const DataBuffer& record) {
 
 // An attribute as it stands in an object's text.
 inline std::string element(short attrId, short attrGroup, const std::vector<std::string>& values) {
-  CMAttribute attribute(attrId, attrGroup);
-  for (const std::string& value : values) attribute.setValue(value);
-  return "<" + attribute.text() + ">";
+  return "<" + makeAttribute(attrId + 4096 * attrGroup, values).text() + ">";
 }
 
 // The value texts of a counter attribute, all "0" but those of the given types.

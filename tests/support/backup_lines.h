@@ -2,7 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
+#include <cstring>
 #include <string>
+#include <vector>
 
 namespace orx::test {
 
@@ -31,6 +34,26 @@ struct Line {
            number(auxValue2);
   }
 };
+
+// The lines of a backup file, filled up to 445 bytes: the rules of the reader in their plainest
+// form.
+inline std::vector<std::string> plainLines(const std::string& path) {
+  std::vector<std::string> lines;
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  for (;;) {
+    char line[445]{};
+    (void)!std::fgets(line, sizeof line, file);
+    std::size_t length = std::strlen(line);
+    if (length == 0) break;
+    if (line[length - 1] == '\n') {
+      line[--length] = '\0';
+      if (length > 0 && line[length - 1] == '\r') line[--length] = '\0';
+    }
+    lines.emplace_back(line, sizeof line);
+  }
+  (void)std::fclose(file);
+  return lines;
+}
 
 inline std::string handleText(int type, std::uint32_t id) {
   return "<1;1;" + std::to_string(type) + ";0;0;0;" + std::to_string(id) + ";>";

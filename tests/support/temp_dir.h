@@ -1,7 +1,6 @@
 // Scratch directories for tests.
 #pragma once
 
-#include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include <algorithm>
@@ -18,7 +17,7 @@ namespace orx::test {
 class TempDir {
  public:
   TempDir() {
-    std::string name = testing::TempDir() + "orx.XXXXXX";
+    std::string name = std::filesystem::temp_directory_path() / "orx.XXXXXX";
     if (mkdtemp(name.data()) == nullptr) throw std::filesystem::filesystem_error("mkdtemp", {});
     path_ = name;
   }
