@@ -3,16 +3,16 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sched.h>
-#include <signal.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
-#include <map>
+#include <csignal>
+#include <list>
 
-#include "messages/message_keys.h"
 #include "restore/exit_codes.h"
+#include "tests/faults/operation.h"
 #include "tests/support/child_conditions.h"
 #include "tests/support/program_runs.h"
 #include "tests/support/small_fleet.h"
@@ -21,135 +21,58 @@
 namespace orx::test {
 namespace {
 
-using testing::AllOf;
+namespace fs = std::filesystem;
+using faults::Operation;
+using faults::TracedCall;
+using testing::AnyOf;
 using testing::HasSubstr;
-using testing::Not;
-
-struct Operation {
-  const char* name;
-  const char* program;
-  std::vector<std::string> arguments;
-  std::string target;  // what it changes or makes
-};
-
-const std::vector<Operation> operations{
-    {"restore", "orxrestore", {"-i", "backup", "-o", "db"}, "db"},
-    {"merge", "orxrestore", {"-i", "backup", "-m", "db"}, "db"},
-    {"rebuild", "orxrestore", {"-u", "db"}, "db"},
-    {"load", "orxkdb", {"load", "--replace", "db", "dump"}, "db"},
-    {"undo", "orxkdb", {"undo", "db"}, "db"},
-    {"create", "orxkdb", {"create", "new"}, "new"},
-    {"backup", "orxkdb", {"backup", "db", "new.txt"}, "new.txt"},
-};
-
-bool restores(const Operation& operation) {
-  return std::string(operation.program) == "orxrestore";
-}
-
-// A directory with all that the operations need.
-class Scene {
- public:
-  Scene() {
-    std::filesystem::permissions(directory_.path(), std::filesystem::perms(0755));
-    writeEchoBundle(directory_.path());
-    std::filesystem::remove(directory_ / "root.txt");
-    const Line miscounted = modelLine(attribute(17, {"7"}));
-    makeDatabase(directory_.file("db"), {systemLine(), miscounted, referringLine()});
-    makeDatabase(directory_.file("db.orx-previous"), {plainLine(1)});
-    std::vector<Line> lines = smallFleet();
-    for (std::uint32_t id = 10; id < 40; ++id) lines.push_back(referringLine(id));
-    writeFile(directory_ / "backup", backupText(lines));
-    makeDatabase(directory_.file("filled"), lines);
-    (void)runIn(directory_, "orxkdb", {"dump", "filled", "dump"});
-    std::filesystem::remove(directory_ / "filled");
-  }
-
-  // A new copy.
-  Scene(const Scene& other) {
-    std::filesystem::copy(other.directory_.path(), directory_.path(),
-                          std::filesystem::copy_options::recursive |
-                              std::filesystem::copy_options::overwrite_existing);
-    std::filesystem::permissions(directory_.path(), std::filesystem::perms(0755));
-  }
-  Scene& operator=(const Scene&) = delete;
-
-  [[nodiscard]] const TempDir& directory() const { return directory_; }
-
-  // Under its own path a run sees another file system or none: "@" in front of a name stands for
-  [[nodiscard]] ProgramResult run(const Operation& operation, std::function<void()> inChild = {},
-                                  std::vector<std::string> environment = {}) const {
-    return runIn(directory_, operation.program, operation.arguments, "", std::move(inChild),
-                 std::move(environment));
-  }
-
-  [[nodiscard]] std::string target(const Operation& operation) const {
-    return readFile(directory_ / operation.target);
-  }
-  // Of the records where it is a database: files of equal records may differ.
-  [[nodiscard]] std::string content(const Operation& operation) const {
-    if (!std::filesystem::exists(directory_ / operation.target)) return "absent";
-    if (operation.target == "new.txt") return target(operation);
-    std::string all;
-    const Opened database(directory_.file(operation.target), kdb::openForReading);
-    if (database.opened != "0/0") return "unreadable";
-    for (const Record& record : database.all()) all.append(record.begin(), record.end());
-    return "database " + all;
-  }
-  [[nodiscard]] bool hasLeftovers() const {
-    return std::ranges::any_of(directory_.names(),
-                               [](const auto& name) { return name.ends_with(".orx-new"); });
-  }
-
- private:
-  TempDir directory_;
-};
-
-class Surroundings : public testing::Test {
- protected:
-  static void SetUpTestSuite() { scene_ = new Scene; }
-  static void TearDownTestSuite() {
-    delete scene_;
-    scene_ = nullptr;
-  }
-
-  // What an undisturbed run makes.
-  static const std::string& newContent(const Operation& operation) {
-    static std::map<std::string, std::string> known;
-    const auto [content, isNew] = known.try_emplace(operation.name);
-    if (isNew) {
-      const Scene undisturbed(*scene_);
-      EXPECT_EQ(undisturbed.run(operation).exitCode, 0) << operation.name;
-      content->second = undisturbed.content(operation);
-    }
-    return content->second;
-  }
-
-  // Exit code 0 and the new state, or a failure with words and the old state.
-  static void expectOldOrNew(const Scene& after, const Operation& operation,
-                             const ProgramResult& result) {
-    EXPECT_FALSE(after.hasLeftovers()) << operation.name;
-    // Without its messages; or what comes after the change failed, and that is told.
-    const bool isChanged = result.errors.find("the database is made") != std::string::npos ||
-                           result.errors.find("has its new contents") != std::string::npos;
-    if (result.exitCode == 0 || isChanged) {
-      EXPECT_EQ(after.content(operation), newContent(operation)) << operation.name;
-    } else {
-      EXPECT_EQ(after.target(operation), scene_->target(operation)) << operation.name;
-      EXPECT_NE(result.errors, "") << operation.name;
-    }
-  }
-
-  static Scene* scene_;
-};
-Scene* Surroundings::scene_ = nullptr;
 
 constexpr int cannotBeMade = 77;
 constexpr rlim_t megabyte = rlim_t{1} << 20;
 
-std::function<void()> limitedMemory(rlim_t bytes) {
-  return [bytes] {
-    const rlimit limit{bytes, bytes};
-    (void)setrlimit(RLIMIT_AS, &limit);
+// The operations where names can be exchanged.
+const std::list<faults::Scene>& scenes() {
+  static const std::list<faults::Scene> all = [] {
+    std::list<faults::Scene> made;
+    for (const Operation& operation : faults::operations()) {
+      if (!operation.exchangeFails && !operation.behindKill) made.emplace_back(operation);
+    }
+    return made;
+  }();
+  return all;
+}
+
+// A copy of what an operation starts from, and a run in it.
+struct Attempt {
+  explicit Attempt(const faults::Scene& of) : scene(of) {
+    fs::permissions(directory.path(), fs::perms(0755));
+    scene.copyTo(directory.path());
+    traced = scene.program(directory.path());
+  }
+  // The old state with a failure, or the new one; `words` says whether the program has any.
+  void expectOldOrNew(const ProgramResult& ended, bool words = true) {
+    const auto outcome = scene.look(directory.path(), words ? &ended : nullptr, false);
+    EXPECT_EQ(outcome.faults, "") << ended.errors;
+    isNew = outcome.isNew;
+  }
+  const ProgramResult& under(std::function<void()> condition) {
+    traced.program.inChild = std::move(condition);
+    result = runProgram(traced.program);
+    expectOldOrNew(result, result.exitCode != 127 && result.exitCode != cannotBeMade);
+    return result;
+  }
+
+  const faults::Scene& scene;
+  TempDir directory;
+  faults::TracedProgram traced;
+  ProgramResult result = {};
+  bool isNew = false;
+};
+
+std::function<void()> limited(decltype(RLIMIT_AS) resource, rlim_t most) {
+  return [=] {
+    const rlimit limit{most, most};
+    (void)setrlimit(resource, &limit);
   };
 }
 
@@ -157,64 +80,52 @@ std::function<void()> limitedMemory(rlim_t bytes) {
 bool areSanitized() {
   return runProgram({.file = builtProgram("orxkdb"),
                      .arguments = {"--version"},
-                     .inChild = limitedMemory(4096 * megabyte)})
+                     .inChild = limited(RLIMIT_AS, 4096 * megabyte)})
              .exitCode != 0;
 }
 
-TEST_F(Surroundings, OutputThatNobodyTakesDoesNotStopAChange) {
-  for (const Operation& operation : operations) {
-    const std::string& expected = newContent(operation);
-    for (const auto& broken : brokenOutputs) {
-      const Scene scene(*scene_);
-      EXPECT_EQ(scene.run(operation, broken).exitCode, 0) << operation.name;
-      EXPECT_EQ(scene.content(operation), expected) << operation.name;
+void becomeNobody() {
+  if (setgid(65534) != 0 || setuid(65534) != 0) _exit(cannotBeMade);
+  if (access(builtProgram("orxkdb").c_str(), X_OK) != 0) _exit(cannotBeMade);
+}
+
+TEST(Surroundings, OutputThatNobodyTakesDoesNotStopAChange) {
+  const auto allClosed = [] {
+    for (const int stream : {0, 1, 2}) (void)close(stream);
+  };
+  std::vector<std::function<void()>> conditions(brokenOutputs.begin(), brokenOutputs.end());
+  conditions.emplace_back(allClosed);
+  for (const faults::Scene& scene : scenes()) {
+    for (const auto& broken : conditions) {
+      EXPECT_EQ(Attempt(scene).under(broken).exitCode, 0) << scene.operation().name;
     }
-    const Scene scene(*scene_);
-    const auto allClosed = [] {
-      for (const int stream : {0, 1, 2}) (void)close(stream);
-    };
-    EXPECT_EQ(scene.run(operation, allClosed).exitCode, 0) << operation.name;
-    EXPECT_EQ(scene.content(operation), expected) << operation.name << ", all streams closed";
   }
 }
 
-TEST_F(Surroundings, WithoutPermissionNothingIsChanged) {
+TEST(Surroundings, WithoutPermissionNothingIsChanged) {
   if (geteuid() != 0) GTEST_SKIP() << "needs a second user";
-  const auto nobody = [] {
-    if (setgid(65534) != 0 || setuid(65534) != 0) _exit(cannotBeMade);
-    if (access(builtProgram("orxkdb").c_str(), X_OK) != 0) _exit(cannotBeMade);
-  };
-  for (const Operation& operation : operations) {
-    const Scene scene(*scene_);
-    const auto result = scene.run(operation, nobody);
+  for (const faults::Scene& scene : scenes()) {
+    Attempt run(scene);
+    for (const char* name : {"backup.txt", "shuffled.txt"}) {
+      fs::permissions(run.directory / name, fs::perms(0644));
+    }
+    const auto& result = run.under(becomeNobody);
     if (result.exitCode == cannotBeMade) GTEST_SKIP() << "the programs are hidden from others";
-    EXPECT_EQ(result.exitCode, exitDatabaseNotOpened) << operation.name << result.errors;
-    EXPECT_THAT(result.errors, HasSubstr("permission")) << operation.name;
-    expectOldOrNew(scene, operation, result);
+    EXPECT_EQ(result.exitCode, exitDatabaseNotOpened) << scene.operation().name << result.errors;
+    EXPECT_THAT(result.errors, HasSubstr("permission")) << scene.operation().name;
   }
+  Attempt undo(scenes().front());
+  const std::string previous = undo.directory.file("db.orx-previous");
+  for (const char* name : {"", "db"}) (void)!chown(undo.directory.file(name).c_str(), 65534, 65534);
+  undo.traced.program = faults::programIn(undo.directory.path(), "orxkdb undo db");
+  EXPECT_EQ(undo.under(becomeNobody).exitCode, exitDatabaseNotOpened);
+  EXPECT_THAT(undo.result.errors, HasSubstr(", " + previous + " (11 Authority"));
 }
 
-TEST_F(Surroundings, AnUnreadablePreviousGenerationIsWhatUndoNames) {
-  if (geteuid() != 0) GTEST_SKIP() << "needs a second user";
-  const Scene scene(*scene_);
-  const std::string previous = scene.directory().file("db.orx-previous");
-  std::filesystem::permissions(previous, std::filesystem::perms(0600));
-  for (const char* name : {"", "db"})
-    (void)!chown(scene.directory().file(name).c_str(), 65534, 65534);
-  const auto nobody = [] {
-    if (setgid(65534) != 0 || setuid(65534) != 0) _exit(cannotBeMade);
-    if (access(builtProgram("orxkdb").c_str(), X_OK) != 0) _exit(cannotBeMade);
-  };
-  const auto result = runIn(scene.directory(), "orxkdb", {"undo", "db"}, "", nobody);
-  if (result.exitCode == cannotBeMade) GTEST_SKIP() << "the programs are hidden from others";
-  EXPECT_EQ(result.exitCode, exitDatabaseNotOpened);
-  EXPECT_THAT(result.errors, HasSubstr(", " + previous + " (11 Authority"));
-}
-
-TEST_F(Surroundings, AReadOnlyFileSystemIsNotWrittenTo) {
-  for (const Operation& operation : operations) {
-    const Scene scene(*scene_);
-    const std::string path = scene.directory().path();
+TEST(Surroundings, AReadOnlyFileSystemIsNotWrittenTo) {
+  for (const faults::Scene& scene : scenes()) {
+    Attempt run(scene);
+    const std::string path = run.directory.path();
     const auto readOnly = [&path] {
       const bool ready =
           unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, "") == 0 &&
@@ -223,174 +134,163 @@ TEST_F(Surroundings, AReadOnlyFileSystemIsNotWrittenTo) {
           chdir(path.c_str()) == 0;
       if (!ready) _exit(cannotBeMade);
     };
-    const auto result = scene.run(operation, readOnly);
+    const auto& result = run.under(readOnly);
     if (result.exitCode == cannotBeMade) GTEST_SKIP() << "no right to mount";
-    EXPECT_EQ(result.exitCode, exitDatabaseNotOpened) << operation.name << result.errors;
-    expectOldOrNew(scene, operation, result);
+    EXPECT_EQ(result.exitCode, exitDatabaseNotOpened) << scene.operation().name << result.errors;
   }
 }
 
-TEST_F(Surroundings, ADirectoryThatWasDeletedHoldsNothing) {
-  const Scene scene(*scene_);
-  const std::string gone = scene.directory().file("gone");
-  const auto inDeleted = [&gone] {
-    if (mkdir(gone.c_str(), 0700) != 0 || chdir(gone.c_str()) != 0 || rmdir(gone.c_str()) != 0) {
-      _exit(cannotBeMade);
-    }
-  };
-  for (const Operation& operation : operations) {
-    const auto result = scene.run(operation, inDeleted);
-    const bool opensBackupFirst = std::string(operation.name) == "restore";
+TEST(Surroundings, ADirectoryThatWasDeletedHoldsNothing) {
+  for (const faults::Scene& scene : scenes()) {
+    Attempt run(scene);
+    const std::string gone = run.directory.file("gone");
+    const auto inDeleted = [&gone] {
+      const bool ready = mkdir(gone.c_str(), 0700) == 0 && chdir(gone.c_str()) == 0;
+      if (!ready || rmdir(gone.c_str()) != 0) _exit(cannotBeMade);
+    };
+    const auto& result = run.under(inDeleted);
+    const bool opensBackupFirst = std::string(scene.operation().name).starts_with("restore");
     EXPECT_EQ(result.exitCode, opensBackupFirst ? exitBackupNotOpened : exitDatabaseNotOpened)
-        << operation.name << result.errors;
-    expectOldOrNew(scene, operation, result);
+        << scene.operation().name << result.errors;
+    if (run.traced.program.arguments[0] != "load") continue;
+    for (std::string& word : run.traced.program.arguments) {
+      if (fs::exists(scene.start() / word) || word == "made") word = run.directory.file(word);
+    }
+    EXPECT_EQ(run.under(inDeleted).exitCode, 0) << "absolute names need no directory";
   }
-  const Operation elsewhere{
-      "load",
-      "orxkdb",
-      {"load", "--replace", scene.directory().file("db"), scene.directory().file("dump")},
-      "db"};
-  EXPECT_EQ(scene.run(elsewhere, inDeleted).exitCode, 0) << "absolute names need no directory";
 }
 
-TEST_F(Surroundings, AFileThatMayNotGrowIsAFullDisk) {
-  for (const Operation& operation : operations) {
+TEST(Surroundings, AFileThatMayNotGrowIsAFullDisk) {
+  for (const faults::Scene& scene : scenes()) {
     for (const rlim_t limit : {rlim_t{100}, rlim_t{12288}}) {
-      const Scene scene(*scene_);
-      const auto result = scene.run(operation, fileLimit(limit));
-      EXPECT_THAT(result.exitCode, testing::AnyOf(0, exitFailed)) << operation.name << limit;
-      expectOldOrNew(scene, operation, result);
+      SCOPED_TRACE(scene.operation().name + (" " + std::to_string(limit)));
+      const auto result = Attempt(scene).under(fileLimit(limit));
+      EXPECT_THAT(result.exitCode, AnyOf(0, exitFailed));
+      if (result.exitCode == exitFailed) {
+        EXPECT_THAT(result.errors, AnyOf(HasSubstr("df -h ."), HasSubstr("free space")));
+      }
     }
-  }
-}
-
-TEST_F(Surroundings, FewOpenFilesAreEnoughOrAFailure) {
-  if (areSanitized()) GTEST_SKIP() << "sanitizers open files of their own";
-  for (const Operation& operation : operations) {
-    int failures = 0;
-    for (rlim_t most = 4; most < 16; ++most) {
-      const Scene scene(*scene_);
-      const auto result = scene.run(operation, [most] {
-        const rlimit limit{most, most};
-        (void)setrlimit(RLIMIT_NOFILE, &limit);
-      });
-      failures += result.exitCode == 0 ? 0 : 1;
-      expectOldOrNew(scene, operation, result);
-    }
-    EXPECT_LT(failures, 12) << operation.name;
   }
 }
 
 // From too little for the start of the program up to enough for the run.
-TEST_F(Surroundings, LittleMemoryIsEnoughOrAFailure) {
-  if (areSanitized()) GTEST_SKIP() << "sanitized programs need terabytes of addresses";
-  for (const Operation& operation : operations) {
-    bool enough = false;
-    for (rlim_t bytes = 32 * megabyte; bytes <= 512 * megabyte; bytes += bytes / 8) {
-      const Scene scene(*scene_);
-      const auto result = scene.run(operation, limitedMemory(bytes));
-      const bool started = result.exitCode != 127;
-      EXPECT_TRUE(started || result.errors.find("shared libraries") != std::string::npos);
-      expectOldOrNew(scene, operation, result);
-      enough = result.exitCode == 0;
-      if (!enough) continue;
-      break;
+TEST(Surroundings, FewOpenFilesAndLittleMemoryAreEnoughOrAFailure) {
+  if (areSanitized()) GTEST_SKIP() << "sanitizers open files and take terabytes of addresses";
+  for (const faults::Scene& scene : scenes()) {
+    int exitCode = -1;
+    for (rlim_t most = 4; most < 16; ++most) {
+      Attempt run(scene);
+      exitCode = run.under(limited(RLIMIT_NOFILE, most)).exitCode;
+      if (exitCode == 0 || exitCode == 127) continue;
+      EXPECT_THAT(run.result.errors, HasSubstr("ulimit -n 1024")) << most;
     }
-    EXPECT_TRUE(enough) << operation.name;
+    EXPECT_EQ(exitCode, 0) << scene.operation().name;
+    exitCode = -1;
+    for (rlim_t bytes = 32 * megabyte; bytes <= 512 * megabyte && exitCode != 0;
+         bytes += bytes / 8) {
+      Attempt run(scene);
+      exitCode = run.under(limited(RLIMIT_AS, bytes)).exitCode;
+      if (exitCode == 127) {
+        EXPECT_THAT(run.result.errors, HasSubstr("shared libraries"));
+      }
+    }
+    EXPECT_EQ(exitCode, 0) << scene.operation().name;
   }
 }
 
-// Files that are no resource files, and texts that would read or write memory if they were printed.
-TEST_F(Surroundings, AHostileBundleIsAMissingOne) {
-  const std::string hostile = R"("%n%n%s%s%s%s%s%999999999d%*d%1$s")";
-  const auto root = [](const Scene& scene) {
-    return scene.directory() / "PRESTORE_restore/root.res";
+TEST(Surroundings, WhatIsNoBundleIsAMissingOne) {
+  const std::string cases[] = {
+      "mkdir -p PRESTORE_restore/root.res",
+      "mkdir PRESTORE_restore; mkfifo PRESTORE_restore/root.res",
+      "mkdir PRESTORE_restore; ln -s /dev/zero PRESTORE_restore/root.res",
+      "echo text > PRESTORE_restore",
   };
-  const std::pair<const char*, std::function<void(const Scene&)>> cases[] = {
-      {"texts",
-       [&](const Scene& scene) {
-         std::string source = "root {\n";
-         for (const MessageSignature& signature : messageSignatures) {
-           source.append(signature.key).append(" { " + hostile + " }\n");
-         }
-         compileBundle(scene.directory().path(), "root", source + "}\n");
-       }},
-      {"pipe",
-       [&](const Scene& scene) {
-         std::filesystem::remove(root(scene));
-         (void)mkfifo(root(scene).c_str(), 0666);
-       }},
-      {"directory",
-       [&](const Scene& scene) {
-         std::filesystem::remove(root(scene));
-         std::filesystem::create_directory(root(scene));
-       }},
-      {"device",
-       [&](const Scene& scene) {
-         std::filesystem::remove(root(scene));
-         std::filesystem::create_symlink("/dev/zero", root(scene));
-       }},
-      {"no directory",
-       [&](const Scene& scene) {
-         std::filesystem::remove_all(scene.directory() / "PRESTORE_restore");
-         writeFile(scene.directory() / "PRESTORE_restore", "text");
-       }},
-  };
-  for (const auto& [what, make] : cases) {
-    for (const Operation& operation : operations) {
-      if (!restores(operation)) continue;
-      const Scene scene(*scene_);
-      make(scene);
-      const auto result = scene.run(operation);
-      EXPECT_EQ(result.exitCode, 0) << what << " " << operation.name;
-      EXPECT_THAT(result.output, Not(HasSubstr("%"))) << what;
-      expectOldOrNew(scene, operation, result);
+  for (const std::string& make : cases) {
+    for (const faults::Scene& scene : scenes()) {
+      if (!scene.operation().isRestore()) continue;
+      SCOPED_TRACE(make + ", " + scene.operation().name);
+      Attempt run(scene);
+      (void)runProgram(shellScript(run.directory, "rm PRESTORE_restore; " + make));
+      EXPECT_EQ(run.under({}).exitCode, 0);
     }
   }
 }
 
-// A signal at the first call of each kind, which stands for a phase of the run.
-TEST_F(Surroundings, ASignalInAnyPhaseLeavesOldOrNewAndTellsWhich) {
-  const struct {
-    const char *call, *phase;
-  } phases[] = {{"pread", "reading or deleting"},
-                {"read", "reading the backup"},
-                {"pwrite", "adding"},
-                {"fsync", "syncing"},
-                {"exchange", "publishing"},
-                {"rename", "keeping the old one"}};
-  const std::pair<int, const char*> signals[] = {{SIGINT, "2"}, {SIGTERM, "15"}, {SIGHUP, "1"}};
-  std::map<std::string, int> interruptions;
+// At the first call of each kind that touches a file of the directory, which stands for a phase of
+// the run. Its thread waits there, but for those that are parts of a step, which has to be
+// finished.
+TEST(Surroundings, ASignalInAnyPhaseLeavesOldOrNewAndTellsWhich) {
+  struct Phase {
+    const char* name;
+    std::vector<long> calls;
+    int interruptions = 0;
+  };
+  Phase phases[] = {
+      {"reading or deleting", {SYS_pread64}},  {"reading the backup", {SYS_read}},
+      {"adding", {SYS_pwrite64, SYS_pwritev}}, {"syncing", {SYS_fsync, SYS_fdatasync}},
+      {"publishing", {SYS_renameat2}},         {"keeping the old one", {SYS_rename}}};
+  constexpr int signals[] = {SIGINT, SIGTERM, SIGHUP};
   std::size_t turn = 0;
-  for (const Operation& operation : operations) {
+  for (const faults::Scene& scene : scenes()) {
     ++turn;  // so that each phase meets each signal
-    for (const auto& phase : phases) {
-      const auto& [signal, number] = signals[turn++ % std::size(signals)];
-      SCOPED_TRACE(std::string(operation.name) + ", " + phase.phase + ", signal " + number);
-      const Scene scene(*scene_);
-      const auto result = scene.run(
-          operation, {},
-          {"LD_PRELOAD=" ORX_SIGNAL_SHIM, "ASAN_OPTIONS=verify_asan_link_order=0",
-           std::string("ORX_SIGNAL=") + number, std::string("ORX_SIGNAL_AT=") + phase.call});
-      EXPECT_FALSE(scene.hasLeftovers());
-      if (result.exitCode == 0) {  // there is no such phase, or it was over first
-        EXPECT_EQ(scene.content(operation), newContent(operation));
-        continue;
-      }
+    for (Phase& phase : phases) {
+      const int signal = signals[turn++ % std::size(signals)];
+      SCOPED_TRACE(scene.operation().name + (std::string(", ") + phase.name));
+      Attempt run(scene);
+      const std::string name = run.traced.program.file.filename();
+      bool isSent = false;
+      run.traced.onCall = [&](const TracedCall& call) {
+        const bool isStep = has(call.call, faults::trait::steps);
+        if (isSent || std::ranges::count(phase.calls, call.call.number) == 0) return false;
+        const std::string file = isStep ? "" : fs::read_symlink(call.file(call.descriptor()));
+        if (!isStep && !file.starts_with(run.directory.file(""))) return false;
+        isSent = kill(call.thread, signal) == 0;
+        return isSent && !isStep;
+      };
+      const auto result = runTraced(run.traced);
+      run.expectOldOrNew(result, result.exitCode == 0);
+      if (result.exitCode == 0) continue;  // there is no such phase, or it was over first
+      ++phase.interruptions;
       EXPECT_EQ(result.exitCode, 128 + signal);
-      ++interruptions[phase.call];
-      if (scene.content(operation) == scene_->content(operation)) {
-        EXPECT_THAT(result.errors,
-                    testing::AnyOf(HasSubstr("interrupted: the database is unchanged"),
-                                   HasSubstr("no database and no file was changed")));
+      if (run.isNew) {
+        EXPECT_THAT(result.errors, AnyOf(HasSubstr("the database is already changed"),
+                                         HasSubstr("the result has its name already")));
       } else {
-        EXPECT_EQ(scene.content(operation), newContent(operation));
-        EXPECT_THAT(result.errors, testing::AnyOf(HasSubstr("the database is already changed"),
-                                                  HasSubstr("the result has its name already")));
+        EXPECT_THAT(
+            result.errors,
+            AnyOf(name + ": interrupted: the database is unchanged\n",
+                  name + ": interrupted, no database and no file was changed, run this again\n"));
       }
     }
   }
-  for (const auto& phase : phases) EXPECT_GT(interruptions[phase.call], 0) << phase.phase;
+  for (const Phase& phase : phases) EXPECT_GT(phase.interruptions, 0) << phase.name;
+}
+
+// Each has a backup of its own, so that the database tells whose it is.
+TEST(Load, OfRunsThatStartAtOnceEachHasTheDatabaseForItselfOrIsRefused) {
+  constexpr std::uint32_t runs = 100;
+  const TempDir directory;
+  writeEchoBundle(directory.path());
+  createDatabase(directory.file("db"), 3);
+  for (std::uint32_t id = 1; id <= runs; ++id) {
+    writeFile(directory / ("b" + std::to_string(id)), backupText({plainLine(1000 + id)}));
+  }
+  (void)runProgram(shellScript(directory, R"(for id in $(seq 100); do
+  { orxrestore -i b$id -o db; echo "exit code $?"; } > out$id 2>&1 &
+done; wait)"));
+  std::vector<std::string> winners;
+  for (std::uint32_t id = 1; id <= runs; ++id) {
+    const std::string output = readFile(directory / ("out" + std::to_string(id)));
+    if (output.ends_with("\nexit code 0\n")) {
+      winners.push_back(handleText(2, 1000 + id));
+    } else {
+      EXPECT_THAT(output, HasSubstr("RC=3(BusyObject), RSN=19(InUse)\n")) << id;
+      EXPECT_THAT(output, HasSubstr("\nexit code 5\n")) << id;
+    }
+  }
+  const auto backup = runIn(directory, "orxkdb", {"backup", "db", "-"}).output;
+  EXPECT_THAT(winners, testing::Contains(backup.substr(48, backup.find(' ', 48) - 48)));
+  EXPECT_FALSE(std::filesystem::exists(directory / "db.orx-new"));
 }
 
 }  // namespace

@@ -1,45 +1,22 @@
-// Runs the commands that README.md, docs/operations.md and docs/formats.md show.
+// Runs the commands that the documents and the help show.
 //
 // A block "```sh run" is run by bash, which stops at the first command that fails; its exit code is
-// 0, or the number behind "run". A block "```output" directly after it holds what it prints, but
-// for the build date. The blocks of a document run in order in one scratch directory.
-#include <optional>
+// 0, or the number behind "run". The blocks of a document run in order in one scratch directory.
+#include <gmock/gmock.h>
+
+#include <map>
+#include <nlohmann/json.hpp>
 #include <regex>
+#include <set>
 
 #include "tests/docs/fenced_blocks.h"
-#include "tests/support/program_runs.h"
+#include "tests/orxkdb/manual/command_line.h"
 
 namespace orx {
 namespace {
 
-struct Step {
-  std::string script;
-  int exitCode = 0;
-  std::optional<std::string> output = {};
-};
-
-std::string joined(const test::Lines& lines) {
-  std::string text;
-  for (const std::string& line : lines) text += line + "\n";
-  return text;
-}
-
-std::vector<Step> stepsOf(const std::string& file) {
-  std::vector<Step> steps;
-  for (const test::FencedBlock& block : test::fencedBlocks(file)) {
-    std::istringstream info(block.info);
-    std::string language, run;
-    info >> language >> run;
-    if (language == "sh" && run == "run") {
-      steps.push_back({joined(block.lines)});
-      info >> steps.back().exitCode;
-      if (info.fail()) steps.back().exitCode = 0;
-    } else if (language == "output" && !steps.empty()) {
-      steps.back().output = joined(block.lines);
-    }
-  }
-  return steps;
-}
+using Json = nlohmann::ordered_json;
+using Paths = std::map<std::string, std::set<std::string>>;
 
 // With the scratch directory as the documents show it, and without the build date.
 std::string comparable(std::string text, const test::TempDir& scratch) {
@@ -49,17 +26,22 @@ std::string comparable(std::string text, const test::TempDir& scratch) {
 
 class Commands : public testing::TestWithParam<const char*> {};
 
+// A block "```output" directly behind the commands holds what they print, but for the build date.
 TEST_P(Commands, WorkAsShown) {
-  const std::vector<Step> steps = stepsOf(GetParam());
-  ASSERT_FALSE(steps.empty());
   const test::TempDir scratch;
-  for (const Step& step : steps) {
-    const auto result = test::runProgram(
-        test::shellScript(scratch, "set -e -o pipefail; exec 2>&1\n" + step.script));
-    EXPECT_EQ(result.exitCode, step.exitCode) << step.script << result.output;
-    if (!step.output.has_value()) continue;
-    EXPECT_EQ(comparable(result.output, scratch), comparable(*step.output, scratch)) << step.script;
+  int runs = 0;
+  std::string script, output;
+  for (const test::FencedBlock& block : test::fencedBlocks(GetParam())) {
+    const std::string text = test::joined(block.lines);
+    if (block.isRun()) {
+      script = text;
+      output = test::runBlock(block, scratch, "exec 2>&1").output;
+      ++runs;
+    } else if (block.info == "output") {
+      EXPECT_EQ(comparable(output, scratch), comparable(text, scratch)) << script;
+    }
   }
+  EXPECT_GT(runs, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Documents, Commands,
@@ -67,6 +49,96 @@ INSTANTIATE_TEST_SUITE_P(Documents, Commands,
                          [](const auto& document) {
                            return std::filesystem::path(document.param).stem().string();
                          });
+
+// Every member by its path, "objects[].handle", with the types of its values. A type alone is no
+// difference where the value is missing: null.
+void collectPaths(const Json& json, const std::string& path, Paths& paths) {
+  if (!path.empty() && !json.is_null()) paths[path].insert(json.type_name());
+  if (!json.is_structured()) return;
+  for (const auto& [name, value] : json.items()) {
+    collectPaths(value, json.is_array() ? path + "[]" : path + "." + name, paths);
+  }
+}
+
+Paths pathsOf(const std::string& text, const std::string& what) {
+  const Json json = Json::parse(text, nullptr, false);
+  EXPECT_TRUE(json.is_object()) << what << text;
+  Paths paths;
+  if (json.is_object()) collectPaths(json, "", paths);
+  return paths;
+}
+
+// docs/json.md shows for every document how it is made, and an example. The members of what the
+// program prints have to be those of the example, all of them and no others.
+TEST(JsonDocument, ShowsTheMembersThatEverySubcommandGives) {
+  const test::TempDir scratch;
+  std::set<std::string> formats;
+  std::string script, output;
+  for (const test::FencedBlock& block : test::fencedBlocks("docs/json.md")) {
+    const std::string text = test::joined(block.lines);
+    if (block.isRun()) {
+      script = text;
+      output = test::runBlock(block, scratch).output;
+    } else if (block.info == "json") {
+      EXPECT_EQ(pathsOf(text, "example "), pathsOf(output, script)) << script;
+      formats.insert(Json::parse(output, nullptr, false).value("format", ""));
+    }
+  }
+  test::CommandLine line;
+  std::set<std::string> expected{"orxkdb-failure"};
+  for (const CLI::App* command : line.commands()) expected.insert("orxkdb-" + command->get_name());
+  EXPECT_EQ(formats, expected);
+}
+
+// What the examples of the help name; each has a directory of its own with it.
+const char* const files = R"(mkdir given given/srv; cd given
+orxkdb create rorxdata
+orxkdb sample RORXbackup.txt
+orxrestore -i RORXbackup.txt -o rorxdata > log
+orxkdb sample --objects 50 --seed 2 other.txt
+cp RORXbackup.txt old.txt; cp other.txt new.txt
+orxkdb dump rorxdata rorxdata.dump
+gzip -k rorxdata.dump)";
+
+// What the parentheses in `pattern` stand for, wherever it fits.
+std::vector<std::string> allOf(const std::string& pattern, const std::string& text) {
+  std::vector<std::string> found;
+  const std::regex regex(pattern);
+  for (std::sregex_iterator at(text.begin(), text.end(), regex), end; at != end; ++at) {
+    found.push_back((*at)[1]);
+  }
+  return found;
+}
+
+// As it would be typed there: absolute paths lead into the directory, and nobody turns pages.
+std::string scriptFor(const std::string& example) {
+  const bool makesDatabase =
+      std::regex_search(example, std::regex("^orxkdb (create|load (?!--replace))"));
+  std::string command = std::regex_replace(example, std::regex("/srv"), "srv");
+  command = std::regex_replace(command, std::regex("\\| less"), "| cat");
+  command = std::regex_replace(command, std::regex("srv/tdv"), "srv");
+  return std::string("set -e -o pipefail; rm -rf here; cp -a given here; cd here\n") +
+         (makesDatabase ? "rm rorxdata rorxdata.orx-previous\n" : "") + command;
+}
+
+TEST(HelpExamples, WorkAsShown) {
+  const test::TempDir scratch;
+  ASSERT_EQ(test::runProgram(test::shellScript(scratch, files)).exitCode, 0);
+  const auto commands = test::runIn(scratch, "orxkdb", {"--help"}).output;
+  std::size_t count = 0;
+  for (const std::string& command : allOf("\n  ([a-z]+)  +[A-Z]", commands)) {
+    const std::string help = test::runIn(scratch, "orxkdb", {command, "--help"}).output;
+    for (const std::string& example :
+         allOf("\n  (orxkdb .*)", help.substr(help.find("Examples:")))) {
+      const auto result = test::runProgram(test::shellScript(scratch, scriptFor(example)));
+      EXPECT_TRUE(result.exitCode == 0 || (command == "diff" && result.exitCode == 1))
+          << example << "\n"
+          << result.errors;
+      ++count;
+    }
+  }
+  EXPECT_GT(count, 30U);
+}
 
 }  // namespace
 }  // namespace orx

@@ -1,15 +1,12 @@
 // Every disturbed run: orx_fault_runs PART, where PART is calls, power, allocations or, for what
 // counts as a call, list.
-//   orx_fault_runs PART [--operation NAME] [--shard I/N] [--every K]
+//   orx_fault_runs PART [--operation NAME] [--shard I/N]
 // Prints a line for each operation and kind with the number of its cases, and one for each fault.
 #include <cstdio>
-#include <cstring>
 #include <map>
 #include <stdexcept>
 
-#include "tests/faults/allocations.h"
-#include "tests/faults/power_loss.h"
-#include "tests/faults/single_fault.h"
+#include "tests/faults/disturbances.h"
 
 namespace {
 
@@ -20,7 +17,6 @@ struct Options {
   std::string operation = {};
   std::size_t shard = 0;
   std::size_t shards = 1;
-  std::size_t every = 1;
 };
 
 Options readOptions(int argc, char* argv[]) {
@@ -30,7 +26,6 @@ Options readOptions(int argc, char* argv[]) {
     const std::string name = argv[i];
     const std::string value = argv[i + 1];
     if (name == "--operation") options.operation = value;
-    if (name == "--every") options.every = std::stoul(value);
     if (name == "--shard") {
       options.shard = std::stoul(value);
       options.shards = std::stoul(value.substr(value.find('/') + 1));
@@ -39,8 +34,12 @@ Options readOptions(int argc, char* argv[]) {
   return options;
 }
 
-bool isChosen(const Options& options, std::size_t number) {
-  return number % options.every == 0 && number / options.every % options.shards == options.shard;
+Disturbances disturbances(const std::string& part, const Scene& scene) {
+  const Operation& operation = scene.operation();
+  if (part == "calls") return failedCalls(scene);
+  if (part == "power" && operation.survivesPowerLoss) return powerFailures(scene);
+  if (part == "allocations" && operation.isRestore()) return failedAllocations(scene);
+  return {};
 }
 
 struct Count {
@@ -48,74 +47,38 @@ struct Count {
   std::size_t changed = 0;
   std::size_t missed = 0;
   std::size_t faults = 0;
-
-  void add(const Operation& operation, const CaseOutcome& outcome) {
-    ++cases;
-    changed += outcome.isNew ? 1 : 0;
-    missed += outcome.isMissed ? 1 : 0;
-    if (outcome.faults.empty()) return;
-    ++faults;
-    std::printf("FAULT %s %s\n", operation.name, outcome.faults.c_str());
-  }
 };
 
-void print(const Options& options, const char* operation, const char* kind, const Count& count) {
-  std::printf("%s %s %s %zu cases, %zu new, %zu missed, %zu faults\n", options.part.c_str(),
-              operation, kind, count.cases, count.changed, count.missed, count.faults);
-  std::fflush(stdout);
-}
-
-std::size_t runCalls(const Options& options, const Operation& operation) {
-  const Scene scene(operation);
-  std::map<Fault, Count> counts;
+std::size_t runPart(const Options& options, const Scene& scene) {
+  const char* const operation = scene.operation().name;
+  std::map<std::string, Count> counts;
   std::size_t number = 0;
+  for (const Disturbance& disturbance : disturbances(options.part, scene)) {
+    if (number++ % options.shards != options.shard) continue;
+    const CaseOutcome outcome = disturbance.run();
+    Count& count = counts[disturbance.kind];
+    ++count.cases;
+    count.changed += outcome.isNew ? 1 : 0;
+    count.missed += outcome.isMissed ? 1 : 0;
+    if (outcome.faults.empty()) continue;
+    ++count.faults;
+    std::printf("FAULT %s %s\n", operation, outcome.faults.c_str());
+  }
   std::size_t faults = 0;
-  for (const FaultCase& fault : faultCases(scene)) {
-    if (!isChosen(options, number++)) continue;
-    CaseOutcome outcome = runFaultCase(scene, fault);
-    for (int again = 0; outcome.isMissed && again < 3; ++again) {
-      outcome = runFaultCase(scene, fault);
-    }
-    counts[fault.fault].add(operation, outcome);
-  }
-  for (const auto& [fault, count] : counts) {
+  for (const auto& [kind, count] : counts) {
     faults += count.faults;
-    print(options, operation.name, nameOf(fault), count);
+    std::printf("%s %s %s %zu cases, %zu new, %zu missed, %zu faults\n", options.part.c_str(),
+                operation, kind.c_str(), count.cases, count.changed, count.missed, count.faults);
   }
+  std::fflush(stdout);
   return faults;
 }
 
-std::size_t runAllocations(const Options& options, const Operation& operation) {
-  const Scene scene(operation);
-  const AllocationFaults allocations(scene);
-  Count count;
-  for (std::size_t number = 1; number <= allocations.count(); ++number) {
-    if (isChosen(options, number)) count.add(operation, allocations.fail(number));
-  }
-  print(options, operation.name, "allocation", count);
-  return count.faults;
-}
-
-constexpr std::uint64_t powerSeeds = 2400;
-
-std::size_t runPower(const Options& options, const Operation& operation) {
-  const Scene scene(operation);
-  const PowerLoss power(scene);
-  Count count;
-  for (std::uint64_t seed = 0; seed < powerSeeds; ++seed) {
-    if (isChosen(options, seed)) count.add(operation, power.fail(seed));
-  }
-  print(options, operation.name, "power-loss", count);
-  return count.faults;
-}
-
-std::size_t listCalls(const Operation& operation) {
-  const Scene scene(operation);
+void listCalls(const Scene& scene) {
   std::size_t number = 0;
   for (const SystemCall& call : scene.calls()) {
-    std::printf("%s %zu %s\n", operation.name, ++number, nameOf(call).c_str());
+    std::printf("%s %zu %s\n", scene.operation().name, ++number, kindOf(call).name);
   }
-  return 0;
 }
 
 }  // namespace
@@ -126,13 +89,9 @@ int main(int argc, char* argv[]) {
     std::size_t faults = 0;
     for (const Operation& operation : operations()) {
       if (!options.operation.empty() && options.operation != operation.name) continue;
-      if (options.part == "list") faults += listCalls(operation);
-      if (options.part == "calls") faults += runCalls(options, operation);
-      if (options.part == "allocations" && operation.isRestore())
-        faults += runAllocations(options, operation);
-      if (options.part == "power" && operation.survivesPowerLoss) {
-        faults += runPower(options, operation);
-      }
+      const Scene scene(operation);
+      if (options.part == "list") listCalls(scene);
+      faults += runPart(options, scene);
     }
     return faults == 0 ? 0 : 1;
   } catch (const std::exception& failure) {

@@ -1,12 +1,9 @@
 // A sample of the disturbed runs; scripts/fault_runs.sh takes them all.
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 
-#include "tests/faults/allocations.h"
-#include "tests/faults/power_loss.h"
-#include "tests/faults/single_fault.h"
-#include "tests/faults/system_calls.h"
-#include "tests/support/places.h"
-#include "tests/support/run_program.h"
+#include "tests/faults/disturbances.h"
+#include "tests/support/kdb_records.h"
 
 namespace orx::faults {
 namespace {
@@ -29,63 +26,51 @@ std::vector<Operation> restores() {
 INSTANTIATE_TEST_SUITE_P(Operations, FaultSample, testing::ValuesIn(operations()), nameOfTest);
 INSTANTIATE_TEST_SUITE_P(Operations, AllocationSample, testing::ValuesIn(restores()), nameOfTest);
 
-// Failed syncs and the ends of the steps that a change is made of are always among the sample.
-bool isDecisive(const Scene& scene, const FaultCase& fault) {
-  const SystemCall& call = scene.calls()[fault.call - 1];
-  return (fault.fault == Fault::ioError && syncs(call)) ||
-         (fault.fault == Fault::killAfter && isStep(call));
+// Each `every`-th, a prime, so that the samples do not fall on the same calls of every loop; and
+// those that decide.
+void sample(const Disturbances& all, std::size_t every) {
+  ASSERT_GT(all.size(), every);
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    if (i % every == 0 || all[i].isDecisive) {
+      EXPECT_EQ(all[i].run().faults, "");
+    }
+  }
 }
-
-// Primes, so that the samples do not fall on the same calls of every loop.
-constexpr std::size_t everyCall = 97;
-constexpr std::uint64_t powerSeeds = 12;
-constexpr std::size_t everyAllocation = 101;
 
 TEST_P(FaultSample, LeavesTheOldOrTheNewAndSaysWhich) {
   const Scene scene(GetParam());
-  const std::vector<FaultCase> cases = faultCases(scene);
-  ASSERT_GT(cases.size(), everyCall);
-  for (std::size_t i = 0; i < cases.size(); ++i) {
-    if (i % everyCall != 0 && !isDecisive(scene, cases[i])) continue;
-    EXPECT_EQ(runFaultCase(scene, cases[i]).faults, "");
-  }
-  if (!GetParam().survivesPowerLoss) return;
-  const PowerLoss power(scene);
-  for (std::uint64_t seed = 0; seed < powerSeeds; ++seed) EXPECT_EQ(power.fail(seed).faults, "");
+  sample(failedCalls(scene), 97);
+  if (GetParam().survivesPowerLoss) sample(powerFailures(scene), 211);
 }
 
 // A sanitizer looks for what is not released, in the build that has one.
 TEST_P(AllocationSample, EndsInOrderWithoutMemory) {
   const Scene scene(GetParam());
-  const AllocationFaults allocations(scene);
-  ASSERT_GT(allocations.count(), everyAllocation);
-  for (std::size_t number = 1; number <= allocations.count(); number += everyAllocation) {
-    EXPECT_EQ(allocations.fail(number).faults, "");
-  }
+  sample(failedAllocations(scene), 101);
 }
 
 // Another run replaces the database between the opening and the lock: what was opened is no longer
 // the database.
 TEST(LockFaultSample, IsTakenOnTheFileThatHasTheName) {
   const Scene scene(operations().front());
-  const auto run = [](const test::TempDir& directory, std::vector<std::string> arguments) {
-    EXPECT_EQ(test::runProgram({.file = test::builtProgram("orxrestore"),
-                                .arguments = std::move(arguments),
-                                .directory = directory.path()})
-                  .exitCode,
-              0);
+  const std::string other = "orxrestore -i backup.txt -m db", own = "orxrestore -u db";
+  const auto run = [](const test::TempDir& directory, const std::string& command) {
+    EXPECT_EQ(test::runProgram(programIn(directory.path(), command)).exitCode, 0);
   };
-  const std::vector<std::string> other{"-i", "backup.txt", "-m", "db"}, own{"-u", "db"};
   const test::TempDir expected, directory;
   scene.copyTo(expected.path());
   scene.copyTo(directory.path());
   run(expected, other);
   run(expected, own);
-  TracedProgram program = scene.program(directory.path());
-  program.arguments = own;
-  program.beforeLock = [&] { run(directory, other); };
-  EXPECT_EQ(runTraced(program).exitCode, 0);
-  EXPECT_TRUE(contentOf(directory / "db", true) == contentOf(expected / "db", true));
+  bool hasLocked = false;
+  const auto replaceBeforeLock = [&](const TracedCall& call) {
+    if (call.call.number == SYS_flock && !std::exchange(hasLocked, true)) run(directory, other);
+    return false;
+  };
+  EXPECT_EQ(runTraced({.program = programIn(directory.path(), own), .onCall = replaceBeforeLock})
+                .exitCode,
+            0);
+  EXPECT_TRUE(test::recordBytes(directory / "db") == test::recordBytes(expected / "db"));
 }
 
 }  // namespace

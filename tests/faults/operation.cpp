@@ -1,12 +1,10 @@
 #include "tests/faults/operation.h"
 
 #include <algorithm>
-#include <array>
 #include <stdexcept>
 
-#include "platform/kdb.h"
-#include "tests/support/places.h"
-#include "tests/support/run_program.h"
+#include "tests/support/kdb_records.h"
+#include "tests/support/program_runs.h"
 
 namespace orx::faults {
 
@@ -15,7 +13,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* absent = "absent";
-constexpr const char* unreadable = "unreadable";
 constexpr const char* bundle = "PRESTORE_restore";
 constexpr const char* successorSuffix = ".orx-new";
 constexpr const char* replacedSuffix = ".orx-old";
@@ -25,19 +22,9 @@ constexpr const char* previousSuffix = ".orx-previous";
 const std::vector<std::string> environment{"LC_ALL=C", "ASAN_OPTIONS=detect_leaks=0",
                                            "TMPDIR=/tmp"};
 
-test::ProgramResult runIn(const fs::path& directory, const char* program,
-                          std::vector<std::string> arguments) {
-  return test::runProgram({.file = test::builtProgram(program),
-                           .arguments = std::move(arguments),
-                           .directory = directory,
-                           .environment = environment});
-}
-
-void mustRun(const fs::path& directory, const char* program, std::vector<std::string> arguments) {
-  const std::string words = arguments.front();
-  const test::ProgramResult result = runIn(directory, program, std::move(arguments));
-  if (result.exitCode != 0)
-    throw std::runtime_error(program + (" " + words) + ": " + result.errors);
+void mustRun(const fs::path& directory, const std::string& command) {
+  const auto result = test::runProgram(programIn(directory, command));
+  if (result.exitCode != 0) throw std::runtime_error(command + ": " + result.errors);
 }
 
 // The use counts of a sample, made wrong.
@@ -52,22 +39,18 @@ std::string withWrongCounts(std::string text) {
 // A database with wrong use counts and an older generation behind it, and the inputs of every
 // operation.
 void makeStart(const fs::path& directory) {
-  mustRun(directory, "orxkdb", {"create", "db"});
-  mustRun(directory, "orxkdb", {"sample", "--objects", "20", "--seed", "5", "older.txt"});
-  mustRun(directory, "orxkdb", {"sample", "--objects", "40", "--seed", "3", "counted.txt"});
-  mustRun(directory, "orxkdb", {"sample", "--objects", "30", "backup.txt"});
-  mustRun(directory, "orxkdb",
-          {"sample", "--objects", "1800", "--seed", "9", "--order", "random", "shuffled.txt"});
-  test::writeFile(directory / "base.txt",
-                  withWrongCounts(test::readFile(directory / "counted.txt")));
-  mustRun(directory, "orxrestore", {"-i", "backup.txt", "-o", "db"});
-  mustRun(directory, "orxkdb", {"dump", "db", "input.dump"});
-  mustRun(directory, "orxrestore", {"-i", "older.txt", "-o", "db"});
-  mustRun(directory, "orxrestore", {"-i", "base.txt", "-o", "db"});
+  mustRun(directory, "orxkdb create db");
+  mustRun(directory, "orxkdb sample --objects 20 --seed 5 older.txt");
+  mustRun(directory, "orxkdb sample --objects 40 --seed 3 base.txt");
+  mustRun(directory, "orxkdb sample --objects 30 backup.txt");
+  mustRun(directory, "orxkdb sample --objects 1800 --seed 9 --order random shuffled.txt");
+  test::writeFile(directory / "base.txt", withWrongCounts(test::readFile(directory / "base.txt")));
+  mustRun(directory, "orxrestore -i backup.txt -o db");
+  mustRun(directory, "orxkdb dump db input.dump");
+  mustRun(directory, "orxrestore -i older.txt -o db");
+  mustRun(directory, "orxrestore -i base.txt -o db");
   test::writeFile(directory / "out.txt", "what was written before\n");
-  for (const char* const name : {"older.txt", "counted.txt", "base.txt"}) {
-    fs::remove(directory / name);
-  }
+  for (const char* const name : {"older.txt", "base.txt"}) fs::remove(directory / name);
 }
 
 // Nobody changes it: every run gets a copy.
@@ -78,6 +61,12 @@ const test::TempDir& sharedStart() {
   return directory;
 }
 
+// Every record of a database, in order, or every byte of a text.
+std::string contentOf(const fs::path& file, bool isDatabase) {
+  if (!fs::exists(fs::symlink_status(file))) return absent;
+  return isDatabase ? test::recordBytes(file) : test::readFile(file);
+}
+
 bool hasAny(const std::string& text, const std::vector<const char*>& words) {
   return std::ranges::any_of(
       words, [&text](const char* word) { return text.find(word) != std::string::npos; });
@@ -86,82 +75,44 @@ bool hasAny(const std::string& text, const std::vector<const char*>& words) {
 }  // namespace
 
 const std::vector<Operation>& operations() {
+  constexpr const char* restore = "orxrestore -i backup.txt -o db";
   static const std::vector<Operation> all{
-      {.name = "restore", .program = "orxrestore", .arguments = {"-i", "backup.txt", "-o", "db"}},
-      {.name = "restore-shuffled",
-       .program = "orxrestore",
-       .arguments = {"-i", "shuffled.txt", "-o", "db"}},
-      {.name = "restore-linking",
-       .program = "orxrestore",
-       .arguments = {"-i", "backup.txt", "-o", "db"},
-       .exchangeFails = true},
-      {.name = "restore-behind-kill",
-       .program = "orxrestore",
-       .arguments = {"-i", "backup.txt", "-o", "db"},
-       .behindKill = true},
-      {.name = "merge",
-       .program = "orxrestore",
-       .arguments = {"-i", "backup.txt", "-m", "db"},
-       .mayRewrite = true},
-      {.name = "use-count", .program = "orxrestore", .arguments = {"-u", "db"}},
+      {.name = "restore", .command = restore},
+      {.name = "restore-shuffled", .command = "orxrestore -i shuffled.txt -o db"},
+      {.name = "restore-linking", .command = restore, .exchangeFails = true},
+      {.name = "restore-behind-kill", .command = restore, .behindKill = true},
+      {.name = "merge", .command = "orxrestore -i backup.txt -m db", .mayRewrite = true},
+      {.name = "use-count", .command = "orxrestore -u db"},
       {.name = "load",
-       .program = "orxkdb",
-       .arguments = {"load", "made", "input.dump"},
+       .command = "orxkdb load made input.dump",
        .target = "made",
-       .again = {"load", "--replace", "made", "input.dump"}},
-      {.name = "load-replace",
-       .program = "orxkdb",
-       .arguments = {"load", "--replace", "db", "input.dump"}},
-      {.name = "undo", .program = "orxkdb", .arguments = {"undo", "db"}},
-      {.name = "undo-linking",
-       .program = "orxkdb",
-       .arguments = {"undo", "db"},
-       .exchangeFails = true},
+       .again = "orxkdb load --replace made input.dump"},
+      {.name = "load-replace", .command = "orxkdb load --replace db input.dump"},
+      {.name = "undo", .command = "orxkdb undo db"},
+      {.name = "undo-linking", .command = "orxkdb undo db", .exchangeFails = true},
       {.name = "backup",
-       .program = "orxkdb",
-       .arguments = {"backup", "db", "out.txt"},
+       .command = "orxkdb backup db out.txt",
        .target = "out.txt",
        .isDatabase = false},
       {.name = "create",
-       .program = "orxkdb",
-       .arguments = {"create", "made"},
+       .command = "orxkdb create made",
        .target = "made",
        .survivesPowerLoss = false,
-       .again = {"-i", "backup.txt", "-o", "made"},
-       .againProgram = "orxrestore"},
+       .again = "orxrestore -i backup.txt -o made"},
   };
   return all;
 }
 
-std::string contentOf(const fs::path& file, bool isDatabase) {
-  if (!fs::exists(fs::symlink_status(file))) return absent;
-  if (!isDatabase) return test::readFile(file);
-  kdb::kdbHandle database;
-  kdb::kdbStatus status;
-  const std::string name = file.string();
-  if (kdb::kdbOpen(name.c_str(), static_cast<std::int32_t>(name.size()), kdb::openForReading,
-                   database, status) != 0) {
-    return unreadable;
-  }
-  std::string content = "database";
-  kdb::kdbHandle cursor;
-  std::int32_t code = kdb::OpenCursor(database, nullptr, 0, cursor);
-  std::array<std::uint8_t, kdb::recordSize> record{};
-  std::array<std::uint8_t, kdb::keySize> key{};
-  while (code == 0) {
-    std::int32_t length = 0;
-    code = kdb::ReadNextFromCursor(cursor, 0, record.data(), kdb::recordSize, length);
-    if (code != 0) break;
-    (void)kdb::GetCursorKey(cursor, key.data(), kdb::keySize);
-    content.append(key.begin(), key.end()).append(record.begin(), record.end());
-  }
-  (void)kdb::AbandonDatabase(database);
-  return code == static_cast<std::int32_t>(kdb::endOfData.code) ? content : unreadable;
+test::Program programIn(const fs::path& directory, const std::string& command) {
+  std::vector<std::string> words = test::wordsOf(command);
+  const auto file = test::builtProgram(words.front().c_str());
+  words.erase(words.begin());
+  return {.file = file, .arguments = words, .directory = directory, .environment = environment};
 }
 
 Scene::Scene(const Operation& operation) : operation_(operation), start_(sharedStart()) {
   for (const auto* const name : {"backup.txt", "shuffled.txt", "input.dump"}) {
-    inputContents_[name] = test::readFile(start() / name);
+    inputs_[name] = test::readFile(start() / name);
   }
   before_ = content(start());
   previous_ = contentOf(start() / (operation_.target + previousSuffix), true);
@@ -171,18 +122,17 @@ Scene::Scene(const Operation& operation) : operation_(operation), start_(sharedS
   calls_ = first.calls;
   after_ = content(directory.path());
   permissions_ = permissions(directory.path());
-  const Run second = runUndisturbed(directory.path(), true);
+  const auto second = test::runProgram(programIn(directory.path(), operation_.again));
   afterAgain_ = content(directory.path());
   if (first.exitCode != 0 || second.exitCode != 0 || before_ == after_) {
-    throw std::runtime_error(std::string(operation_.name) + " does not work: " + first.errors +
-                             second.errors);
+    throw std::runtime_error(operation_.name + (" does not work: " + first.errors) + second.errors);
   }
 }
 
 void Scene::copyTo(const fs::path& directory) const {
+  const bool isMade = std::string_view(operation_.name) == "create";
   for (const auto& entry : fs::directory_iterator(start())) {
     const fs::path copy = directory / entry.path().filename();
-    const bool isMade = std::string_view(operation_.name) == "create";
     if (entry.is_regular_file()) fs::copy_file(entry.path(), copy);
     if (entry.is_directory() && !isMade) fs::create_directory_symlink(entry.path(), copy);
   }
@@ -193,10 +143,7 @@ void Scene::copyTo(const fs::path& directory) const {
 }
 
 TracedProgram Scene::program(const fs::path& directory) const {
-  return {.file = test::builtProgram(operation_.program),
-          .arguments = operation_.arguments,
-          .directory = directory,
-          .environment = environment,
+  return {.program = programIn(directory, operation_.command),
           .exchangeFails = operation_.exchangeFails};
 }
 
@@ -209,11 +156,14 @@ unsigned Scene::permissions(const fs::path& directory) const {
   return static_cast<unsigned>(fs::status(target).permissions() & fs::perms::all);
 }
 
-std::optional<bool> Scene::isNew(const fs::path& directory) const {
+CaseOutcome Scene::look(const fs::path& directory, const test::ProgramResult* result,
+                        bool mayLeaveSuccessor) const {
   const std::string found = content(directory);
-  if (found == before_) return false;
-  if (found == after_) return true;
-  return std::nullopt;
+  const bool isNew = found == after_;
+  if (!isNew && found != before_) return {.faults = "neither old nor new; "};
+  std::string faults = faultInFiles(directory, isNew, mayLeaveSuccessor);
+  if (result != nullptr) faults += faultInWords(*result, isNew);
+  return {.isNew = isNew, .faults = std::move(faults)};
 }
 
 // With the new database, the old one is the previous generation or, until the next run, still has
@@ -239,11 +189,16 @@ std::string Scene::faultInGenerations(const fs::path& directory, bool isNew) con
 std::string Scene::faultInFiles(const fs::path& directory, bool isNew,
                                 bool mayLeaveSuccessor) const {
   std::string faults;
+  const fs::path target = directory / operation_.target;
   if (operation_.isDatabase) faults += faultInGenerations(directory, isNew);
-  if (fs::exists(directory / operation_.target) && permissions(directory) != permissions_) {
+  if (fs::exists(target) && permissions(directory) != permissions_) {
     faults += "the permissions changed; ";
   }
-  for (const auto& [name, content] : inputContents_) {
+  if (!isNew && !operation_.mayRewrite &&
+      test::readFile(target) != test::readFile(start() / operation_.target)) {
+    faults += "the old file was written to; ";
+  }
+  for (const auto& [name, content] : inputs_) {
     if (test::readFile(directory / name) != content) faults += name + " changed; ";
   }
   for (const auto& entry : fs::directory_iterator(directory)) {
@@ -252,67 +207,50 @@ std::string Scene::faultInFiles(const fs::path& directory, bool isNew,
                          name == bundle || name == operation_.target + previousSuffix;
     const bool isSuccessor =
         name == operation_.target + successorSuffix || name == operation_.target + replacedSuffix;
-    if (!isKnown && !isSuccessor) faults += name + " is left behind; ";
     const bool waits = operation_.behindKill && contentOf(entry.path(), true) == previous_;
-    if (isSuccessor && !isNew && !mayLeaveSuccessor && !waits) faults += name + " is left behind; ";
+    const bool mayStay = isSuccessor && (isNew || mayLeaveSuccessor || waits);
+    if (!isKnown && !mayStay) faults += name + " is left behind; ";
   }
   return faults;
 }
 
-std::string Scene::faultInWords(const TracedResult& result, bool isNew) const {
+std::string Scene::faultInWords(const test::ProgramResult& result, bool isNew) const {
   // How the programs say that the change is made although the run failed.
   static const std::vector<const char*> told{"has what the run did", "the database is made",
                                              "has its new contents", "has its name"};
-  static const std::vector<const char*> denied{"is unchanged", "is as it was"};
-  // What is no reason here.
-  static const std::vector<const char*> wrong{"InUse", "NotFound", "Authority", "Format"};
+  static const std::vector<const char*> denied{"is unchanged", "is as it was",
+                                               "no file was changed"};
   if (result.signal != 0) return "ended by signal " + std::to_string(result.signal) + "; ";
-  if (result.exitCode == 0) {
-    return isNew ? "" : "exit code 0 and nothing is changed; ";
-  }
-  const bool isOrxkdb = std::string_view(operation_.program) == "orxkdb";
-  const std::vector<int> codes = isOrxkdb ? std::vector{2, 5, 6} : std::vector{4, 5, 6};
-  if (std::ranges::find(codes, result.exitCode) == codes.end()) {
-    return "exit code " + std::to_string(result.exitCode) + "; ";
+  if (result.exitCode == 0) return isNew ? "" : "exit code 0 and nothing is changed; ";
+  const std::string head = "exit code " + std::to_string(result.exitCode);
+  if (result.exitCode != 5 && result.exitCode != 6 &&
+      result.exitCode != (operation_.isRestore() ? 4 : 2)) {
+    return head + "; ";
   }
   if (isNew != hasAny(result.errors, told)) {
-    return std::string("exit code ") + std::to_string(result.exitCode) + ", " +
-           (isNew ? "new" : "old") + ", and standard error says something else; ";
+    return head + (isNew ? ", new" : ", old") + ", and standard error says something else; ";
   }
-  if (hasAny(result.output + result.errors, wrong)) return "another reason is told; ";
   if (result.exitCode == 6 && !isNew && !hasAny(result.errors, denied)) {
-    return "exit code 6, old, and standard error does not say so; ";
+    return head + ", old, and standard error does not say so; ";
   }
   return "";
 }
 
-Scene::Run Scene::runUndisturbed(const fs::path& directory, bool again) const {
-  const bool other = again && !operation_.again.empty();
-  const char* const program =
-      other && operation_.againProgram != nullptr ? operation_.againProgram : operation_.program;
-  const test::ProgramResult result =
-      runIn(directory, program, other ? operation_.again : operation_.arguments);
-  return {result.exitCode, result.errors};
-}
-
-std::string Scene::faultInUndo(const fs::path& directory) const {
-  const test::ProgramResult result = runIn(directory, "orxkdb", {"undo", operation_.target});
-  if (result.exitCode != 0) return "undo fails: " + result.errors;
-  return content(directory) == before_ ? "" : "undo makes another database; ";
-}
-
 std::string Scene::faultInNextRun(const fs::path& directory, bool isNew, bool undone) const {
-  if (undone && isNew && operation_.isDatabase && before_ != absent) return faultInUndo(directory);
-  const Run run = runUndisturbed(directory, isNew);
+  const bool undoes = undone && isNew && operation_.isDatabase && before_ != absent;
+  const std::string command = undoes  ? "orxkdb undo " + operation_.target
+                              : isNew ? operation_.again
+                                      : operation_.command;
+  const auto run = test::runProgram(programIn(directory, command));
   if (run.exitCode != 0) {
-    return "the next run ends with " + std::to_string(run.exitCode) + ": " + run.errors;
+    return command + " ends with " + std::to_string(run.exitCode) + ": " + run.errors;
   }
-  if (content(directory) != (isNew ? afterAgain_ : after_))
-    return "the next run makes another database; ";
+  if (content(directory) != (undoes ? before_ : isNew ? afterAgain_ : after_)) {
+    return command + " makes another database; ";
+  }
   for (const char* const suffix : {successorSuffix, replacedSuffix}) {
-    if (fs::exists(directory / (operation_.target + suffix))) {
-      return "the next run leaves " + (operation_.target + suffix) + "; ";
-    }
+    const std::string name = operation_.target + suffix;
+    if (!undoes && fs::exists(directory / name)) return command + " leaves " + name + "; ";
   }
   return "";
 }

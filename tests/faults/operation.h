@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <map>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,25 +15,30 @@ namespace orx::faults {
 
 struct Operation {
   const char* name;
-  const char* program;
-  std::vector<std::string> arguments;
+  const char* command;
   std::string target = "db";      // the file that it makes or changes
   bool isDatabase = true;         // or a text
   bool exchangeFails = false;     // on a file system that cannot exchange names
   bool mayRewrite = false;        // without its backup it publishes the same records again
   bool behindKill = false;        // an earlier run died before its database became the previous one
   bool survivesPowerLoss = true;  // as a whole: the messages of create come behind it
-  std::vector<std::string> again = {};  // orxkdb's or its own arguments once the target is new;
-                                        // empty: as before
-  const char* againProgram = nullptr;
+  const char* again = command;    // once the target is new
 
-  [[nodiscard]] bool isRestore() const { return program == std::string_view("orxrestore"); }
+  [[nodiscard]] bool isRestore() const {
+    return std::string_view(command).starts_with("orxrestore ");
+  }
 };
 [[nodiscard]] const std::vector<Operation>& operations();
 
-// Every record of a database under its key, in order, or every byte of a text; "absent" and
-// "unreadable" stand for what has none.
-[[nodiscard]] std::string contentOf(const std::filesystem::path& file, bool isDatabase);
+struct CaseOutcome {
+  bool isNew = false;
+  std::string faults = {};  // empty: as it should be
+  bool isMissed = false;    // the run took another way and did not come to the fault
+};
+
+// A built program with its words, which blanks separate.
+[[nodiscard]] test::Program programIn(const std::filesystem::path& directory,
+                                      const std::string& command);
 
 // An operation with the directory that it starts from, and what an undisturbed run makes of it.
 class Scene {
@@ -48,42 +52,32 @@ class Scene {
   void copyTo(const std::filesystem::path& directory) const;
   [[nodiscard]] TracedProgram program(const std::filesystem::path& directory) const;
 
-  // Whether `directory` holds the new state; none when it holds neither.
-  [[nodiscard]] std::optional<bool> isNew(const std::filesystem::path& directory) const;
-  // What is wrong with the other generations, the inputs and the names in `directory`; empty for
-  // nothing. A run that died may leave its successor.
-  [[nodiscard]] std::string faultInFiles(const std::filesystem::path& directory, bool isNew,
-                                         bool mayLeaveSuccessor) const;
-  // What is wrong with exit code and messages.
-  [[nodiscard]] std::string faultInWords(const TracedResult& result, bool isNew) const;
+  // Whether the old or the new state is in `directory`, which of them exit code and words of the
+  // run tell, and what is wrong with the other generations, the inputs and the names. A run without
+  // a result died; it may leave its successor.
+  [[nodiscard]] CaseOutcome look(const std::filesystem::path& directory,
+                                 const test::ProgramResult* result, bool mayLeaveSuccessor) const;
   // Runs the operation again, undisturbed, from what `directory` holds; or, with `undone` and where
   // the database is new, takes the run back.
   [[nodiscard]] std::string faultInNextRun(const std::filesystem::path& directory, bool isNew,
                                            bool undone) const;
 
  private:
-  [[nodiscard]] unsigned permissions(const std::filesystem::path& directory) const;
   [[nodiscard]] std::string content(const std::filesystem::path& directory) const;
-  [[nodiscard]] std::string faultInUndo(const std::filesystem::path& directory) const;
+  [[nodiscard]] unsigned permissions(const std::filesystem::path& directory) const;
   [[nodiscard]] std::string faultInGenerations(const std::filesystem::path& directory,
                                                bool isNew) const;
-  // Exit code and errors; the operation itself, or what follows it once its target is new.
-  struct Run {
-    int exitCode;
-    std::string errors;
-  };
-  [[nodiscard]] Run runUndisturbed(const std::filesystem::path& directory, bool again) const;
+  [[nodiscard]] std::string faultInFiles(const std::filesystem::path& directory, bool isNew,
+                                         bool mayLeaveSuccessor) const;
+  [[nodiscard]] std::string faultInWords(const test::ProgramResult& result, bool isNew) const;
 
   const Operation& operation_;
   const test::TempDir& start_;
   std::vector<SystemCall> calls_;
-  std::string before_;
-  std::string previous_;  // before the run
-  std::string after_;
-  std::string afterAgain_;
-  unsigned permissions_ = 0;         // of the target, when it was made
-  std::vector<std::string> inputs_;  // names and contents that never change
-  std::map<std::string, std::string> inputContents_;
+  // Of the target, and of the generation behind it before the run.
+  std::string before_, after_, afterAgain_, previous_;
+  unsigned permissions_ = 0;                   // of the target, when it was made
+  std::map<std::string, std::string> inputs_;  // names and contents that never change
 };
 
 }  // namespace orx::faults

@@ -7,55 +7,36 @@
 #include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
-#include <sys/uio.h>
 #include <sys/user.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
-#include <cstring>
 #include <fstream>
 #include <map>
+#include <optional>
 #include <system_error>
+#include <utility>
 
 #include "platform/file.h"
-#include "tests/faults/system_calls.h"
-#include "tests/support/run_program.h"
 
 namespace orx::faults {
 
 namespace {
 
-// A program that hangs is ended by SIGALRM.
 constexpr unsigned patienceSeconds = 60;
-constexpr unsigned renameExchange = 2;  // RENAME_EXCHANGE
 
 [[noreturn]] void throwErrno(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
 }
 
-std::vector<char*> pointers(std::vector<std::string>& words) {
-  std::vector<char*> result;
-  for (std::string& word : words) result.push_back(word.data());
-  result.push_back(nullptr);
-  return result;
-}
-
-std::vector<std::string> environmentOf(const TracedProgram& program) {
-  std::vector<std::string> all;
-  for (char** entry = environ; *entry != nullptr; ++entry) all.emplace_back(*entry);
-  all.insert(all.end(), program.environment.begin(), program.environment.end());
-  return all;
-}
-
-// A filter that stops at the calls in `numbers` and lets all others pass.
-std::vector<sock_filter> filterFor(const std::vector<long>& numbers) {
+// A filter that stops at the known calls and lets all others pass.
+std::vector<sock_filter> filter() {
   std::vector<sock_filter> filter{{BPF_LD | BPF_W | BPF_ABS, 0, 0, offsetof(seccomp_data, nr)}};
-  for (const long number : numbers) {
-    filter.push_back({BPF_JMP | BPF_JEQ | BPF_K, 0, 1, static_cast<std::uint32_t>(number)});
+  for (const CallKind& kind : callKinds()) {
+    filter.push_back({BPF_JMP | BPF_JEQ | BPF_K, 0, 1, static_cast<std::uint32_t>(kind.number)});
     filter.push_back({BPF_RET | BPF_K, 0, 0, SECCOMP_RET_TRACE});
   }
   filter.push_back({BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ALLOW});
@@ -63,21 +44,16 @@ std::vector<sock_filter> filterFor(const std::vector<long>& numbers) {
 }
 
 // A file without a name that a stream of the program goes to.
-class Captured {
- public:
-  Captured() : file_(::memfd_create("stream", MFD_CLOEXEC)) {
-    if (!file_.valid()) throwErrno("memfd_create");
-  }
-  [[nodiscard]] int descriptor() const { return file_.get(); }
-  [[nodiscard]] std::string text() const {
-    std::string text(static_cast<std::size_t>(::lseek(file_.get(), 0, SEEK_END)), '\0');
-    (void)!::pread(file_.get(), text.data(), text.size(), 0);
-    return text;
-  }
-
- private:
-  UniqueFd file_;
-};
+UniqueFd captured() {
+  UniqueFd file(::memfd_create("stream", MFD_CLOEXEC));
+  if (!file.valid()) throwErrno("memfd_create");
+  return file;
+}
+std::string textOf(const UniqueFd& file) {
+  std::string text(static_cast<std::size_t>(::lseek(file.get(), 0, SEEK_END)), '\0');
+  (void)!::pread(file.get(), text.data(), text.size(), 0);
+  return text;
+}
 
 class Tracer {
  public:
@@ -96,10 +72,9 @@ class Tracer {
         break;
       }
     }
-    if (WIFEXITED(status)) result_.exitCode = WEXITSTATUS(status);
-    if (WIFSIGNALED(status)) result_.signal = WTERMSIG(status);
-    result_.output = output_.text();
-    result_.errors = errors_.text();
+    result_.setEnd(status);
+    result_.output = textOf(output_);
+    result_.errors = textOf(errors_);
     return std::move(result_);
   }
 
@@ -113,16 +88,12 @@ class Tracer {
   };
 
   void start() {
-    std::vector<std::string> words = program_.arguments;
-    words.insert(words.begin(), program_.file.string());
-    std::vector<std::string> variables = environmentOf(program_);
-    const auto argv = pointers(words);
-    const auto environment = pointers(variables);
-    std::vector<sock_filter> filter = filterFor(tracedNumbers());
-    const sock_fprog code{static_cast<unsigned short>(filter.size()), filter.data()};
+    const test::ProgramStart program(program_.program);
+    std::vector<sock_filter> rules = filter();
+    const sock_fprog code{static_cast<unsigned short>(rules.size()), rules.data()};
     leader_ = ::fork();
     if (leader_ < 0) throwErrno("fork");
-    if (leader_ == 0) become(argv, environment, code);
+    if (leader_ == 0) become(program, code);
     int status = 0;
     if (::waitpid(leader_, &status, 0) < 0 || !WIFSTOPPED(status)) throwErrno("trace");
     constexpr long options = PTRACE_O_EXITKILL | PTRACE_O_TRACECLONE | PTRACE_O_TRACESECCOMP |
@@ -132,20 +103,17 @@ class Tracer {
     resume(leader_, PTRACE_CONT, 0);
   }
 
-  [[noreturn]] void become(const std::vector<char*>& argv, const std::vector<char*>& environment,
-                           const sock_fprog& code) const {
+  [[noreturn]] void become(const test::ProgramStart& program, const sock_fprog& code) const {
     const int nothing = ::open("/dev/null", O_RDONLY);
     (void)::dup2(nothing, STDIN_FILENO);
-    (void)::dup2(output_.descriptor(), STDOUT_FILENO);
-    (void)::dup2(errors_.descriptor(), STDERR_FILENO);
+    (void)::dup2(output_.get(), STDOUT_FILENO);
+    (void)::dup2(errors_.get(), STDERR_FILENO);
     (void)::close(nothing);
-    test::takeSignals();
     (void)::alarm(patienceSeconds);
-    const bool ready = ::chdir(program_.directory.c_str()) == 0 &&
-                       ::ptrace(PTRACE_TRACEME, 0, 0, 0) == 0 && ::raise(SIGSTOP) == 0 &&
+    const bool ready = ::ptrace(PTRACE_TRACEME, 0, 0, 0) == 0 && ::raise(SIGSTOP) == 0 &&
                        ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
                        ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &code) == 0;
-    if (ready) (void)::execve(argv[0], argv.data(), environment.data());
+    if (ready) program.become();
     ::_exit(127);
   }
 
@@ -169,19 +137,15 @@ class Tracer {
     const SystemCall call{
         static_cast<long>(registers.orig_rax),
         {registers.rdi, registers.rsi, registers.rdx, registers.r10, registers.r8, registers.r9}};
-    if (!counts(thread, call)) return resume(thread, PTRACE_CONT, 0);
+    if (!counts({thread, call})) return resume(thread, PTRACE_CONT, 0);
     result_.calls.push_back(call);
-    if (program_.beforeLock && call.number == SYS_flock && !std::exchange(hasLocked_, true)) {
-      program_.beforeLock();
-    }
-    const std::optional<Fault> fault = faultOf(call);
+    if (program_.onCall && program_.onCall({thread, call})) return;
     Pending& pending = threads_[thread];
-    pending = {.call = call, .observe = program_.onChange && changesFiles(call)};
-    if (fault.has_value()) {
+    pending = {.call = call, .observe = program_.onChange && has(call, trait::changes)};
+    if (isHit(call)) {
       result_.isDisturbed = true;
-      inject(thread, *fault, registers, pending);
-    } else if (program_.exchangeFails && call.number == SYS_renameat2 &&
-               call.arguments[4] == renameExchange) {
+      inject(thread, registers, pending);
+    } else if (program_.exchangeFails && exchanges(call)) {
       skip(thread, registers, EINVAL);
       pending = {};
     }
@@ -190,31 +154,28 @@ class Tracer {
   }
 
   // Counting begins with the first call that names a file in the work directory.
-  bool counts(pid_t thread, const SystemCall& call) {
-    if (!touchesFile(call)) return false;
-    if (counting_) return true;
-    const int argument = pathArgument(call);
+  bool counts(const TracedCall& traced) {
+    if (counting_ || !touchesFile(traced.call)) return counting_ && touchesFile(traced.call);
+    const int argument = kindOf(traced.call).path;
     if (argument < 0) return false;
-    const std::string path =
-        FinishedCall(thread, call, 0).text(call.arguments[static_cast<std::size_t>(argument)]);
-    counting_ =
-        !path.empty() && (!path.starts_with('/') || path.starts_with(program_.directory.string()));
+    const std::string path = traced.text(traced.call.arguments[static_cast<std::size_t>(argument)]);
+    const std::string directory = program_.program.directory;
+    counting_ = !path.empty() && (!path.starts_with('/') || path.starts_with(directory));
     return counting_;
   }
 
-  std::optional<Fault> faultOf(const SystemCall& call) const {
+  bool isHit(const SystemCall& call) const {
+    if (program_.fault == nullptr) return false;
     const std::size_t number = result_.calls.size();
-    if (!program_.fault.has_value()) return std::nullopt;
-    if (*program_.fault == Fault::ioErrorOn && number > program_.faultAt && !isStream(call)) {
-      return Fault::ioErrorOn;
+    if (program_.fault->fault == Fault::errorOn && number > program_.faultAt) {
+      return !isStream(call);
     }
     // Threads may have come to another call by now than the run that the cases were made from.
-    const bool hits = number == program_.faultAt && applies(*program_.fault, call);
-    return hits ? program_.fault : std::nullopt;
+    return number == program_.faultAt && applies(*program_.fault, call);
   }
 
-  void inject(pid_t thread, Fault fault, user_regs_struct& registers, Pending& pending) const {
-    switch (fault) {
+  void inject(pid_t thread, user_regs_struct& registers, Pending& pending) const {
+    switch (program_.fault->fault) {
       case Fault::killBefore:
         (void)::kill(leader_, SIGKILL);
         return;
@@ -228,27 +189,11 @@ class Tracer {
       default:
         break;
     }
-    const int error = errorOf(fault);
     if (pending.call.number == SYS_close) {  // closes, whatever it says
-      pending.result = -error;
+      pending.result = -program_.fault->error;
     } else {
-      skip(thread, registers, error);
+      skip(thread, registers, program_.fault->error);
       pending.observe = false;
-    }
-  }
-
-  static int errorOf(Fault fault) {
-    switch (fault) {
-      case Fault::noSpace:
-        return ENOSPC;
-      case Fault::noQuota:
-        return EDQUOT;
-      case Fault::interrupted:
-        return EINTR;
-      case Fault::noFile:
-        return EMFILE;
-      default:
-        return EIO;
     }
   }
 
@@ -262,10 +207,10 @@ class Tracer {
     const Pending pending = std::exchange(threads_[thread], {});
     user_regs_struct registers{};
     if (::ptrace(PTRACE_GETREGS, thread, 0, &registers) != 0) return;
-    if (pending.kill) (void)::kill(leader_, SIGKILL);
     if (pending.observe) {
       program_.onChange({thread, pending.call, static_cast<std::int64_t>(registers.rax)});
     }
+    if (pending.kill) (void)::kill(leader_, SIGKILL);
     if (pending.result.has_value()) {
       registers.rax = static_cast<unsigned long long>(*pending.result);
       (void)::ptrace(PTRACE_SETREGS, thread, 0, &registers);
@@ -274,52 +219,31 @@ class Tracer {
   }
 
   const TracedProgram& program_;
-  Captured output_;
-  Captured errors_;
+  UniqueFd output_ = captured();
+  UniqueFd errors_ = captured();
   pid_t leader_ = -1;
   bool counting_ = false;
-  bool hasLocked_ = false;
   std::map<pid_t, Pending> threads_;
   TracedResult result_;
 };
 
+std::string processFile(pid_t thread, const std::string& name) {
+  return "/proc/" + std::to_string(thread) + "/" + name;
+}
+
 }  // namespace
 
-std::string FinishedCall::bytes(std::uint64_t address, std::size_t size) const {
-  std::string bytes(size, '\0');
-  const iovec here{bytes.data(), size};
-  iovec there{};
-  static_assert(sizeof(there.iov_base) == sizeof(address));
-  std::memcpy(&there.iov_base, &address, sizeof(address));
-  there.iov_len = size;
-  const ssize_t count = ::process_vm_readv(thread_, &here, 1, &there, 1, 0);
-  bytes.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
-  return bytes;
-}
-
-// In pieces that do not go beyond a page: behind the text there may be no memory.
-std::string FinishedCall::text(std::uint64_t address) const {
-  constexpr std::uint64_t page = 4096;
+// Behind the text there may be no memory: what can be read before that comes all the same.
+std::string TracedCall::text(std::uint64_t address) const {
+  std::ifstream memory(processFile(thread, "mem"), std::ios::binary);
+  memory.seekg(static_cast<std::streamoff>(address));
   std::string text;
-  while (true) {
-    const std::string piece = bytes(address, page - address % page);
-    const std::size_t end = piece.find('\0');
-    text += piece.substr(0, end);
-    if (end != std::string::npos || piece.empty()) return text;
-    address += piece.size();
-  }
+  std::getline(memory, text, '\0');
+  return text;
 }
 
-std::string FinishedCall::descriptorPath(int descriptor) const {
-  return "/proc/" + std::to_string(thread_) + "/fd/" + std::to_string(descriptor);
-}
-
-std::uint64_t FinishedCall::position(int descriptor) const {
-  std::ifstream info("/proc/" + std::to_string(thread_) + "/fdinfo/" + std::to_string(descriptor));
-  std::string label;
-  std::uint64_t position = 0;
-  info >> label >> position;
-  return position;
+std::string TracedCall::file(int descriptor) const {
+  return processFile(thread, "fd/" + std::to_string(descriptor));
 }
 
 TracedResult runTraced(const TracedProgram& program) {

@@ -7,88 +7,45 @@
 
 #include <sys/types.h>
 
-#include <array>
-#include <cstdint>
-#include <filesystem>
 #include <functional>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "tests/faults/system_calls.h"
+#include "tests/support/run_program.h"
 
 namespace orx::faults {
 
-enum class Fault {
-  ioError,      // EIO
-  ioErrorOn,    // EIO from this call on, of every file: the disk is gone
-  noSpace,      // ENOSPC
-  noQuota,      // EDQUOT
-  interrupted,  // EINTR
-  noFile,       // EMFILE
-  partly,       // half of the bytes are read or written
-  killBefore,
-  killAfter,
-};
-inline constexpr std::array allFaults{Fault::ioError, Fault::ioErrorOn,   Fault::noSpace,
-                                      Fault::noQuota, Fault::interrupted, Fault::noFile,
-                                      Fault::partly,  Fault::killBefore,  Fault::killAfter};
-[[nodiscard]] const char* nameOf(Fault fault);
+// A call at which a thread of the program stands.
+struct TracedCall {
+  pid_t thread;
+  SystemCall call;
+  std::int64_t result = 0;  // once it has returned
 
-struct SystemCall {
-  long number = 0;
-  std::array<std::uint64_t, 6> arguments{};
-};
-[[nodiscard]] std::string nameOf(const SystemCall& call);
-// Whether the system could answer the call like that.
-[[nodiscard]] bool applies(Fault fault, const SystemCall& call);
-// Whether the call may change what is on the disk.
-[[nodiscard]] bool changesFiles(const SystemCall& call);
-
-// A call that has returned, while its thread still stands.
-class FinishedCall {
- public:
-  FinishedCall(pid_t thread, const SystemCall& call, std::int64_t result)
-      : thread_(thread), call_(call), result_(result) {}
-
-  [[nodiscard]] const SystemCall& call() const { return call_; }
-  [[nodiscard]] std::int64_t result() const { return result_; }
+  [[nodiscard]] int descriptor() const { return static_cast<int>(call.arguments[0]); }
   [[nodiscard]] std::string text(std::uint64_t address) const;
-  [[nodiscard]] std::string bytes(std::uint64_t address, std::size_t size) const;
-  // What the descriptor leads to, below /proc.
-  [[nodiscard]] std::string descriptorPath(int descriptor) const;
-  // Where the next read or write of the descriptor begins.
-  [[nodiscard]] std::uint64_t position(int descriptor) const;
-
- private:
-  pid_t thread_;
-  SystemCall call_;
-  std::int64_t result_;
+  // A path below /proc that leads to the file of a descriptor, whatever its name is.
+  [[nodiscard]] std::string file(int descriptor) const;
 };
 
 struct TracedProgram {
-  std::filesystem::path file = {};
-  std::vector<std::string> arguments = {};
-  std::filesystem::path directory = {};
-  std::vector<std::string> environment = {};  // NAME=value, added to the caller's own
-  std::optional<Fault> fault = {};
+  test::Program program = {};
+  const FaultKind* fault = nullptr;
   std::size_t faultAt = 0;     // the call that fails, from 1
   bool exchangeFails = false;  // as on a file system that cannot exchange two names
-  // Called once, before the program takes its first lock.
-  std::function<void()> beforeLock = {};
+  // Called before every counted call; with true its thread stands there until the program ends.
+  std::function<bool(const TracedCall&)> onCall = {};
   // Called for every counted call that may change files and has returned.
-  std::function<void(const FinishedCall&)> onChange = {};
+  std::function<void(const TracedCall&)> onChange = {};
 };
 
-struct TracedResult {
-  int exitCode = -1;  // -1 when a signal ended the program
-  int signal = 0;
-  std::string output;
-  std::string errors;
+struct TracedResult : test::ProgramResult {
   std::vector<SystemCall> calls = {};  // those that were counted
   bool isDisturbed = false;            // the fault was met
 };
 
-// Throws std::system_error when there is no way to trace at all.
+// A program that hangs is ended by SIGALRM. Throws std::system_error when there is no way to trace
+// at all.
 [[nodiscard]] TracedResult runTraced(const TracedProgram& program);
 
 }  // namespace orx::faults

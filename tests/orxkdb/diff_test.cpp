@@ -6,8 +6,6 @@
 #include <ranges>
 
 #include "orxkdb/diff/carried_source.h"
-#include "orxkdb/diff/value_changes.h"
-#include "orxkdb/program.h"
 #include "tests/restore/merge_records.h"
 #include "tests/support/program_runs.h"
 #include "tests/support/sample_text.h"
@@ -90,6 +88,9 @@ const Lines otherHead = {{.object = handleText(2, 5),
                           .data = chain,
                           .auxValue2 = 7}};
 
+const std::string inOtherOrder =
+    "  attribute 2 of group 0, key 2, 3 values, values that both have stand in another order\n";
+
 const ChangeCase changeCases[] = {
     {"head fields", otherHead,
      "  recType: 2 -> 3\n  modelHandle: " + modelWords + " -> " + selfWords +
@@ -98,6 +99,18 @@ const ChangeCase changeCases[] = {
      "  attribute 2 of group 0, key 2, 3 values -> 2\n    - 2: \"b\"\n    - 3: \"c\"\n"
      "    + 2: \"x\"\n  attribute 94 of group 0, key 94 (handles), 1 value\n    - 1: " +
          selfWords + "\n    + 1: \"gone\"\n"},
+    {"values that changed places behind others",
+     managed({attribute(2, {"a", "c", "b"}) + attribute(94, {self})}),
+     inOtherOrder + "    - 2: \"b\"\n    - 3: \"c\"\n    + 2: \"c\"\n    + 3: \"b\"\n"},
+    {"values that changed places before others",
+     managed({attribute(2, {"b", "a", "c"}) + attribute(94, {self})}),
+     inOtherOrder + "    - 1: \"a\"\n    - 2: \"b\"\n    + 1: \"b\"\n    + 2: \"a\"\n"},
+    {"values that changed places beside others",
+     managed({attribute(2, {"b", "a", "d"}) + attribute(94, {self})}),
+     inOtherOrder + "    - 3: \"c\"\n    + 3: \"d\"\n"},
+    {"a value that is there once more",
+     managed({attribute(2, {"a", "a", "b", "c"}) + attribute(94, {self})}),
+     "  attribute 2 of group 0, key 2, 3 values -> 4\n    + 2: \"a\"\n"},
     {"attributes", managed({attribute(2, {"a", "b", "c"}) + "<5;1;1;\x01;>"}),
      "  attribute 94 of group 0, key 94 (handles), removed with 1 value\n    - 1: " + selfWords +
          "\n  attribute 5 of group 1, key 4101, added with 1 value\n    + 1: \"\\x01\"\n"},
@@ -300,53 +313,6 @@ TEST_F(Diff, ComparesDatabasesByTheKeysThatRecordsAreStoredUnder) {
                         "<1;1;2;0;0;0;5;> recn 0 -> parent <1;1;0;0;0;0;0;> object "
                         "<1;1;2;0;0;0;6;> recn 0\n"));
   run({.before = odd, .after = backup("c", backupOf(records))}, exitDone);
-}
-
-TEST_F(Diff, FailsWithACodeThatIsNotOneOfTheResults) {
-  const std::string good = database("a", fleet());
-  std::string damaged = test::readFile(good);
-  damaged.resize(damaged.size() / 2);
-  run({.before = good, .after = scratch_.file("none")}, exitNotOpened);
-  run({.before = good, .after = backup("damaged", damaged)}, exitNotOpened);
-  run({.before = scratch_.path().string(), .after = good}, exitNotOpened);
-  run({.before = "/dev/null", .after = good}, exitNotOpened);
-  const std::string deep = scratch_.file("deep");
-  (void)test::writeDamagedDatabase(deep);
-  run({.before = deep, .after = good}, exitNotOpened);
-  run({.before = good, .after = deep}, exitNotOpened);
-  run({.before = deep, .after = backup("sound", backupOf(fleet()))}, exitNotOpened);
-  const std::vector<const char*> unusable[] = {{"orxkdb", "diff", "a"},
-                                               {"orxkdb", "diff", "a", "b", "c"},
-                                               {"orxkdb", "--none", "diff", "a", "b"},
-                                               {"orxkdb", "diff", "a", "b", "--limit", "x"}};
-  for (const auto& arguments : unusable) {
-    EXPECT_EQ(orxkdb::run(static_cast<int>(arguments.size()), arguments.data()), 2)
-        << testing::PrintToString(arguments);
-  }
-}
-
-TEST(CompareValues, FindsTheValuesThatOneSideHas) {
-  const struct {
-    Values before, after;
-    std::vector<std::size_t> removed, added;
-    bool reordered = false;
-  } cases[] = {
-      {{}, {}, {}, {}},
-      {{"a"}, {}, {0}, {}},
-      {{"a", "b", "c"}, {"a", "c"}, {1}, {}},
-      {{"a", "a"}, {"a", "a", "a"}, {}, {2}},
-      {{"5", "5", "7"}, {"5", "7", "7"}, {1}, {1}},
-      {{"x", "a", "b"}, {"a", "b", "y"}, {0}, {2}},
-      {{"k", "a", "b", "z"}, {"k", "b", "a", "z"}, {1, 2}, {1, 2}, true},
-      {{"a", "b", "c"}, {"b", "a", "d"}, {2}, {2}, true},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(testing::PrintToString(test.before) + testing::PrintToString(test.after));
-    const ValueChanges changes = compareValues(test.before, test.after);
-    EXPECT_EQ(changes.removed, test.removed);
-    EXPECT_EQ(changes.added, test.added);
-    EXPECT_EQ(changes.reordered, test.reordered);
-  }
 }
 
 }  // namespace

@@ -1,12 +1,15 @@
-// Dumps of databases, and loading them: round trips, and everything that is refused.
+// Dumps and backups of databases, and loading dumps: round trips, and everything that is refused.
 #include <gmock/gmock.h>
 
 #include <numeric>
 
+#include "orxkdb/cmd_backup.h"
 #include "orxkdb/cmd_dump.h"
 #include "orxkdb/cmd_load.h"
 #include "orxkdb/dump/dump_format.h"
-#include "tests/support/kdb_records.h"
+#include "tests/support/program_runs.h"
+#include "tests/support/sample_text.h"
+#include "tests/support/small_fleet.h"
 
 namespace orx::orxkdb {
 namespace {
@@ -14,6 +17,7 @@ namespace {
 using test::createDatabase;
 using test::makeRecord;
 using test::Opened;
+using test::readFile;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -53,13 +57,17 @@ class DumpLoad : public testing::Test {
     return load({.database = database_, .file = file_, .replace = replace});
   }
   std::string dumped() {
-    EXPECT_EQ(dump({.database = database_, .file = scratch_.file("again")}).text, "");
-    return test::readFile(scratch_ / "again");
+    EXPECT_EQ(dumpTo(scratch_.file("again")).text, "");
+    return readFile(scratch_ / "again");
+  }
+  Result dumpTo(const std::string& file) { return dump({.database = database_, .file = file}); }
+  Result backupTo(const std::string& file, bool crlf = false) {
+    return backup({.database = database_, .file = file, .crlf = crlf});
   }
 
   test::TempDir scratch_;
   std::string database_ = scratch_.file("db");
-  std::string file_ = scratch_.file("dump");
+  std::string file_ = scratch_.file("file");
 };
 
 TEST_F(DumpLoad, WritesKeysBigEndianInDatabaseOrder) {
@@ -169,7 +177,7 @@ const Reject rejects[] = {
 // Nor into a database that is there to be replaced.
 TEST_F(DumpLoad, FaultsAreNamedByLineAndLoadNothing) {
   createDatabase(scratch_.file("there"), 5);
-  const std::string before = test::readFile(scratch_ / "there");
+  const std::string before = readFile(scratch_ / "there");
   for (const Reject& reject : rejects) {
     SCOPED_TRACE(reject.what);
     Lines lines = validDump();
@@ -181,9 +189,9 @@ TEST_F(DumpLoad, FaultsAreNamedByLineAndLoadNothing) {
     EXPECT_THAT(result.text, testing::EndsWith("nothing was loaded"));
     const LoadOptions replacing{.database = scratch_.file("there"), .file = file_, .replace = true};
     EXPECT_EQ(load(replacing).text, result.text);
-    EXPECT_THAT(scratch_.names(), ElementsAre("dump", "there"));
+    EXPECT_THAT(scratch_.names(), ElementsAre("file", "there"));
   }
-  EXPECT_EQ(test::readFile(scratch_ / "there"), before);
+  EXPECT_EQ(readFile(scratch_ / "there"), before);
 }
 
 TEST_F(DumpLoad, ReplacesAllRecordsAndKeepsThePreviousGeneration) {
@@ -197,35 +205,41 @@ TEST_F(DumpLoad, ReplacesAllRecordsAndKeepsThePreviousGeneration) {
   EXPECT_THAT(test::objects(database_), ElementsAre());
 }
 
-TEST_F(DumpLoad, OpeningDecidesBeforeAnythingIsRead) {
-  test::writeFile(file_, join(validDump()));
-  createDatabase(scratch_.file("there"));
-  createDatabase(scratch_.file("locked"));
-  const Opened locked(scratch_.file("locked"));
-  std::filesystem::create_symlink("nowhere", scratch_.file("dangling"));
-  std::filesystem::copy_file(scratch_.file("there"), scratch_.file("gone.orx-previous"));
-  test::writeFile(scratch_.file("text"), "no database");
-  const struct {
-    std::string database, file;
-    bool replace;
-    std::string text;
-  } cases[] = {
-      {"none", "dump", true, "there is no such database, " + scratch_.file("none (5 NotThere")},
-      {"dangling", "dump", true, "this is a symbolic link that leads to no database, "},
-      {"gone", "dump", true, "\" makes it the database"},
-      {"text", "dump", true, "this is no database, "},
-      {"there", "dump", false, "there is already a file of that name, "},
-      {"no/db", "dump", false, "there is no directory for the database"},
-      {"new", "missing", false, "missing (No such file or directory)"},
-      {"locked", "dump", true, "(3 BusyObject, 19 InUse)"},
-  };
-  for (const auto& row : cases) {
-    const Result result = load({.database = scratch_.file(row.database),
-                                .file = scratch_.file(row.file),
-                                .replace = row.replace});
-    EXPECT_EQ(result.code, exitNotOpened) << row.database;
-    EXPECT_THAT(result.text, HasSubstr(row.text));
+TEST_F(DumpLoad, RestoredBackupGivesTheSameBackup) {
+  test::writeFile(file_, test::sampleText({.objects = 600}, SampleOrder::random));
+  createDatabase(database_);
+  ASSERT_EQ(test::runIn(scratch_, "orxrestore", {"-i", "file", "-o", "db"}).exitCode, 0);
+  const Lines lines = test::splitLines(test::sampleText({.objects = 600}, SampleOrder::key));
+  for (const bool crlf : {false, true}) {
+    ASSERT_EQ(backupTo(file_, crlf).text, "");
+    EXPECT_TRUE(readFile(file_) == join(lines, crlf ? "\r\n" : "\n"));
   }
+}
+
+TEST_F(DumpLoad, ARecordThatALineCannotCarryIsNamedAndNoBackupIsWritten) {
+  DataBuffer record;
+  record.setObjectHandle(CMConfigHandle(handle_type::resource, 9));
+  record.setRecn(100000000);
+  test::makeDatabase(database_, std::vector{record});
+  test::writeFile(file_, "before");
+  const Result result = backupTo(file_);
+  EXPECT_EQ(result.code, exitNotAsExpected);
+  EXPECT_THAT(result.text, HasSubstr("the record number"));
+  EXPECT_THAT(result.text, HasSubstr(database_ + " parent <1;1;0;0;0;0;0;> object "
+                                                 "<1;1;4;0;0;0;9;> recn 100000000,"));
+  EXPECT_EQ(readFile(file_), "before");
+  EXPECT_THAT(scratch_.names(), ElementsAre("db", "file"));
+}
+
+TEST_F(DumpLoad, DamageOnTheWayLeavesNoOutput) {
+  (void)test::writeDamagedDatabase(database_);
+  for (const Result& result : {backupTo(file_), dumpTo(file_)}) {
+    EXPECT_EQ(result.code, exitNotAsExpected);
+    EXPECT_THAT(result.text, testing::StartsWith("the database is damaged, " + database_ +
+                                                 " behind its record "));
+    EXPECT_THAT(result.text, HasSubstr("(8 SystemError, 17 Format)"));
+  }
+  EXPECT_THAT(scratch_.names(), ElementsAre("db"));
 }
 
 }  // namespace

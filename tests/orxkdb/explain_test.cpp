@@ -119,23 +119,6 @@ TEST_F(Explain, NamesTheAttributesThatTheOperationsKnow) {
   EXPECT_THAT(model, HasSubstr("key 84 (signatures), 1 value\n    <1;1;2;0;0;0;5;>, "));
 }
 
-TEST_F(Explain, SaysWhatIsNotThereOrNoHandle) {
-  EXPECT_EQ(object("4:8", exitNotAsExpected), "");
-  EXPECT_EQ(result_.text, "there is no object of this handle, " + database_ +
-                              " <1;1;4;0;0;0;8;>, check the handle; the system record's is 0:0");
-  for (const char* handle : {"", "4", "4:", ":4", "256:1", "4:4294967296", "4:1x", "<1;1;4;0;0;9;>",
-                             "<1;1;4;0;0;0;9;>x", "09000000000004", "0900000000000G01"}) {
-    EXPECT_EQ(object(handle, exitUsage), "") << handle;
-  }
-  output({.line = "backup"}, exitUsage);
-  output({.line = scratch_.file("backup:0")}, exitUsage);
-  output({.database = "db", .handle = "4:9", .line = "backup:1"}, exitUsage);
-  output({.line = scratch_.file("backup:8")}, exitNotAsExpected);
-  EXPECT_THAT(result_.text, HasSubstr("its last line is 7"));
-  output({.line = scratch_.file("none:1")}, exitNotOpened);
-  output({.line = scratch_.file("db:1")}, exitNotAsExpected);
-}
-
 TEST_F(Explain, ShowsALineColumnByColumn) {
   const std::string line = scratch_.file("backup:3");
   EXPECT_EQ(output({.line = line}), line + withHandles(R"(, 440 characters

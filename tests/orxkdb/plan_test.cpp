@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include "orxkdb/cmd_plan.h"
-#include "orxkdb/plan/identifier_list.h"
 #include "orxkdb/plan/plan_run.h"
 #include "orxkdb/plan/plan_words.h"
 #include "tests/restore/merge_records.h"
@@ -138,6 +137,10 @@ TEST_F(Plan, IsWhatTheMergeDoes) {
        test::sampleText({.objects = 500, .seed = 8}, SampleOrder::random), "",
        "1 1-5+0; 2 1-5+9; 3 1-45+0; 4 1-394+0; 5 1-10+99; 6 1-10+0; 10 1-20+0; 11 1-4+0; "
        "12 1-1+0; "},
+      {"identifiers that pass the highest", system("A=1", {{2, "4294967294"}}),
+       backupOf(object(2, 1) + object(2, 3) + object(2, 2) + object(2, 5) + object(2, 4) +
+                object(7, 4294967295) + object(7, 0)),
+       "", "2 1-2+4294967293 3-5+4294967293; 7 0-0+0 4294967295-4294967295+0; "},
       {"no line", current, "", "", ""},
   };
   for (const auto& row : cases) {
@@ -147,28 +150,6 @@ TEST_F(Plan, IsWhatTheMergeDoes) {
     EXPECT_EQ(refusedIn(plan), row.refused);
     expectMergeDoes(plan);
   }
-}
-
-TEST_F(Plan, RefusesWhatNoMergeCanWorkWith) {
-  std::filesystem::create_directory("directory");
-  test::makeDatabase("empty", Records{});
-  test::makeDatabase("plain", object(5, 1));
-  test::makeDatabase("db", system("A=1", {}));
-  test::writeFile("backup", "");
-  const struct {
-    PlanOptions options;
-    ExitCode code;
-    const char* text;
-  } cases[] = {
-      {{"db", "none"}, exitNotOpened, "/none (No such file"},
-      {{"db", "directory"}, exitNotOpened, "/directory (Is a direct"},
-      {{"db", "db"}, exitNotAsExpected, "this is a database, not a backup, db, "},
-      {{"none", "backup"}, exitNotOpened, "/none (5 NotThere"},
-      {{"backup", "backup"}, exitNotOpened, "this is no database"},
-      {{"empty", "backup"}, exitNotAsExpected, "the database is empty"},
-      {{"plain", "backup"}, exitNotAsExpected, "a merge would fail: there are no identifier count"},
-  };
-  for (const auto& row : cases) EXPECT_EQ(printedBy(row.options, row.code, row.text), "");
 }
 
 constexpr const char* reportOfTheWorst = R"(The merge of backup into db would FAIL with exit code 6:
@@ -258,19 +239,6 @@ TEST_F(Plan, WarnsOfWhatTheMergeDoesNotMind) {
     EXPECT_THAT(warningsOf(planOf(row.current, row.backup)),
                 testing::Contains(HasSubstr(row.warning)));
   }
-}
-
-TEST(IdentifierList, BreaksRangesWhereASumPassesTheHighest) {
-  MergeTables tables;
-  tables.mergeTypes = mergedTypes;
-  tables.idBase[2] = 0xFFFFFFFE;
-  IdentifierList list;
-  for (const std::uint32_t id : {1, 3, 2, 2, 5, 4}) list.add(tables.renumbered(handle(2, id)));
-  list.add(handle(40, 0xFFFFFFFF));
-  list.add(handle(40, 0));
-  list.add(CMConfigHandle());
-  EXPECT_EQ(identifiersIn(list.take(tables)),
-            "2 1-2+4294967293 3-5+4294967293; 40 0-0+0 4294967295-4294967295+0; ");
 }
 
 }  // namespace

@@ -19,11 +19,10 @@ namespace {
 std::atomic<bool> counting{false};
 std::atomic<unsigned long> count{0};
 unsigned long failing = 0;
-// Within an entry that asks another one of these for its memory.
-thread_local bool nested = false;
 
+// The function of this name behind this library.
 template <typename Function>
-Function* next(const char* name) {
+Function* behind(const char* name) {
   static_assert(sizeof(Function*) == sizeof(void*));
   void* const found = ::dlsym(RTLD_NEXT, name);
   Function* function = nullptr;
@@ -32,40 +31,12 @@ Function* next(const char* name) {
 }
 
 bool fails() {
-  return !nested && counting.load(std::memory_order_relaxed) && ++count == failing;
-}
-
-// The allocation function of the given name behind this library, found at its first call.
-template <typename Function>
-class Behind {
- public:
-  explicit constexpr Behind(const char* name) : name_(name) {}
-
-  template <typename... Arguments>
-  auto operator()(Arguments... arguments) {
-    if (function_.load() == nullptr) function_.store(next<Function>(name_));
-    const bool before = nested;
-    nested = true;
-    const auto result = function_.load()(arguments...);
-    nested = before;
-    return result;
-  }
-
- private:
-  const char* name_;
-  std::atomic<Function*> function_{nullptr};
-};
-
-template <typename Function, typename... Arguments>
-void* allocate(Behind<Function>& behind, Arguments... arguments) {
-  if (!fails()) return behind(arguments...);
+  if (!counting.load(std::memory_order_relaxed) || ++count != failing) return false;
   errno = ENOMEM;
-  return nullptr;
+  return true;
 }
 
-template <typename Function, typename... Arguments>
-void* allocateOrThrow(Behind<Function>& behind, Arguments... arguments) {
-  void* const memory = allocate(behind, arguments...);
+void* orThrow(void* memory) {
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
@@ -73,11 +44,9 @@ void* allocateOrThrow(Behind<Function>& behind, Arguments... arguments) {
 void writeCount() {
   counting = false;
   const char* const file = std::getenv("ORX_FAULT_COUNT");
-  if (file == nullptr) return;
+  if (file == nullptr || *file == '\0') return;
   const int fd = ::open(file, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-  char text[32];
-  const int size = std::snprintf(text, sizeof(text), "%lu", count.load());
-  (void)!::write(fd, text, static_cast<std::size_t>(size));
+  (void)::dprintf(fd, "%lu", count.load());
   (void)::close(fd);
 }
 
@@ -94,18 +63,6 @@ int countedMain(int argc, char** argv, char** environment) {
   return result;
 }
 
-constinit Behind<void*(std::size_t)> mallocBehind("malloc");
-constinit Behind<void*(std::size_t, std::size_t)> callocBehind("calloc");
-constinit Behind<void*(void*, std::size_t)> reallocBehind("realloc");
-constinit Behind<void*(std::size_t, std::size_t)> alignedBehind("aligned_alloc");
-constinit Behind<int(void**, std::size_t, std::size_t)> posixBehind("posix_memalign");
-constinit Behind<void*(std::size_t)> newBehind("_Znwm");
-constinit Behind<void*(std::size_t)> newArrayBehind("_Znam");
-constinit Behind<void*(std::size_t, const std::nothrow_t&)> newNothrowBehind("_ZnwmRKSt9nothrow_t");
-constinit Behind<void*(std::size_t, const std::nothrow_t&)> newArrayNothrowBehind(
-    "_ZnamRKSt9nothrow_t");
-constinit Behind<void*(std::size_t, std::align_val_t)> newAlignedBehind("_ZnwmSt11align_val_t");
-
 }  // namespace
 
 extern "C" {
@@ -114,41 +71,44 @@ extern "C" {
 int __libc_start_main(Main* main, int argc, char** argv, void (*init)(), void (*fini)(),
                       void (*loaderFini)(), void* stackEnd) {
   programMain = main;
-  return next<Start>("__libc_start_main")(countedMain, argc, argv, init, fini, loaderFini,
-                                          stackEnd);
+  return behind<Start>("__libc_start_main")(countedMain, argc, argv, init, fini, loaderFini,
+                                            stackEnd);
 }
 
 void* malloc(std::size_t size) {
-  return allocate(mallocBehind, size);
+  static auto* const real = behind<void*(std::size_t)>("malloc");
+  return fails() ? nullptr : real(size);
 }
 void* calloc(std::size_t number, std::size_t size) {
-  return allocate(callocBehind, number, size);
+  static auto* const real = behind<void*(std::size_t, std::size_t)>("calloc");
+  return fails() ? nullptr : real(number, size);
 }
 void* realloc(void* memory, std::size_t size) {
-  return allocate(reallocBehind, memory, size);
+  static auto* const real = behind<void*(void*, std::size_t)>("realloc");
+  return fails() ? nullptr : real(memory, size);
 }
 void* aligned_alloc(std::size_t alignment, std::size_t size) {
-  return allocate(alignedBehind, alignment, size);
+  static auto* const real = behind<void*(std::size_t, std::size_t)>("aligned_alloc");
+  return fails() ? nullptr : real(alignment, size);
 }
 int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
-  return fails() ? ENOMEM : posixBehind(memory, alignment, size);
+  static auto* const real = behind<int(void**, std::size_t, std::size_t)>("posix_memalign");
+  return fails() ? ENOMEM : real(memory, alignment, size);
 }
 }
 
 void* operator new(std::size_t size) {
-  return allocateOrThrow(newBehind, size);
+  return orThrow(malloc(size));
 }
 void* operator new[](std::size_t size) {
-  return allocateOrThrow(newArrayBehind, size);
+  return orThrow(malloc(size));
 }
-void* operator new(std::size_t size, const std::nothrow_t& tag) noexcept {
-  return allocate<void*(std::size_t, const std::nothrow_t&), std::size_t, const std::nothrow_t&>(
-      newNothrowBehind, size, tag);
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return malloc(size);
 }
-void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
-  return allocate<void*(std::size_t, const std::nothrow_t&), std::size_t, const std::nothrow_t&>(
-      newArrayNothrowBehind, size, tag);
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return malloc(size);
 }
 void* operator new(std::size_t size, std::align_val_t alignment) {
-  return allocateOrThrow(newAlignedBehind, size, alignment);
+  return orThrow(aligned_alloc(static_cast<std::size_t>(alignment), size));
 }

@@ -118,6 +118,17 @@ inline std::string writeDamagedDatabase(const std::string& name) {
   return bytes;
 }
 
+// Every record in order, or "unreadable".
+inline std::string recordBytes(const std::string& name) {
+  const Opened database(name, kdb::openForReading);
+  if (database.opened != "0/0") return "unreadable";
+  std::string all = "database ", end;
+  for (const Record& record : database.all(database.cursor(), &end)) {
+    all.append(record.begin(), record.end());
+  }
+  return end == "5/14" ? all : "unreadable";
+}
+
 inline std::vector<std::uint32_t> objects(const std::string& name) {
   std::vector<std::uint32_t> found;
   const Opened database(name, kdb::openForReading);

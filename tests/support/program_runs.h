@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <iomanip>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -12,6 +14,14 @@
 #include "tests/support/temp_dir.h"
 
 namespace orx::test {
+
+// Words that blanks separate; "" stands for an empty one.
+inline std::vector<std::string> wordsOf(const std::string& line) {
+  std::istringstream stream(line);
+  std::vector<std::string> words;
+  for (std::string word; stream >> std::quoted(word);) words.push_back(word);
+  return words;
+}
 
 // One of the built programs with `directory` as its current one.
 inline ProgramResult runIn(const TempDir& directory, const char* program,

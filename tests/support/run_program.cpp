@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -12,75 +13,42 @@
 #include <string_view>
 #include <system_error>
 
+#include "platform/file.h"
+
 namespace orx::test {
 
 namespace {
 
-class Descriptor {
- public:
-  Descriptor() = default;
-  explicit Descriptor(int number) : number_(number) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() { close(); }
-  void reset(int number) {
-    close();
-    number_ = number;
-  }
-  void close() {
-    if (number_ >= 0) (void)::close(number_);
-    number_ = -1;
-  }
-  [[nodiscard]] int get() const { return number_; }
-
- private:
-  int number_ = -1;
-};
-
 struct Pipe {
-  Descriptor read, write;
+  UniqueFd read, write;
   Pipe() {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category());
-    read.reset(ends[0]);
-    write.reset(ends[1]);
+    read = UniqueFd(ends[0]);
+    write = UniqueFd(ends[1]);
   }
 };
 
 std::vector<char*> pointers(std::vector<std::string>& words) {
   std::vector<char*> result;
-  result.reserve(words.size() + 1);
   for (std::string& word : words) result.push_back(word.data());
   result.push_back(nullptr);
   return result;
 }
 
-std::vector<std::string> environmentOf(const Program& program) {
-  std::vector<std::string> all;
-  for (char** entry = environ; *entry != nullptr; ++entry) {
-    const std::string_view text = *entry;
-    const auto name = text.substr(0, text.find('=') + 1);
-    bool replaced = false;
-    for (const auto& added : program.environment) replaced |= added.starts_with(name);
-    if (!replaced) all.emplace_back(text);
-  }
-  all.insert(all.end(), program.environment.begin(), program.environment.end());
-  return all;
-}
-
 // Reads once from a stream that is ready; closes it at its end.
-void collect(Descriptor& stream, std::string& text) {
+void collect(UniqueFd& stream, std::string& text) {
   std::array<char, 4096> block{};
-  const auto count = read(stream.get(), block.data(), block.size());
-  if (count > 0) return void(text.append(block.data(), static_cast<std::size_t>(count)));
-  if (count == 0 || errno != EINTR) stream.close();
+  const ssize_t count = readSome(stream.get(), block.data(), block.size());
+  if (count <= 0) return stream.reset();
+  text.append(block.data(), static_cast<std::size_t>(count));
 }
 
 // Writes once what the program is ready to take; closes the stream when all is written.
-void feed(Descriptor& stream, std::string_view& rest) {
-  const auto count = write(stream.get(), rest.data(), rest.size());
+void feed(UniqueFd& stream, std::string_view& rest) {
+  const ssize_t count = write(stream.get(), rest.data(), rest.size());
   if (count > 0) rest.remove_prefix(static_cast<std::size_t>(count));
-  if (rest.empty() || (count < 0 && errno != EINTR && errno != EAGAIN)) stream.close();
+  if (rest.empty() || (count < 0 && errno != EINTR && errno != EAGAIN)) stream.reset();
 }
 
 // Serves the three streams until the program has closed its two. A negative number is no stream
@@ -88,8 +56,8 @@ void feed(Descriptor& stream, std::string_view& rest) {
 bool serve(const Program& program, Pipe& in, Pipe& out, Pipe& err, ProgramResult& result) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(program.timeoutSeconds);
   std::string_view rest = program.input;
-  if (rest.empty()) in.write.close();
-  while (out.read.get() >= 0 || err.read.get() >= 0) {
+  if (rest.empty()) in.write.reset();
+  while (out.read.valid() || err.read.valid()) {
     std::array<pollfd, 3> streams{
         {{in.write.get(), POLLOUT, 0}, {out.read.get(), POLLIN, 0}, {err.read.get(), POLLIN, 0}}};
     if (poll(streams.data(), streams.size(), 100) > 0) {
@@ -104,16 +72,44 @@ bool serve(const Program& program, Pipe& in, Pipe& out, Pipe& err, ProgramResult
 
 }  // namespace
 
-void takeSignals() {
-  for (const int number : {SIGPIPE, SIGINT, SIGTERM, SIGHUP}) (void)std::signal(number, SIG_DFL);
+void ProgramResult::setEnd(int status) {
+  if (WIFEXITED(status)) exitCode = WEXITSTATUS(status);
+  if (WIFSIGNALED(status)) signal = WTERMSIG(status);
+}
+
+void ProgramResult::waitForEnd(pid_t child) {
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  setEnd(status);
+}
+
+ProgramStart::ProgramStart(const Program& program)
+    : program_(program), words_{program.file.string()} {
+  words_.insert(words_.end(), program.arguments.begin(), program.arguments.end());
+  for (char** entry = environ; *entry != nullptr; ++entry) {
+    const std::string_view text = *entry;
+    const auto name = text.substr(0, text.find('=') + 1);
+    const auto isSame = [name](const std::string& added) { return added.starts_with(name); };
+    if (std::ranges::none_of(program.environment, isSame)) variables_.emplace_back(text);
+  }
+  variables_.insert(variables_.end(), program.environment.begin(), program.environment.end());
+  argv_ = pointers(words_);
+  environment_ = pointers(variables_);
+}
+
+void ProgramStart::become() const {
+  for (const int number : {SIGPIPE, SIGXFSZ, SIGINT, SIGTERM, SIGHUP}) {
+    (void)std::signal(number, SIG_DFL);
+  }
+  const bool isThere = program_.directory.empty() || chdir(program_.directory.c_str()) == 0;
+  if (isThere && program_.inChild) program_.inChild();
+  if (isThere) (void)execve(argv_[0], argv_.data(), environment_.data());
+  _exit(127);
 }
 
 ProgramResult runProgram(const Program& program) {
-  std::vector<std::string> words = program.arguments;
-  words.insert(words.begin(), program.file.string());
-  std::vector<std::string> variables = environmentOf(program);
-  const auto argv = pointers(words);
-  const auto environment = pointers(variables);
+  const ProgramStart start(program);
   Pipe in, out, err;
   (void)fcntl(in.write.get(), F_SETFL, O_NONBLOCK);
   (void)std::signal(SIGPIPE, SIG_IGN);
@@ -121,26 +117,18 @@ ProgramResult runProgram(const Program& program) {
   const pid_t child = fork();
   if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
   if (child == 0) {
-    takeSignals();
     (void)dup2(in.read.get(), STDIN_FILENO);
     (void)dup2(out.write.get(), STDOUT_FILENO);
     (void)dup2(err.write.get(), STDERR_FILENO);
-    if (!program.directory.empty() && chdir(program.directory.c_str()) != 0) _exit(127);
-    if (program.inChild) program.inChild();
-    (void)execve(argv[0], argv.data(), environment.data());
-    _exit(127);
+    start.become();
   }
-  in.read.close();
-  out.write.close();
-  err.write.close();
+  in.read.reset();
+  out.write.reset();
+  err.write.reset();
 
   ProgramResult result;
   if (!serve(program, in, out, err, result)) (void)kill(child, SIGKILL);
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
-  if (WIFEXITED(status)) result.exitCode = WEXITSTATUS(status);
-  if (WIFSIGNALED(status)) result.signal = WTERMSIG(status);
+  result.waitForEnd(child);
   return result;
 }
 

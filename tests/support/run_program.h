@@ -1,6 +1,8 @@
 // Runs a whole program and collects what it leaves.
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -25,14 +27,26 @@ struct ProgramResult {
   int signal = 0;
   std::string output;  // standard output
   std::string errors;  // standard error
+
+  void setEnd(int status);  // as waitpid gives it
+  void waitForEnd(pid_t child);
 };
 
-// For a child before it becomes a program: PIPE, INT, TERM and HUP end it, though this process may
-// have been started in the background, which ignores INT.
-void takeSignals();
+// What a child needs to become a program, made before the fork.
+class ProgramStart {
+ public:
+  explicit ProgramStart(const Program& program);
+  // PIPE, XFSZ, INT, TERM and HUP end it, though this process may have been started where they are
+  // ignored, INT in the background. 127 when it cannot be executed.
+  [[noreturn]] void become() const;
 
-// Throws std::system_error when there is no way to start a program at all; a program that cannot
-// be executed ends with 127.
+ private:
+  const Program& program_;
+  std::vector<std::string> words_, variables_;
+  std::vector<char*> argv_, environment_;
+};
+
+// Throws std::system_error when there is no way to start a program at all.
 [[nodiscard]] ProgramResult runProgram(const Program& program);
 
 }  // namespace orx::test

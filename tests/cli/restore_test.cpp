@@ -1,0 +1,171 @@
+// orxrestore as a whole program: output, exit code and what the database holds afterwards.
+#include <gmock/gmock.h>
+
+#include "records/data_buffer.h"
+#include "restore/exit_codes.h"
+#include "tests/support/backup_lines.h"
+#include "tests/support/child_conditions.h"
+#include "tests/support/kdb_records.h"
+#include "tests/support/program_runs.h"
+#include "tests/support/test_bundle.h"
+
+namespace orx::test {
+namespace {
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::SizeIs;
+
+class ReplaceRestore : public testing::Test {
+ protected:
+  ReplaceRestore() {
+    writeEchoBundle(directory_.path());
+    createDatabase(database(), 3);
+  }
+
+  // The output without banner and option echoes.
+  ProgramResult restore(std::vector<std::string> words = {"-i", "backup", "-o", "db"},
+                        std::vector<std::string> environment = {}) {
+    auto result = runIn(directory_, "orxrestore", std::move(words), "", {}, std::move(environment));
+    while (result.output.starts_with("IDS_HELLOFN") ||
+           result.output.starts_with("IDS_PROCESSARGS")) {
+      result.output.erase(0, result.output.find('\n') + 1);
+    }
+    return result;
+  }
+
+  void backupIs(const std::string& text) { writeFile(directory_ / "backup", text); }
+  [[nodiscard]] std::string database() const { return directory_.file("db"); }
+  [[nodiscard]] std::vector<Record> records() const {
+    return Opened(database(), kdb::openForReading).all();
+  }
+
+  TempDir directory_;
+};
+
+// Nor does the trace of everything change what it says.
+TEST_F(ReplaceRestore, TellsItsProgressEveryThousandRecordsWhenVerbose) {
+  createDatabase(directory_.file("big"), 2500);
+  backupIs(resourceLines(2500));
+  EXPECT_EQ(restore({"-i", "backup", "-o", "big"}).output,
+            "IDS_MAIN_THIRD(big)\nIDS_MAIN_FIFTH(2500)\nIDS_MAIN_EIGHTH(2500)\n");
+  const auto verbose = restore({"-i", "backup", "-o", "big", "-v"},
+                               {"ORX_TRACE=*=0x59", "ORX_TRACE_FILE=" + directory_.file("trace")});
+  EXPECT_EQ(verbose.output,
+            "IDS_MAIN_THIRD(big)\nIDS_MAIN_FOURTH(1000)\nIDS_MAIN_FOURTH(2000)\n"
+            "IDS_MAIN_FIFTH(2500)\nIDS_MAIN_SEVENTH(1000)\nIDS_MAIN_SEVENTH(2000)\n"
+            "IDS_MAIN_EIGHTH(2500)\n");
+  EXPECT_EQ(verbose.errors, "");
+  EXPECT_THAT(objects(directory_.file("big")), SizeIs(2500));
+  EXPECT_THAT(readFile(directory_ / "trace"),
+              AllOf(HasSubstr(" ORXRESTORE overrideDB:"), HasSubstr(" ORXCCMCI importHndl:")));
+}
+
+TEST_F(ReplaceRestore, AddsARecordForEveryLine) {
+  const std::string line = Line{.object = handleText(4, 1), .recType = 4}.text();
+  const std::pair<std::string, std::size_t> cases[] = {
+      {resourceLines(2, "\r\n"), 2},
+      {line, 1},           // without an end
+      {line + "\n\n", 2},  // an empty line is an all-zero record
+      {"", 0},
+  };
+  for (const auto& [text, count] : cases) {
+    backupIs(text);
+    const auto result = restore();
+    EXPECT_EQ(result.exitCode, exitSuccess) << text;
+    EXPECT_THAT(result.output, HasSubstr("IDS_MAIN_EIGHTH(" + std::to_string(count) + ")"));
+    EXPECT_THAT(records(), SizeIs(count)) << text;
+  }
+}
+
+TEST_F(ReplaceRestore, KeepsPrototypesAloneWithP) {
+  const std::string group = handleText(3, 1);
+  const std::string prototypeGroup = handleText(11, 1);
+  const std::string null = handleText(0, 0);
+  const struct {
+    std::string parent, object;
+    int recType;
+    bool kept;
+  } cases[] = {
+      {group, handleText(4, 1), 9, true},          {group, null, 1, true},
+      {null, handleText(1, 1), 1, false},          {null, handleText(2, 1), 2, true},
+      {group, handleText(4, 2), 4, false},         {prototypeGroup, handleText(4, 3), 4, true},
+      {prototypeGroup, handleText(4, 4), 1, true},
+  };
+  std::vector<std::string> lines;
+  for (const auto& row : cases) {
+    const Line line{.parent = row.parent, .object = row.object, .recType = row.recType};
+    lines.push_back(line.text() + "\n");
+    backupIs(lines.back());
+    EXPECT_EQ(restore({"-i", "backup", "-o", "db", "-p"}).exitCode, exitSuccess);
+    EXPECT_THAT(records(), SizeIs(row.kept ? 1 : 0)) << line.text();
+  }
+  // A record that was left out does not count, not even in the number of one that fails.
+  backupIs(lines[2] + lines[3] + lines[4] + lines[3]);
+  EXPECT_THAT(restore({"-i", "backup", "-o", "db", "-p"}).output,
+              HasSubstr("*Error: Failure adding record 2 to data base"));
+}
+
+TEST_F(ReplaceRestore, ADuplicateKeyEndsItAndKeepsWhatWasAdded) {
+  const std::string line = Line{.object = handleText(4, 7), .recType = 4}.text() + "\n";
+  backupIs(resourceLines(5) + line + line + resourceLines(9));
+  const auto result = restore();
+  EXPECT_EQ(result.exitCode, exitFailed);
+  EXPECT_EQ(result.output,
+            "IDS_MAIN_THIRD(db)\nIDS_MAIN_FIFTH(3)\n"
+            "*Error: Failure adding record 7 to data base, RC=4(Duplicate), RSN=46(Unique)\n");
+  EXPECT_THAT(records(), SizeIs(6));
+  EXPECT_THAT(objects(database() + ".orx-previous"), ElementsAre(1, 2, 3));
+}
+
+const std::string builtInHelp = R"(
+This is a stand-alone program which restores a configuration data base from a backup file.
+This program is invoked from a command-line prompt using the following syntax;
+orxrestore -i <backup-file-name> -o <database-name> -v
+     where '<backup-file-name>' is the name of the backup file which is to be read
+           '<database-name>' is the name of the configuration database into which
+                             the data in '<backup-file-name>' is restored.
+           -v verbose mode, periodically prints number of records deleted and copied.
+           -p prototypes only are restored.
+e.g. orxrestore -i c:\DBBackup\RORXbackup.txt -o rorxdata
+)"
+                                " \n"
+                                R"(Note - all previously existing records in this file are
+       deleted prior to the restore.
+orxrestore must be issued from the same directory as the database being restored.
+Ensure that the TDV is stopped before running this program
+)";
+
+TEST(OrxRestore, WithoutBundlePrintsTheBuiltInHelpAlone) {
+  const TempDir directory;
+  const auto run = [&](const std::vector<std::string>& arguments) {
+    return runIn(directory, "orxrestore", arguments, "", {}, {"LC_ALL=C"});
+  };
+  for (const auto& arguments :
+       std::vector<std::vector<std::string>>{{}, {"-x"}, {"-o", "db", "word"}}) {
+    const auto result = run(arguments);
+    EXPECT_EQ(result.exitCode, exitUsage);
+    EXPECT_EQ(result.output, builtInHelp);
+  }
+  const auto refused = run({"-if", "-oa/b"});
+  EXPECT_EQ(refused.exitCode, exitNameHasPath);
+  EXPECT_EQ(refused.output, "");
+}
+
+// A trace file stands for any file that the run opens: without care it would get number 1 here,
+// and everything printed would go into it.
+TEST(OrxRestore, NothingIsPrintedIntoAFileWhenStandardOutputIsClosed) {
+  const TempDir directory;
+  writeShippedBundle(directory.path());
+  const auto result =
+      runIn(directory, "orxrestore", std::vector<std::string>(1000, "-v"), "", closedOutput,
+            {"ORX_TRACE=main=0x40", "ORX_TRACE_FILE=" + directory.file("trace")});
+  EXPECT_EQ(result.exitCode, exitUsage);
+  const std::string trace = readFile(directory / "trace");
+  EXPECT_NE(trace.find("ORXRESTORE main"), std::string::npos) << trace;
+  EXPECT_EQ(std::ranges::count(trace, '\n'), 2) << trace;
+}
+
+}  // namespace
+}  // namespace orx::test
