@@ -7,6 +7,7 @@
 #include <sys/xattr.h>
 
 #include <cerrno>
+#include <functional>
 #include <random>
 
 #include "platform/file.h"
@@ -364,6 +365,40 @@ TEST_F(Kdb, SortedRunsMergeOnAllLevelsAndFindRepeatedKeys) {
                 std::equal(wanted.begin(), wanted.end(), bytes));
   }
   EXPECT_EQ(runs->next(key, bytes), endOfData);
+}
+
+// In memory, in the file, and on both sides of the limit between them.
+TEST_F(Kdb, AddedAndSortedRecordsComeBackTogetherHoweverManyThereAre) {
+  using namespace kdb;
+  constexpr std::uint32_t runRecords = 10;
+  for (std::uint32_t added = 0; added <= 2 * runRecords + 1; ++added) {
+    for (std::uint32_t sorted = 0; sorted <= 2 * runRecords + 1; ++sorted) {
+      std::unique_ptr<SortedRuns> runs;
+      ASSERT_EQ(SortedRuns::create(scratch_.path().string(), runs, runRecords), 0);
+      const auto put = [&](std::uint32_t object, auto call) {
+        const test::Record record = test::makeRecord(object, 0, 1);
+        return std::invoke(call, *runs, Key::ofRecord(record.data()), record.data());
+      };
+      for (std::uint32_t i = added; i > 0; --i) {
+        ASSERT_EQ(put(2 * i, &SortedRuns::add), succeeded);
+        ASSERT_EQ(put(2 * i, &SortedRuns::add), duplicateKey);
+      }
+      for (std::uint32_t i = 0; i < sorted; ++i) {
+        ASSERT_EQ(put(2 * i + 1, &SortedRuns::appendSorted), succeeded);
+      }
+      ASSERT_EQ(runs->startReading(), succeeded);
+      Key key;
+      Key before;
+      const std::uint8_t* bytes = nullptr;
+      std::uint32_t count = 0;
+      for (; runs->next(key, bytes).ok(); before = key, ++count) {
+        ASSERT_TRUE(count == 0 || before < key);
+        ASSERT_TRUE(key == Key::ofRecord(bytes));
+      }
+      EXPECT_EQ(count, added + sorted);
+      EXPECT_EQ(runs->next(key, bytes), endOfData);
+    }
+  }
 }
 
 // As after a failure elsewhere: whoever gets the file must not close it under the writing thread.

@@ -43,14 +43,16 @@ int SortedRuns::create(const std::string& directory, std::unique_ptr<SortedRuns>
 }
 
 Outcome SortedRuns::add(const Key& key, const std::uint8_t* record) {
-  if (filter_.add(key)) {
+  if (hasRuns_ && filter_.add(key)) {
     if (const Outcome outcome = finishWriting(); !outcome.ok()) return outcome;
     if (const Outcome outcome = search(key); outcome != recordNotFound) {
       return outcome.ok() ? duplicateKey : outcome;
     }
   }
   if (!buffer_.add(key, record)) return duplicateKey;
-  return buffer_.isFull() ? startWriting() : succeeded;
+  if (!buffer_.isFull()) return succeeded;
+  if (!hasRuns_) rememberKeys();
+  return startWriting();
 }
 
 // Where no thread can be had the buffer is written at once.
@@ -63,6 +65,14 @@ Outcome SortedRuns::startWriting() {
     return writeFull();
   }
   return succeeded;
+}
+
+// A buffer that never gets full needs no filter: it finds its keys itself.
+void SortedRuns::rememberKeys() {
+  for (std::size_t i = 0; i < buffer_.count(); ++i) {
+    (void)filter_.add(Key::stored(buffer_.at(i)));
+  }
+  hasRuns_ = true;
 }
 
 Outcome SortedRuns::finishWriting() {
@@ -90,7 +100,11 @@ Outcome SortedRuns::writeFull() {
 }
 
 Outcome SortedRuns::appendSorted(const Key& key, const std::uint8_t* record) {
+  if (isInMemory() && !buffer_.isFull()) {
+    return buffer_.add(key, record) ? succeeded : duplicateKey;
+  }
   if (sorted_.count == 0) {
+    hasRuns_ = true;
     if (const Outcome outcome = writeRest(); !outcome.ok()) return outcome;
     sorted_.first = written_;
   }
@@ -176,6 +190,10 @@ Outcome SortedRuns::searchRun(const Run& run, const Key& key) {
 }
 
 Outcome SortedRuns::startReading() {
+  if (isInMemory()) {
+    buffer_.sort();
+    return succeeded;
+  }
   const Outcome written = sorted_.count > 0 ? finish(sorted_) : writeRest();
   if (!written.ok()) return written;
   buffer_.release();
@@ -200,6 +218,19 @@ bool SortedRuns::fill(Batch& batch) {
 }
 
 Outcome SortedRuns::next(Key& key, const std::uint8_t*& record) {
+  return isInMemory() ? nextInMemory(key, record) : nextOfRuns(key, record);
+}
+
+Outcome SortedRuns::nextInMemory(Key& key, const std::uint8_t*& record) {
+  if (at_ == buffer_.count()) return endOfData;
+  buffer_.prefetch(at_ + entriesAhead);
+  const std::uint8_t* entry = buffer_.at(at_++);
+  key = Key::stored(entry);
+  record = entry + keySize;
+  return succeeded;
+}
+
+Outcome SortedRuns::nextOfRuns(Key& key, const std::uint8_t*& record) {
   while (at_ == batch_.entries.size()) {
     if (!batch_.outcome.ok()) return batch_.outcome;
     at_ = 0;

@@ -2,7 +2,7 @@
 //
 // The engine takes records out of order more than ten times as slowly as it appends them. So they
 // gather here in a buffer; a full buffer is sorted and becomes a run in a file without a name, many
-// runs are merged into one, and in the end all that are left.
+// runs are merged into one, and in the end all that are left. What fits into one buffer stays there.
 //
 //   SortedRuns::create(directory, runs); runs->add(key, record); ...;
 //   runs->appendSorted(key, record); ...;   // where there are records in order as well
@@ -66,6 +66,7 @@ class SortedRuns {
   };
 
   SortedRuns(UniqueFd file, std::size_t runRecords);
+  void rememberKeys();
   [[nodiscard]] Outcome startWriting();
   [[nodiscard]] Outcome finishWriting();
   [[nodiscard]] Outcome writeRest();
@@ -78,11 +79,16 @@ class SortedRuns {
   [[nodiscard]] Outcome mergeLevel(unsigned level);
   [[nodiscard]] Outcome search(const Key& key);
   [[nodiscard]] Outcome searchRun(const Run& run, const Key& key);
+  // Fewer records than a buffer takes never see the file.
+  [[nodiscard]] bool isInMemory() const { return !hasRuns_; }
+  [[nodiscard]] Outcome nextInMemory(Key& key, const std::uint8_t*& record);
+  [[nodiscard]] Outcome nextOfRuns(Key& key, const std::uint8_t*& record);
   bool fill(Batch& batch);
 
   UniqueFd file_;
   RecordBuffer buffer_;
-  KeyFilter filter_;                 // of all keys that were added
+  bool hasRuns_ = false;
+  KeyFilter filter_;                 // of all keys that were added, once there are runs
   std::vector<std::uint8_t> block_;  // that was searched last
 
   // All these belong to the writing while there is one.
@@ -95,7 +101,7 @@ class SortedRuns {
   Run sorted_;  // of appendSorted
   RunMerge reading_;
   Batch batch_;
-  std::size_t at_ = 0;  // the entry that next() gives
+  std::size_t at_ = 0;  // what next() gives: a byte of the batch, or an index of the buffer
   std::optional<ReadAhead<Batch>> ahead_;
   std::future<Outcome> writing_;  // the last member: its end is waited for before others go
 };

@@ -15,7 +15,7 @@ namespace orx::kdb {
 namespace {
 
 // Records out of order go straight into the engine's file while they are few beside the others.
-constexpr std::uint64_t fewInsertions = 1000;
+constexpr std::uint64_t fewInsertions = 100;
 constexpr std::uint64_t appendsPerInsertion = 32;
 
 // The process' mask may have taken away what the engine needs to open the file.
