@@ -216,6 +216,9 @@ TEST_F(OrxKdb, CreatesADatabaseWithItsMessages) {
     EXPECT_EQ(std::filesystem::file_size(path), file.bytes.size());
   }
   EXPECT_EQ(run({"dump", "sub/db"}).output, emptyDump);
+}
+
+TEST_F(OrxKdb, TellsItsVersionAndThoseOfItsParts) {
   EXPECT_THAT(run({"--version"}).output, ContainsRegex("^orxkdb [0-9.]+\nLMDB .*\nICU [0-9.]+\n$"));
 }
 
@@ -319,27 +322,18 @@ TEST_F(OrxKdb, NamesStayOnTheirLineAndInTheirWord) {
   const auto undone = run({"undo", name});
   EXPECT_THAT(undone.output, testing::StartsWith(shown + ": back to its previous generation; "));
   EXPECT_THAT(undone.output, HasSubstr("\"orxkdb undo " + word + "\" takes"));
-  const std::vector<std::string> commands[] = {
-      {"undo", name},
-      {"create", name},
-      {"dump", name, name + ".dump"},
-      {"backup", name, "b" + name},
-      {"load", name + "2", name + ".dump"},
-      {"check", text},
-      {"check", name},
-      {"diff", name, text},
-      {"plan", name, text},
-      {"stat", name + "3"},
-      {"explain", "--line", text + ":1"},
-      {"explain", name, "9:9"},
-      {"report", name, "--html", name + ".html"},
-      {"messages", name},
-      {name},
-  };
-  for (const auto& arguments : commands) {
-    const auto result = run(arguments);
-    EXPECT_THAT(result.output + result.errors, HasSubstr("d?[2J?b")) << arguments[0];
-    EXPECT_EQ((result.output + result.errors).find('\033'), std::string::npos) << arguments[0];
+  // Where "@" stands for the name.
+  for (const char* const command :
+       {"undo @", "create @", "dump @ @.dump", "backup @ b@", "load @2 @.dump", "check @.txt",
+        "check @", "diff @ @.txt", "plan @ @.txt", "stat @3", "explain @ 9:9", "messages @", "@",
+        "explain --line @.txt:1", "report @ --html @.html"}) {
+    std::vector<std::string> words = test::wordsOf(command);
+    for (std::string& word : words) {
+      if (const auto at = word.find('@'); at != std::string::npos) word.replace(at, 1, name);
+    }
+    const auto result = run(words);
+    EXPECT_THAT(result.output + result.errors, HasSubstr("d?[2J?b")) << command;
+    EXPECT_EQ((result.output + result.errors).find('\033'), std::string::npos) << command;
   }
 }
 

@@ -56,7 +56,8 @@ void collectPaths(const Json& json, const std::string& path, Paths& paths) {
   if (!path.empty() && !json.is_null()) paths[path].insert(json.type_name());
   if (!json.is_structured()) return;
   for (const auto& [name, value] : json.items()) {
-    collectPaths(value, json.is_array() ? path + "[]" : path + "." + name, paths);
+    const std::string step = json.is_array() ? "[]" : "." + name;
+    collectPaths(value, path + step, paths);
   }
 }
 

@@ -140,7 +140,7 @@ test::ProgramResult runWithoutAllocation(const Scene& scene, const std::filesyst
   test::Program program = scene.program(directory).program;
   program.environment = {"LC_ALL=C",
                          "ASAN_OPTIONS=verify_asan_link_order=0:alloc_dealloc_mismatch=0",
-                         "LD_PRELOAD=" ORX_ALLOCATION_SHIM,
+                         std::string("LD_PRELOAD=") + ORX_ALLOCATION_SHIM,
                          "ORX_FAULT_AT=" + std::to_string(number), "ORX_FAULT_COUNT=" + count};
   return test::runProgram(program);
 }

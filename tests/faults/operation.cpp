@@ -250,7 +250,7 @@ std::string Scene::faultInNextRun(const fs::path& directory, bool isNew, bool un
   }
   for (const char* const suffix : {successorSuffix, replacedSuffix}) {
     const std::string name = operation_.target + suffix;
-    if (!undoes && fs::exists(directory / name)) return command + " leaves " + name + "; ";
+    if (!undoes && fs::exists(directory / name)) return command + " leaves " + name;
   }
   return "";
 }
