@@ -158,10 +158,10 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
 
 TEST_F(Hints, NameAFullDiskWhoHoldsTheDatabaseAndMissingMessages) {
   EXPECT_EQ(run("orxrestore -i backup -o db").errors, "");
-  writeFile(directory_ / "backup", resourceLines(30000));
+  writeFile(directory_ / "backup", resourceLines(45000));
   const std::string db = readFile(directory_ / "db");
   const auto names = directory_.names();
-  for (const char* lines : {"500", "30000"}) {  // the last of them, or one on the way
+  for (const char* lines : {"500", "45000"}) {  // the last of them, or one on the way
     const auto full = run("head -n " + std::string(lines) +
                           " backup > part; (ulimit -f 64; orxrestore -i part -o db); rm part");
     expectMatch(full.errors,
