@@ -1,6 +1,6 @@
 #include "model/written_text.h"
 
-#include <algorithm>
+#include <array>
 #include <charconv>
 #include <climits>
 #include <cstdint>
@@ -20,6 +20,13 @@ struct WrittenAttribute {
   std::size_t size = 0;  // that its getCharAttributeSize() would tell
 };
 
+// Bytes that end a value, or make it another when it is read.
+constexpr auto isSpecial = [] {
+  std::array<bool, 256> special{};
+  for (const char c : {';', '>', '\t', '\0'}) special[static_cast<unsigned char>(c)] = true;
+  return special;
+}();
+
 // Takes a number and its ";" off the front of a text.
 bool takeNumber(std::string_view& text, int highest, int& number) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -33,9 +40,8 @@ bool takeNumber(std::string_view& text, int highest, int& number) {
 // Takes a value and its ";"; false for a value that is empty or holds what is written otherwise
 // than it is read.
 bool takeValue(std::string_view& text) {
-  const auto isSpecial = [](char c) { return c == ';' || c == '>' || c == '\t' || c == '\0'; };
-  const auto length =
-      static_cast<std::size_t>(std::ranges::find_if(text, isSpecial) - text.begin());
+  std::size_t length = 0;
+  while (length < text.size() && !isSpecial[static_cast<unsigned char>(text[length])]) ++length;
   if (length == 0 || length == text.size() || text[length] != ';') return false;
   if (text[length - 1] == ' ') return false;
   text.remove_prefix(length + 1);  // a doubled ";" makes the next value empty

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "model/attribute_set.h"
+#include "model/written_text.h"
 #include "orxkdb/check/system_check.h"
 #include "orxkdb/words/attribute_label.h"
 #include "orxkdb/words/head_fields.h"
@@ -144,8 +145,19 @@ void ObjectChecker::addModelReference(std::uint32_t source) {
       {model, source, counts ? ReferenceFrom::countedModel : ReferenceFrom::model});
 }
 
+// Most texts are as a set writes them, and hold nothing that others refer to: nothing can be wrong
+// with them, and a look at their bytes tells.
+bool ObjectChecker::textIsPlain() const {
+  bool isPlain = true;
+  const auto size = sizeOfWrittenText(text_, [&](int key) {
+    isPlain = isPlain && key != known_attribute::useCount && !isHandleAttribute(key);
+  });
+  return size && isPlain;
+}
+
 ObjectChecker::Noted ObjectChecker::checkText(std::uint32_t source) {
   Noted noted;
+  if (textIsPlain()) return noted;
   ScannedAttribute attribute;
   AttributeScanner scanner(text_);
   keys_.clear();

@@ -45,6 +45,7 @@ class ObjectChecker {
   void checkRecordType();
   void checkShared(const DataBuffer& record, std::uint64_t line);
   void addModelReference(std::uint32_t source);
+  [[nodiscard]] bool textIsPlain() const;
   Noted checkText(std::uint32_t source);
   void checkAttribute(const ScannedAttribute& attribute);
   void note(const ScannedAttribute& attribute, std::uint32_t source, Noted& noted);
