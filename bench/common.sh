@@ -9,7 +9,7 @@
 measured() {
   local cell=$1 status=0
   shift
-  sync -f .
+  sync -f . || exit 1
   # shellcheck disable=SC2086  # options are words
   measure ${measure_options-} result "$@" >/dev/null 2>measured.errors || status=$?
   [ "$status" -ne 124 ] || return 124
@@ -18,7 +18,7 @@ measured() {
     cat measured.errors >&2
     exit 1
   }
-  cat result >>"$cell.times"
+  cat result >>"$cell.times" || exit 1
 }
 median() { cut -d' ' -f1 "$1.times" | sort -n | awk '{v[NR] = $1} END {print v[int((NR + 1) / 2)]}'; }
 peak_mb() { cut -d' ' -f2 "$1.times" | sort -n | tail -n 1 | awk '{printf "%.1f", $1 / 1024}'; }
@@ -51,9 +51,9 @@ use_results() {
   results=$(realpath "$1")
 }
 
-# A scratch directory on the disk that is to be measured, removed at the end.
+# A scratch directory in $BENCH_DIR, on the disk that is to be measured, removed at the end.
 enter_scratch() {
-  work=$(mktemp -d "${BENCH_DIR:-$PWD/build}/bench.XXXXXX")
+  work=$(realpath "$(mktemp -d "${BENCH_DIR:-$PWD/build}/bench.XXXXXX")")
   trap 'rm -rf "$work"' EXIT
   cd "$work" || exit
 }
@@ -75,6 +75,12 @@ json_fields() {
     separator=', '
     shift 2
   done
+}
+
+# keep_ratio CELL PEER RATIO GOAL TOLD
+keep_ratio() {
+  json_fields cell "$1" peer "$2" ratio "$3" goal "$4" told "$5" >>"$work/ratios"
+  echo >>"$work/ratios"
 }
 
 # keep_cell CELL NAME VALUE...: every run of the cell, and what tells it from others. A cell without
@@ -106,6 +112,11 @@ write_results() {
     echo "{"
     echo "  $(json_fields "$@"),"
     echo "  \"machine\": {$(machine_facts)},"
+    [ ! -s "$work/ratios" ] || {
+      echo "  \"ratios\": ["
+      sed 's/.*/    {&},/; $s/,$//' "$work/ratios"
+      echo "  ],"
+    }
     echo "  \"cells\": ["
     sed 's/.*/    {&},/; $s/,$//' "$work/cells"
     echo "  ]"

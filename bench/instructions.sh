@@ -21,11 +21,12 @@ expected=$PWD/bench/expected.json
 enter_scratch
 
 orxkdb sample --objects 10000 --seed 5 >key.txt
-orxkdb sample --objects 10000 --seed 5 --order random >random.txt
+orxkdb sample --objects 30000 --seed 5 --order random >random.txt # more than stay in memory
 orxkdb sample --objects 10000 --seed 6 >other.txt
 records=$(wc -l <key.txt)
 orxkdb create db >/dev/null
 orxrestore -i key.txt -o db >/dev/null
+orxkdb create random >/dev/null
 orxkdb dump db db.dump >/dev/null
 
 # count OPERATION COMMAND...: a line '  "OPERATION": INSTRUCTIONS PER RECORD,' for `counts`.
@@ -41,7 +42,7 @@ count() {
 }
 
 count "restore in key order" orxrestore -i key.txt -o db
-count "restore in random order" orxrestore -i random.txt -o db
+records=$(wc -l <random.txt) count "restore in random order" orxrestore -i random.txt -o random
 count "rebuild of use counts" orxrestore -u db
 cp db old
 count "merge" orxrestore -i other.txt -m db

@@ -25,6 +25,10 @@ orx_micro --benchmark_filter="^copyLine$|$filter" --benchmark_min_time="$seconds
   exit 1
 }
 rm "$results/micro.log"
+! grep -q '"error_occurred": true' "$results/micro.json" || {
+  grep -B 5 '"error_message"' "$results/micro.json" >&2
+  exit 1
+}
 # The results tell nothing of the machine but what the figures depend on.
 sed -i '/^ *"\(host_name\|executable\)":/d' "$results/micro.json"
 

@@ -34,6 +34,7 @@ enter_scratch
 all_peers=(db5.3_load mdb_load sqlite3 tkrzw)
 declare -A input=([orxrestore]=lines.txt [dd]=db
   [db5.3_load]=dump.txt [mdb_load]=mdb.txt [sqlite3]=sql.txt [tkrzw]=records.flat)
+goals=()
 declare -A over # "PEER ORDER": it took longer than the limit
 
 # The entries of a dump in another order, two lines each; sorted by numbers in front of them, on
@@ -41,7 +42,7 @@ declare -A over # "PEER ORDER": it took longer than the limit
 shuffle_entries() {
   sed -n 1,4p "$1"
   sed '1,4d; $d' "$1" | paste -d' ' - - | perl -ne 'BEGIN { srand 1 } printf "%.12f%s", rand, $_' |
-    LC_ALL=C sort -k 1,1 | awk '{ print " " $2; print " " $3 }'
+    LC_ALL=C sort -T . -k 1,1 | awk '{ print " " $2; print " " $3 }'
   echo DATA=END
 }
 # One transaction. sqlite3 makes its own commit durable.
@@ -84,7 +85,7 @@ run_program() {
     dd) measured "$cell" dd if=db of=dd.out bs=1M conv=fsync ;;
     db5.3_load) measured "$cell" db5.3_load -f dump.txt db5.3_load.out ;;
     mdb_load) measured "$cell" mdb_load -n -f mdb.txt mdb_load.out ;;
-    sqlite3) measured "$cell" sqlite3 sqlite3.out ".read sql.txt" ;;
+    sqlite3) measured "$cell" sqlite3 -batch -bail -init /dev/null sqlite3.out ".read sql.txt" ;;
     tkrzw)
       measure_options="${measure_options-} --sync tkrzw.out"
       measured "$cell" tkrzw_dbm_util import --dbm tree tkrzw.out records.flat
@@ -104,11 +105,17 @@ records_in() {
   esac
 }
 
-# turn NAME: one run of a program; a result that is not whole ends the bench.
+# turn NAME: one run of a program; a result that is not whole ends the bench. 124 when it took longer
+# than the limit.
 turn() {
-  local found
-  cat "${input[$1]}" >/dev/null
+  local found before
+  cat "${input[$1]}" >/dev/null || exit 1
+  before=$(stat -c %i db)
   run_program "$1" || return
+  [ "$1" != orxrestore ] || [ "$(stat -c %i db)" != "$before" ] || {
+    echo "the restore replaced nothing" >&2
+    exit 1
+  }
   found=$(records_in "$1") || true
   [ "$found" = "$size" ] || {
     echo "$1 made ${found:-no} records of $size" >&2
@@ -119,8 +126,14 @@ turn() {
 
 peer_turn() { # NAME
   [ -z "${over[$1 $order]-}" ] || return 0
-  measure_options="--limit $peer_limit" turn "$1" || over[$1 $order]=yes
+  local status=0
+  measure_options="--limit $peer_limit" turn "$1" || status=$?
   rm -f "$1".out*
+  case $status in
+    0) ;;
+    124) over[$1 $order]=yes ;;
+    *) exit 1 ;;
+  esac
 }
 
 # How many times as slow a peer is.
@@ -138,6 +151,26 @@ print_row() {
     "$(peak_mb orxrestore)" "$(median dd)" "$(ratio orxrestore dd)"
   for peer in "${peers[@]}"; do printf '%11s' "$(times_as_slow "$peer")"; done
   echo
+}
+
+# goal WHAT RATIO GOAL: the goal is the greatest ratio that is wanted.
+goal() {
+  local told=met
+  awk -v ratio="$2" -v goal="$3" 'BEGIN { exit ratio <= goal }' && told=missed
+  goals+=("$1: $2 (goal $3: $told)")
+  keep_ratio "$size $order: $1" "" "$2" "$3" "$told"
+}
+take_goals() {
+  local peer slow limit
+  if [ "$size" -eq 1000000 ]; then
+    if [ "$order" = key ]; then limit=2.0; else limit=4.5; fi
+    goal "1000000 $order, time to dd" "$(ratio orxrestore dd)" "$limit"
+  fi
+  goal "$size $order, MB of private memory" "$(peak_mb orxrestore)" 32
+  for peer in "${peers[@]}"; do
+    slow=$(times_as_slow "$peer")
+    goal "$size $order, time to $peer" "$(awk -v slow="${slow#>}" 'BEGIN { printf "%.2f", 1 / slow }')" 1
+  done
 }
 
 keep_cells() {
@@ -158,15 +191,22 @@ for size in $sizes; do
     peers=()
     [ "$size" -gt "$peers_up_to" ] || peers=("${all_peers[@]}")
     make_inputs "$size" "$order"
-    for _ in $(seq "$runs"); do
-      turn orxrestore
-      turn dd
-      for peer in "${peers[@]}"; do peer_turn "$peer"; done
+    programs=(orxrestore dd "${peers[@]}")
+    for number in $(seq "$runs"); do # each program comes behind each other
+      for i in "${!programs[@]}"; do
+        program=${programs[$(((i + number) % ${#programs[@]}))]}
+        case $program in
+          orxrestore | dd) turn "$program" ;;
+          *) peer_turn "$program" ;;
+        esac
+      done
     done
     print_row
+    take_goals
     keep_cells
   done
 done
+printf '%s\n' "${goals[@]}"
 write_results "$results/restore.json" bench restore runs "$runs" peer_limit "$peer_limit"
 "$picture" "$results/restore.json" >"$results/restore.svg"
 echo "times of every run in $results/restore.json, a picture in restore.svg beside it"

@@ -34,7 +34,7 @@ declare -A orxkdb_may_use=(
   [sample]="sample $shared"
   [stat]="stat $shared"
 )
-orxkdb_files="command.h exit_codes.h known_attributes.h result.h standard_stream.h"
+orxkdb_files="command.h exit_codes.h result.h standard_stream.h"
 
 faults=0
 fault() {

@@ -38,8 +38,7 @@ constexpr std::array sentences{
              "make the directory, or check the name"},
     Sentence{Situation::notADatabase, "this is no database", "check the name"},
     Sentence{Situation::damaged, "the database is damaged",
-             "see what can be read with \"orxkdb stat {db}\", then move it away and restore its "
-             "backup into a new one"},
+             "move it away and restore its backup into a new one"},
     Sentence{Situation::inUse, "the database is open in another program",
              "wait until that program has ended; \"fuser -v {db}\" tells which it is"},
     Sentence{Situation::lostName, "the database was moved, removed or replaced by somebody else",

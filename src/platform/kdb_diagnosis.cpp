@@ -37,6 +37,7 @@ Situation situationOf(const std::string& name, Reason reason, Phase phase) {
     case Reason::length:
       return Situation::nameTooLong;
     case Reason::arguments:
+      if (!isBeforeUse(phase)) return Situation::refused;
       return name.empty() ? Situation::nameEmpty : Situation::nameOfAnother;
     case Reason::endOfFile:
       return Situation::noRecords;

@@ -73,7 +73,11 @@ bool MergeRun::nextObject(MergedObject& object) {
   if (queue_.empty()) return trace.exit(false);
   takeFromQueue(object);
   object.head = big_.data;
-  if (!keepText(object.text)) rewriteText(object.text);
+  if (const auto size = keptSize()) {
+    keepText(*size, object.text);
+  } else {
+    rewriteText(object.text);
+  }
   observer_.mergedObject(object.head, object.text);
   return trace.exit(true);
 }
@@ -111,17 +115,20 @@ void MergeRun::takeFromQueue(MergedObject& object) {
 }
 
 // Most texts come back from the attribute set as they were and hold no handle: they need not be
-// read, which takes three times as long as all else that is done for an object.
-bool MergeRun::keepText(std::string& text) {
-  if (traceIsOpen()) return false;  // it shows the reading
+// read, which takes three times as long as all else that is done for an object. The size that such
+// a text gets; none for any other.
+std::optional<std::size_t> MergeRun::keptSize() const {
+  if (traceIsOpen()) return std::nullopt;  // it shows the reading
   bool holdsHandles = false;
   const auto size = sizeOfWrittenText(
       big_.attributeText, [&](int key) { holdsHandles = holdsHandles || isHandleAttribute(key); });
-  if (!size || holdsHandles) return false;
+  return holdsHandles ? std::nullopt : size;
+}
+
+void MergeRun::keepText(std::size_t size, std::string& text) {
   searchInVain(observer_);
   text = big_.attributeText;
-  text.resize(*size);
-  return true;
+  text.resize(size);
 }
 
 void MergeRun::rewriteText(std::string& text) {

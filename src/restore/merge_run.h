@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -62,7 +63,8 @@ class MergeRun {
   void fillQueue();
   void takeFromQueue(MergedObject& object);
   [[nodiscard]] bool follows(std::size_t a, std::size_t b) const;
-  [[nodiscard]] bool keepText(std::string& text);
+  [[nodiscard]] std::optional<std::size_t> keptSize() const;
+  void keepText(std::size_t size, std::string& text);
   void rewriteText(std::string& text);
   void readAttributes(const std::string& text);
 
@@ -73,7 +75,7 @@ class MergeRun {
   RecordLists lists_;
   std::vector<std::size_t> queue_;  // lists that are not empty, as a heap: the next one in front
   BigDataRecord big_;
-  CMAttributeSet attributes_;  // of the object taken last
+  CMAttributeSet attributes_;  // of the last text that was read, kept for its memory
 };
 
 }  // namespace orx

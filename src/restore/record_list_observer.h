@@ -16,8 +16,8 @@ class RecordListObserver {
   virtual ~RecordListObserver() = default;
 
   // A list, by number, and how many records it holds: before it is sorted, and then after.
-  virtual void sortingList(std::size_t, std::size_t) {}
-  virtual void sortedList(std::size_t) {}
+  virtual void sortingList(std::size_t /*number*/, std::size_t /*records*/) {}
+  virtual void sortedList(std::size_t /*number*/) {}
   // A record that is taken off a list as a part of an object.
   virtual void takenRecord(const DataBuffer&) {}
 };

@@ -58,6 +58,7 @@ Outcome SortedRuns::add(const Key& key, const std::uint8_t* record) {
 // Where no thread can be had the buffer is written at once.
 Outcome SortedRuns::startWriting() {
   if (const Outcome outcome = finishWriting(); !outcome.ok()) return outcome;
+  hasRuns_ = true;
   std::swap(buffer_, full_);
   try {
     writing_ = std::async(std::launch::async, [this] { return writeFull(); });
@@ -72,7 +73,6 @@ void SortedRuns::rememberKeys() {
   for (std::size_t i = 0; i < buffer_.count(); ++i) {
     (void)filter_.add(Key::stored(buffer_.at(i)));
   }
-  hasRuns_ = true;
 }
 
 Outcome SortedRuns::finishWriting() {
@@ -104,7 +104,6 @@ Outcome SortedRuns::appendSorted(const Key& key, const std::uint8_t* record) {
     return buffer_.add(key, record) ? succeeded : duplicateKey;
   }
   if (sorted_.count == 0) {
-    hasRuns_ = true;
     if (const Outcome outcome = writeRest(); !outcome.ok()) return outcome;
     sorted_.first = written_;
   }

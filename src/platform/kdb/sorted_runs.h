@@ -2,7 +2,7 @@
 //
 // The engine takes records out of order more than ten times as slowly as it appends them. So they
 // gather here in a buffer; a full buffer is sorted and becomes a run in a file without a name, many
-// runs are merged into one, and in the end all that are left. What fits into one buffer stays there.
+// runs are merged into one, and in the end all that are left. Fewer than fill a buffer stay there.
 //
 //   SortedRuns::create(directory, runs); runs->add(key, record); ...;
 //   runs->appendSorted(key, record); ...;   // where there are records in order as well
@@ -47,8 +47,7 @@ class SortedRuns {
   // may be told at a later record than the one that was to be written.
   [[nodiscard]] Outcome add(const Key& key, const std::uint8_t* record);
 
-  // Takes records in key order, none of which was added before; together they become one run. No
-  // add() may follow.
+  // Takes records in key order, none of which was added before. No add() may follow.
   [[nodiscard]] Outcome appendSorted(const Key& key, const std::uint8_t* record);
 
   // Ends the adding.
@@ -79,7 +78,6 @@ class SortedRuns {
   [[nodiscard]] Outcome mergeLevel(unsigned level);
   [[nodiscard]] Outcome search(const Key& key);
   [[nodiscard]] Outcome searchRun(const Run& run, const Key& key);
-  // Fewer records than a buffer takes never see the file.
   [[nodiscard]] bool isInMemory() const { return !hasRuns_; }
   [[nodiscard]] Outcome nextInMemory(Key& key, const std::uint8_t*& record);
   [[nodiscard]] Outcome nextOfRuns(Key& key, const std::uint8_t*& record);
@@ -88,7 +86,7 @@ class SortedRuns {
   UniqueFd file_;
   RecordBuffer buffer_;
   bool hasRuns_ = false;
-  KeyFilter filter_;                 // of all keys that were added, once there are runs
+  KeyFilter filter_;                 // of all keys, once add() has filled a buffer
   std::vector<std::uint8_t> block_;  // that was searched last
 
   // All these belong to the writing while there is one.
