@@ -47,8 +47,6 @@ void BackupReader::close() {
   file_.reset();
   opened_.reset();
   ended_ = false;
-  atLineStart_ = true;
-  lineNumber_ = 0;
   begin_ = end_ = 0;
 }
 
@@ -95,7 +93,6 @@ ReadOutcome BackupReader::nextText(std::string_view& text) {
     return ReadOutcome::end;
   }
   begin_ += length;
-  countLine(piece);
   text = restoredText(piece);
   return ReadOutcome::line;
 }
@@ -129,11 +126,6 @@ void BackupReader::fill() {
     ended_ = true;
     if (count < 0) errorNumber_ = errno;
   }
-}
-
-void BackupReader::countLine(std::string_view piece) {
-  if (atLineStart_) ++lineNumber_;
-  atLineStart_ = piece.ends_with('\n');
 }
 
 }  // namespace orx

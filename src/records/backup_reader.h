@@ -53,9 +53,6 @@ class BackupReader {
   ReadOutcome next(CMDatabaseBackupRecord& record);
   ReadOutcome next(BackupLine& line);
 
-  // The number, from 1 on, of the line in the file that the last result came from; the pieces of a
-  // long line share one. 0 before the first.
-  [[nodiscard]] std::uint64_t lineNumber() const { return lineNumber_; }
   // The errno value of the open or read that failed since the last open(), else 0.
   [[nodiscard]] int errorNumber() const { return errorNumber_; }
 
@@ -63,15 +60,12 @@ class BackupReader {
   ReadOutcome nextText(std::string_view& text);
   std::size_t pieceLength();
   void fill();
-  void countLine(std::string_view piece);
 
   UniqueFd file_;
   int errorNumber_ = 0;
   std::optional<FileState> opened_;  // the file when it was opened
   bool ended_ = false;               // no more bytes come from the file
-  bool atLineStart_ = true;          // the next piece begins a line of the file
-  std::uint64_t lineNumber_ = 0;
-  std::vector<char> buffer_;  // bytes begin_ to end_ are unread
+  std::vector<char> buffer_;         // bytes begin_ to end_ are unread
   std::size_t begin_ = 0;
   std::size_t end_ = 0;
 };
