@@ -42,7 +42,6 @@ constexpr std::array meanings{
     FailureMeaning{Situation::noPermission,
                    "no permission to change {DB} and its directory; run this as their owner",
                    "ls -ld . {db}"},
-    FailureMeaning{Situation::obstacle, "a file keeps {DB} from being changed", "ls -ld {db}*"},
     FailureMeaning{
         Situation::nameTaken,
         "another file stands in the place of {PREVIOUS} or of the next database, {DB}.orx-new; "

@@ -18,11 +18,14 @@ using kdb::Situation;
 
 // In `next`, {db} stands for the database as a word of a command, {previous} for its previous
 // generation, {dir} for its directory.
-struct Sentence {
-  Situation situation = Situation::refused;
+struct Words {
   const char* what = "";
   const char* next = "";
   bool tellsState = false;  // what became of the database follows
+};
+struct Sentence {
+  Situation situation;
+  Words words;
 };
 
 constexpr std::array sentences{
@@ -45,8 +48,6 @@ constexpr std::array sentences{
              "look for it with \"ls -l {db}*\"", true},
     Sentence{Situation::noPermission, "no permission for the database or its directory",
              "run this as their owner; \"ls -ld {dir} {db}\" tells who that is"},
-    Sentence{Situation::obstacle, "a file keeps the database from being changed",
-             "look at the files beside it with \"ls -ld {db}*\""},
     Sentence{Situation::nameTaken, "there is already a file of that name",
              "choose another name; \"orxkdb load --replace\" replaces the records of a database"},
     Sentence{Situation::nameTooLong, "the name is too long for the file system",
@@ -78,23 +79,20 @@ static_assert(kdb::coversSituations(sentences));
 
 // In the order of ObstacleKind; {db} stands for the file that keeps a database from being changed.
 constexpr std::array obstacles{
-    Sentence{},
-    Sentence{Situation::obstacle, "a directory or another file has a name that is needed",
-             "move it away, \"ls -ld {db}\" shows it"},
-    Sentence{Situation::obstacle,
-             "this may be the database that a killed run replaced, or what it was making",
-             "see which with \"orxkdb stat {db}\", then rename or remove it"},
-    Sentence{Situation::obstacle,
-             "this file cannot be read, renamed or replaced, which a change of the database needs",
-             "see with \"ls -l {db}\", \"lsattr {db}\" and \"findmnt {db}\" why"},
-    Sentence{Situation::obstacle,
-             "the database before the last change could not become the previous generation",
-             "rename it to end in .orx-previous"},
+    Words{},
+    Words{"a directory or another file has a name that is needed",
+          "move it away, \"ls -ld {db}\" shows it"},
+    Words{"this may be the database that a killed run replaced, or what it was making",
+          "see which with \"orxkdb stat {db}\", then rename or remove it"},
+    Words{"this file cannot be read, renamed or replaced, which a change of the database needs",
+          "see with \"ls -l {db}\", \"lsattr {db}\" and \"findmnt {db}\" why"},
+    Words{"the database before the last change could not become the previous generation",
+          "rename it to end in .orx-previous"},
 };
 static_assert(obstacles.size() == static_cast<std::size_t>(kdb::ObstacleKind::replaced) + 1);
 
-const Sentence& sentenceOf(Situation situation) {
-  return sentences[static_cast<std::size_t>(situation)];
+const Words& wordsOf(Situation situation) {
+  return sentences[static_cast<std::size_t>(situation)].words;
 }
 
 std::string numberAndName(std::int32_t number, std::string_view name) {
@@ -114,12 +112,12 @@ std::string expanded(std::string_view text, const std::string& database) {
 }
 
 Result statusFailure(ExitCode code, const std::string& database, const kdb::kdbStatus& status,
-                     const Sentence& sentence, const std::string& record = "") {
-  Result failure = fail(code, sentence.what, absolutePath(database) + record + codesOf(status),
-                        expanded(sentence.next, database));
+                     const Words& words, const std::string& record = "") {
+  Result failure = fail(code, words.what, absolutePath(database) + record + codesOf(status),
+                        expanded(words.next, database));
   if (hasPublished()) {
     failure.addHint("the database has its new contents already");
-  } else if (sentence.tellsState) {
+  } else if (words.tellsState) {
     failure.addHint("the database is as it was");
   }
   return failure;
@@ -147,7 +145,7 @@ std::string withError(std::string where, int error) {
 Result notOpened(const std::string& database, const kdb::kdbStatus& status, kdb::Phase phase) {
   const kdb::Diagnosis found = kdb::diagnose(database, status, phase);
   if (found.obstacle.kind == kdb::ObstacleKind::none) {
-    return statusFailure(openCode(status), database, status, sentenceOf(found.situation));
+    return statusFailure(openCode(status), database, status, wordsOf(found.situation));
   }
   return statusFailure(openCode(status), found.obstacle.path, status,
                        obstacles[static_cast<std::size_t>(found.obstacle.kind)]);
@@ -158,7 +156,7 @@ Result useFailure(const std::string& database, const kdb::kdbStatus& status, kdb
   const bool isFormat = status.reason == static_cast<std::int32_t>(kdb::Reason::format);
   const kdb::Diagnosis found = kdb::diagnose(database, status, phase);
   return statusFailure(isFormat ? exitNotAsExpected : exitFailed, database, status,
-                       sentenceOf(found.situation), record);
+                       wordsOf(found.situation), record);
 }
 
 const char* adviceFor(int error) {
@@ -233,7 +231,7 @@ Result systemFailure(ExitCode code, std::string_view what, std::string where, in
 Result fileFailure(ExitCode code, std::string_view what, const std::string& file, int error) {
   const std::string where = withError(absolutePath(file), error);
   if (error != ENOSPC || !lacksInodes(file)) return fail(code, what, where, adviceFor(error));
-  return fail(code, what, where, expanded(sentenceOf(Situation::noInodes).next, file));
+  return fail(code, what, where, expanded(wordsOf(Situation::noInodes).next, file));
 }
 
 Result changedFailure(const std::string& file) {

@@ -1,7 +1,5 @@
 #include "platform/kdb_diagnosis.h"
 
-#include <utility>
-
 #include "platform/free_space.h"
 #include "platform/kdb.h"
 #include "platform/taken_name.h"
@@ -69,11 +67,9 @@ bool mayBeObstacle(const std::string& name, Reason reason, Phase phase) {
 
 Diagnosis diagnose(const std::string& name, const kdbStatus& status, Phase phase) {
   const auto reason = static_cast<Reason>(status.reason);
-  if (mayBeObstacle(name, reason, phase)) {
-    Obstacle obstacle = obstacleOf(name);
-    if (obstacle.kind != ObstacleKind::none) return {Situation::obstacle, std::move(obstacle)};
-  }
-  return {situationOf(name, reason, phase)};
+  Diagnosis diagnosis{situationOf(name, reason, phase)};
+  if (mayBeObstacle(name, reason, phase)) diagnosis.obstacle = obstacleOf(name);
+  return diagnosis;
 }
 
 }  // namespace orx::kdb

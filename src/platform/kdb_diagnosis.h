@@ -23,7 +23,6 @@ enum class Situation : std::uint8_t {
   inUse,     // open in another program
   lostName,  // moved, removed or replaced by somebody else since it was opened, or a mount point
   noPermission,
-  obstacle,   // Diagnosis::obstacle keeps the database from being changed
   nameTaken,  // something else has the name, or that of a file beside it
   nameTooLong,
   nameEmpty,
@@ -60,7 +59,7 @@ enum class Phase : std::uint8_t {
 
 struct Diagnosis {
   Situation situation = Situation::refused;
-  Obstacle obstacle = {};
+  Obstacle obstacle = {};  // what kept the database from being opened, if it was that
 };
 
 // Of the failure in `status`, on the database `name`. Looks at the files as they are now.
