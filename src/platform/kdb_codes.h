@@ -76,4 +76,9 @@ struct kdbStatus {
   std::int32_t returnCode = 0;
 };
 
+[[nodiscard]] constexpr kdbStatus statusOf(const Outcome& outcome) {
+  return {.reason = static_cast<std::int32_t>(outcome.reason),
+          .returnCode = static_cast<std::int32_t>(outcome.code)};
+}
+
 }  // namespace orx::kdb

@@ -30,11 +30,6 @@ constexpr std::int32_t numberOf(Code code) {
   return static_cast<std::int32_t>(code);
 }
 
-void fill(kdbStatus& status, const Outcome& outcome) {
-  status.returnCode = numberOf(outcome.code);
-  status.reason = static_cast<std::int32_t>(outcome.reason);
-}
-
 template <typename Kind>
 Kind* objectOf(kdbHandle handle) {
   if (handle.slot == nullptr || handle.slot->tag != handle.tag) return nullptr;
@@ -125,7 +120,7 @@ Outcome readThrough(Database& database) {
 std::int32_t kdbOpen(const char* name, std::int32_t nameLength, std::int32_t mode,
                      kdbHandle& database, kdbStatus& status) {
   database = kdbHandle();
-  fill(status, openDatabase(name, nameLength, mode, database));
+  status = statusOf(openDatabase(name, nameLength, mode, database));
   return status.returnCode;
 }
 
@@ -239,7 +234,7 @@ std::int32_t CloseDatabase(kdbHandle database, kdbStatus& status) {
     outcome = (*open)->publish();
     HandleTable::instance().releaseAll(open->get());
   }
-  fill(status, outcome);
+  status = statusOf(outcome);
   return status.returnCode;
 }
 
@@ -257,8 +252,8 @@ std::uint64_t recordsWhenOpened(kdbHandle database) {
 
 std::int32_t GetLastStatus(kdbHandle database, kdbStatus& status) {
   const OwnedDatabase* open = objectOf<OwnedDatabase>(database);
-  fill(status,
-       open == nullptr ? Outcome{Code::badObject, Reason::noError} : (*open)->lastFailure());
+  status = statusOf(open == nullptr ? Outcome{Code::badObject, Reason::noError}
+                                    : (*open)->lastFailure());
   return numberOf(Code::success);
 }
 
@@ -294,7 +289,7 @@ std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status) {
     if (outcome.ok()) outcome = readThrough(*previous);
     if (outcome.ok()) outcome = exchangeGenerations(paths, current->fd(), previous->fd());
   }
-  fill(status, outcome);
+  status = statusOf(outcome);
   return status.returnCode;
 }
 
