@@ -20,6 +20,12 @@ class RecordListObserver {
   virtual void sortedList(std::size_t /*number*/) {}
   // A record that is taken off a list as a part of an object.
   virtual void takenRecord(const DataBuffer&) {}
+
+  // One that nobody listens to.
+  [[nodiscard]] static RecordListObserver& silent() {
+    static RecordListObserver observer;
+    return observer;
+  }
 };
 
 }  // namespace orx

@@ -104,7 +104,7 @@ void RecordList::sort() {
 }
 
 RecordLists::RecordLists(RecordListObserver& observer) {
-  for (RecordList& list : lists_) list.setObserver(&observer);
+  for (RecordList& list : lists_) list.setObserver(observer);
 }
 
 void RecordLists::append(std::uint32_t number, const DataBuffer& record) {
@@ -115,10 +115,9 @@ void sortLists(RecordLists& lists) {
   ORX_TRACE("sortLists");
   for (std::size_t number = 0; number < RecordLists::count; ++number) {
     RecordList& list = lists[number];
-    RecordListObserver* const observer = list.observer();
-    if (observer != nullptr) observer->sortingList(number, list.entries());
+    list.observer().sortingList(number, list.entries());
     list.sort();
-    if (observer != nullptr) observer->sortedList(number);
+    list.observer().sortedList(number);
   }
 }
 
@@ -128,7 +127,7 @@ int myGetNextAndDestroy(RecordList& list, BigDataRecord& object) {
   object.data = list.at(0).data;
   do {
     const std::unique_ptr<DataRecord> record = list.get();
-    if (list.observer() != nullptr) list.observer()->takenRecord(record->data);
+    list.observer().takenRecord(record->data);
     object.attributeText += record->data.text();
   } while (!list.isEmpty() && !startsObject(list.at(0)));
   return trace.exit(1);

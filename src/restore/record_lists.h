@@ -51,9 +51,9 @@ class BigDataRecord : public DataRecord {
 // Owns its records. Positions count from 0.
 class RecordList {
  public:
-  // Of the records that are taken as parts of objects; null when nobody listens.
-  void setObserver(RecordListObserver* observer) { observer_ = observer; }
-  [[nodiscard]] RecordListObserver* observer() const { return observer_; }
+  // Hears of the records that are taken as parts of objects; it outlives the list.
+  void setObserver(RecordListObserver& observer) { observer_ = &observer; }
+  [[nodiscard]] RecordListObserver& observer() const { return *observer_; }
 
   void append(std::unique_ptr<DataRecord> record) { records_.push_back(std::move(record)); }
   [[nodiscard]] std::size_t entries() const { return records_.size(); }
@@ -67,7 +67,7 @@ class RecordList {
   void sort();
 
  private:
-  RecordListObserver* observer_ = nullptr;
+  RecordListObserver* observer_ = &RecordListObserver::silent();
   std::deque<std::unique_ptr<DataRecord>> records_;
 };
 
