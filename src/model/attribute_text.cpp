@@ -3,7 +3,6 @@
 #include <charconv>
 #include <climits>
 #include <cstdlib>
-#include <cstring>
 #include <new>
 #include <optional>
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <limits>
-#include <utility>
 #include <vector>
 
 #include "model/attribute_set.h"

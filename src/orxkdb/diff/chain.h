@@ -4,7 +4,6 @@
 
 #include <compare>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "orxkdb/diff/record_source.h"

@@ -10,7 +10,6 @@
 
 #include <sys/types.h>
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>

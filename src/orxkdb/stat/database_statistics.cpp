@@ -25,10 +25,8 @@ class Counter {
 
  private:
   void countChain(const DataBuffer& record) {
-    const bool continues =
-        chain_ > 0 && record.parentBytes() == parent_ && record.objectBytes() == object_;
-    parent_ = record.parentBytes();
-    object_ = record.objectBytes();
+    const bool continues = chain_ > 0 && record.isOfSameObject(last_);
+    last_ = record;
     chain_ = continues ? chain_ + 1 : 1;
     if (chain_ == 1) ++statistics_.objects;
     if (chain_ == 2) ++statistics_.chains;
@@ -36,8 +34,7 @@ class Counter {
   }
 
   DatabaseStatistics& statistics_;
-  HandleBytes parent_{};
-  HandleBytes object_{};
+  DataBuffer last_;
   std::uint64_t chain_ = 0;  // records of the current object so far
 };
 

@@ -1,6 +1,5 @@
 #include "orxkdb/words/handle_words.h"
 
-#include <array>
 #include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>

@@ -2,7 +2,6 @@
 // so that plain byte order is the database order.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <compare>
 #include <cstdint>
