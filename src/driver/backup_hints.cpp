@@ -10,6 +10,7 @@
 
 #include "platform/compression/compression.h"
 #include "platform/kdb.h"
+#include "platform/kdb_files.h"
 #include "platform/taken_name.h"
 
 namespace orx {

@@ -1,6 +1,7 @@
 #include "driver/hint_list.h"
 
 #include "platform/kdb.h"
+#include "platform/kdb_files.h"
 
 namespace orx {
 

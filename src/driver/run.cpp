@@ -13,6 +13,7 @@
 #include "platform/file.h"
 #include "platform/interruption.h"
 #include "platform/kdb.h"
+#include "platform/kdb_files.h"
 #include "platform/trace.h"
 #include "restore/exit_codes.h"
 #include "restore/restore_settings.h"

@@ -9,7 +9,8 @@
 #include "orxkdb/output/json_document.h"
 #include "orxkdb/output/new_database.h"
 #include "orxkdb/output/output.h"
-#include "platform/kdb_statistics.h"
+#include "platform/kdb.h"
+#include "platform/kdb_files.h"
 #include "platform/run_progress.h"
 #include "records/record_calls.h"
 

@@ -10,6 +10,7 @@
 #include "orxkdb/input/database_reader.h"
 #include "orxkdb/output/json_document.h"
 #include "orxkdb/output/output.h"
+#include "platform/kdb_files.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {

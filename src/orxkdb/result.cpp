@@ -8,6 +8,7 @@
 #include "platform/free_space.h"
 #include "platform/interruption.h"
 #include "platform/kdb_diagnosis.h"
+#include "platform/kdb_files.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {

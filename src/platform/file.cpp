@@ -151,6 +151,12 @@ bool isSameFile(int a, int b) {
   return ::fstat(a, &fileA) == 0 && ::fstat(b, &fileB) == 0 && sameFile(fileA, fileB);
 }
 
+bool isSameFile(const std::string& a, const std::string& b) {
+  struct stat fileA {};
+  struct stat fileB {};
+  return ::stat(a.c_str(), &fileA) == 0 && ::stat(b.c_str(), &fileB) == 0 && sameFile(fileA, fileB);
+}
+
 bool leadsTo(const std::string& path, int fd) {
   return checkLeadsTo(path, fd, ENOENT) == 0;
 }

@@ -88,7 +88,8 @@ void releaseSpace(int fd, off_t offset, off_t size);
 
 // Whether both are one file, whatever its names are; false also when nobody can tell.
 [[nodiscard]] bool sameFile(const struct stat& a, const struct stat& b);
-[[nodiscard]] bool isSameFile(int a, int b);  // of open files
+[[nodiscard]] bool isSameFile(int a, int b);                                // of open files
+[[nodiscard]] bool isSameFile(const std::string& a, const std::string& b);  // by whatever names
 // Whether the name `path` itself, not what it links to, is the open file `fd`. False also when
 // nobody can tell.
 [[nodiscard]] bool leadsTo(const std::string& path, int fd);

@@ -39,8 +39,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <string>
-#include <string_view>
 
 #include "platform/kdb_codes.h"
 
@@ -140,6 +138,9 @@ inline constexpr std::int32_t openAsNew = 2;
 // no success clears it. A stale handle fills 2 BadObject, reason 0. The result is 0.
 std::int32_t GetLastStatus(kdbHandle database, kdbStatus& status);
 
+// The number of records when it was opened; 0 for a stale handle and a new database.
+[[nodiscard]] std::uint64_t recordsWhenOpened(kdbHandle database);
+
 // Marks a point of a long run; publishes nothing.
 std::int32_t Checkpoint(kdbHandle database);
 
@@ -154,24 +155,6 @@ std::int32_t Checkpoint(kdbHandle database);
 // has it open for update. A failure leaves both as they were, with the exception of CloseDatabase.
 // A process that dies leaves one or the other under the name.
 [[nodiscard]] std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status);
-
-// Whether the name `path` ends like one of the files beside a database: ".orx-new", ".orx-old" or
-// ".orx-previous". A run on that database replaces or removes what has the name.
-[[nodiscard]] bool belongsToDatabase(const std::string& path);
-
-// Which file of the database `name` the file `path` is, by whatever name: the database itself,
-// NAME.orx-previous, or NAME.orx-new and NAME.orx-old (successor). A change of the database
-// replaces or discards each of them.
-enum class Generation : std::int32_t { none, current, previous, successor };
-[[nodiscard]] Generation generationOf(const std::string& path, const std::string& name);
-
-// Where the previous generation of the database `name` lies, or would: beside the file that a
-// symbolic link leads to, otherwise `name` with ".orx-previous" behind it.
-[[nodiscard]] std::string previousName(const std::string& name);
-
-// True when `path` leads to a regular file that begins like a database, whatever its state; false
-// also for one that cannot be read.
-[[nodiscard]] bool looksLikeDatabase(const char* path);
 
 // "LMDB 0.9.24: (July 24, 2019)"
 [[nodiscard]] const char* engineVersion();

@@ -2,6 +2,7 @@
 
 #include "platform/free_space.h"
 #include "platform/kdb.h"
+#include "platform/kdb_files.h"
 #include "platform/taken_name.h"
 
 namespace orx::kdb {

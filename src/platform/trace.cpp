@@ -15,6 +15,7 @@
 
 #include "platform/file.h"
 #include "platform/kdb.h"
+#include "platform/kdb_files.h"
 
 namespace orx {
 

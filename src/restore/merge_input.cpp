@@ -1,7 +1,7 @@
 #include "restore/merge_input.h"
 
 #include "messages/trace_unit.h"
-#include "platform/kdb_statistics.h"
+#include "platform/kdb.h"
 #include "platform/run_progress.h"
 #include "records/data_buffer.h"
 #include "records/record_calls.h"

@@ -5,7 +5,6 @@
 #include "messages/message_print.h"
 #include "messages/trace_unit.h"
 #include "platform/kdb.h"
-#include "platform/kdb_statistics.h"
 #include "platform/run_progress.h"
 #include "records/backup_stream.h"
 #include "records/data_buffer.h"

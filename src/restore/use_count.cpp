@@ -7,7 +7,6 @@
 #include "messages/trace_unit.h"
 #include "model/attribute_set.h"
 #include "platform/kdb.h"
-#include "platform/kdb_statistics.h"
 #include "platform/run_progress.h"
 #include "records/data_buffer.h"
 #include "records/record_calls.h"

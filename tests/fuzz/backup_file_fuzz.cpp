@@ -1,6 +1,7 @@
 // A whole backup file of any bytes: line by line, to the commands that read one, and restored.
 #include "platform/compression/compression.h"
 #include "platform/kdb.h"
+#include "platform/kdb_files.h"
 #include "records/backup_reader.h"
 #include "tests/fuzz/commands.h"
 #include "tests/fuzz/fuzz_target.h"

@@ -4,6 +4,7 @@
 #include "orxkdb/check/database_check.h"
 #include "orxkdb/check/inventory.h"
 #include "platform/kdb.h"
+#include "platform/kdb_files.h"
 #include "platform/run_progress.h"
 
 namespace orx::orxkdb {

@@ -3,7 +3,7 @@
 
 #include "orxkdb/diff/record_source.h"
 #include "orxkdb/input/database_reader.h"
-#include "platform/kdb_statistics.h"
+#include "platform/kdb.h"
 
 namespace orx::orxkdb {
 

@@ -5,6 +5,7 @@
 
 #include "orxkdb/diff/diff_report.h"
 #include "platform/kdb.h"
+#include "platform/kdb_files.h"
 #include "platform/run_progress.h"
 
 namespace orx::orxkdb {

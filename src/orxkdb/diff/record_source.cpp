@@ -4,6 +4,7 @@
 #include "orxkdb/diff/carried_source.h"
 #include "orxkdb/diff/database_source.h"
 #include "platform/kdb.h"
+#include "platform/kdb_files.h"
 
 namespace orx::orxkdb {
 

@@ -10,6 +10,7 @@
 #include "orxkdb/words/handle_words.h"
 #include "orxkdb/words/printable.h"
 #include "platform/kdb.h"
+#include "platform/kdb_files.h"
 #include "records/data_buffer.h"
 #include "terminal/file_words.h"
 

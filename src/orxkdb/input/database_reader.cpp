@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "orxkdb/keys/record_name.h"
-#include "platform/kdb_statistics.h"
+#include "platform/kdb.h"
 #include "platform/run_progress.h"
 #include "records/record_calls.h"
 

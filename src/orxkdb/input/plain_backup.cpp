@@ -11,6 +11,7 @@
 #include "orxkdb/input/read_failure.h"
 #include "platform/file_state.h"
 #include "platform/kdb.h"
+#include "platform/kdb_files.h"
 #include "platform/run_progress.h"
 
 namespace orx::orxkdb {

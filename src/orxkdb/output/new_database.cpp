@@ -1,5 +1,6 @@
 #include "orxkdb/output/new_database.h"
 
+#include "platform/kdb_files.h"
 #include "platform/taken_name.h"
 #include "records/record_calls.h"
 #include "terminal/file_words.h"

@@ -8,6 +8,7 @@
 
 #include "platform/file.h"
 #include "platform/kdb.h"
+#include "platform/kdb_files.h"
 #include "platform/run_progress.h"
 
 namespace orx::orxkdb {

@@ -7,6 +7,7 @@
 #include "orxkdb/plan/identifier_list.h"
 #include "orxkdb/plan/key_check.h"
 #include "orxkdb/plan/plan_observer.h"
+#include "platform/kdb_files.h"
 #include "platform/run_progress.h"
 #include "records/backup_reader.h"
 #include "records/record_calls.h"

@@ -1,15 +1,15 @@
-#include "platform/kdb/handles.h"
+#include "platform/kdb/slots.h"
 
 #include <utility>
 
 namespace orx::kdb {
 
-HandleTable& HandleTable::instance() {
-  static HandleTable table;
+SlotTable& SlotTable::instance() {
+  static SlotTable table;
   return table;
 }
 
-kdbHandle HandleTable::renew(Slot& slot) {
+kdbHandle SlotTable::renew(Slot& slot) {
   // The tag 0 is left to handles that were never filled.
   slot.tag = static_cast<std::int16_t>(slot.tag == -1 ? 1 : slot.tag + 1);
   kdbHandle handle;
@@ -18,7 +18,7 @@ kdbHandle HandleTable::renew(Slot& slot) {
   return handle;
 }
 
-kdbHandle HandleTable::enter(Object object, Database* database) {
+kdbHandle SlotTable::enter(Object object, Database* database) {
   if (free_.empty()) {
     free_.reserve(slots_.size() + 1);  // so that release() never needs memory
     free_.push_back(&slots_.emplace_back());
@@ -30,14 +30,14 @@ kdbHandle HandleTable::enter(Object object, Database* database) {
   return renew(slot);
 }
 
-void HandleTable::release(Slot& slot) {
+void SlotTable::release(Slot& slot) {
   const Object gone = std::exchange(slot.object, std::monostate());
   (void)renew(slot);
   slot.database = nullptr;
   free_.push_back(&slot);
 }
 
-void HandleTable::releaseAll(Database* database) {
+void SlotTable::releaseAll(Database* database) {
   Slot* own = nullptr;
   for (Slot& slot : slots_) {
     if (slot.database != database || slot.object.index() == 0) continue;

@@ -1,30 +1,16 @@
 #include "platform/kdb.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
-#include <cerrno>
 #include <cstring>
 #include <string>
 #include <utility>
 
-#include "platform/file.h"
 #include "platform/kdb/engine.h"
 #include "platform/kdb/failure.h"
-#include "platform/kdb/handles.h"
-#include "platform/kdb/publish.h"
-#include "platform/kdb_statistics.h"
-#include "platform/run_progress.h"
+#include "platform/kdb/slots.h"
 
 namespace orx::kdb {
 
 namespace {
-
-bool isSameFile(const std::string& a, const std::string& b) {
-  struct stat fileA {};
-  struct stat fileB {};
-  return ::stat(a.c_str(), &fileA) == 0 && ::stat(b.c_str(), &fileB) == 0 && sameFile(fileA, fileB);
-}
 
 constexpr std::int32_t numberOf(Code code) {
   return static_cast<std::int32_t>(code);
@@ -88,7 +74,7 @@ Outcome openDatabase(const char* name, std::int32_t nameLength, std::int32_t mod
   const std::string text(name, static_cast<std::size_t>(nameLength));
   if (const Outcome outcome = Database::open(text, mode, database); !outcome.ok()) return outcome;
   Database* object = database.get();
-  handle = HandleTable::instance().enter(std::move(database), object);
+  handle = SlotTable::instance().enter(std::move(database), object);
   return succeeded;
 }
 
@@ -99,20 +85,6 @@ std::int32_t changeRecord(kdbHandle handle, const std::uint8_t* key, std::int32_
     if (!isKey(key, keyLength) || !isRecord(buffer, bufferLength)) return badLength;
     return (database.*change)(Key::ofRecord(key), buffer);
   });
-}
-
-// Every page of it and every record, so that no damaged generation is made the current one.
-Outcome readThrough(Database& database) {
-  runProgress().enter("reading", database.entries());
-  OwnedSnapshot snapshot;
-  Outcome outcome = database.snapshot(snapshot);
-  Key key;
-  const std::uint8_t* record = nullptr;
-  while (outcome.ok()) {
-    outcome = snapshot->next(key, record);
-    runProgress().countRecord();
-  }
-  return outcome == endOfData ? succeeded : outcome;
 }
 
 }  // namespace
@@ -136,8 +108,8 @@ std::int32_t StartUpdate(kdbHandle database, const std::uint8_t* key, std::int32
       if (const Outcome outcome = made->scan.seek(start); !outcome.ok()) return outcome;
     }
     OpenScan& started = *made;
-    scan = HandleTable::instance().enter(std::move(made), &open);
-    started.held = HandleTable::instance().enter(HeldRecord{scan.slot}, &open).slot;
+    scan = SlotTable::instance().enter(std::move(made), &open);
+    started.held = SlotTable::instance().enter(HeldRecord{scan.slot}, &open).slot;
     return succeeded;
   });
 }
@@ -147,7 +119,7 @@ std::int32_t ReadNextForUpdate(kdbHandle scan, std::int32_t, std::uint8_t* buffe
   held = kdbHandle();
   return checked<OwnedScan>(scan, [&](OwnedScan& open, Database&) -> Outcome {
     if (!isRecord(buffer, bufferLength)) return badLength;
-    const kdbHandle next = HandleTable::renew(*open->held);
+    const kdbHandle next = SlotTable::renew(*open->held);
     const std::uint8_t* record = nullptr;
     if (const Outcome outcome = open->scan.next(record); !outcome.ok()) return outcome;
     std::memcpy(buffer, record, recordSize);
@@ -161,7 +133,7 @@ std::int32_t DeleteHeldRecord(kdbHandle held) {
   return checked<HeldRecord>(held, [&](HeldRecord& record, Database& database) -> Outcome {
     auto& open = std::get<OwnedScan>(record.scan->object);
     const Outcome outcome = database.deleteHeld(open->scan);
-    if (outcome.ok()) (void)HandleTable::renew(*open->held);
+    if (outcome.ok()) (void)SlotTable::renew(*open->held);
     return outcome;
   });
 }
@@ -201,7 +173,7 @@ std::int32_t OpenCursor(kdbHandle database, const std::uint8_t*, std::int32_t, k
   return checked<OwnedDatabase>(database, [&](OwnedDatabase&, Database& open) -> Outcome {
     OwnedSnapshot snapshot;
     if (const Outcome outcome = open.snapshot(snapshot); !outcome.ok()) return outcome;
-    cursor = HandleTable::instance().enter(std::move(snapshot), &open);
+    cursor = SlotTable::instance().enter(std::move(snapshot), &open);
     return succeeded;
   });
 }
@@ -232,7 +204,7 @@ std::int32_t CloseDatabase(kdbHandle database, kdbStatus& status) {
   Outcome outcome{Code::badObject, Reason::noError};
   if (const OwnedDatabase* open = objectOf<OwnedDatabase>(database); open != nullptr) {
     outcome = (*open)->publish();
-    HandleTable::instance().releaseAll(open->get());
+    SlotTable::instance().releaseAll(open->get());
   }
   status = statusOf(outcome);
   return status.returnCode;
@@ -241,7 +213,7 @@ std::int32_t CloseDatabase(kdbHandle database, kdbStatus& status) {
 std::int32_t AbandonDatabase(kdbHandle database) {
   const OwnedDatabase* open = objectOf<OwnedDatabase>(database);
   if (open == nullptr) return numberOf(Code::badObject);
-  HandleTable::instance().releaseAll(open->get());
+  SlotTable::instance().releaseAll(open->get());
   return numberOf(Code::success);
 }
 
@@ -269,54 +241,6 @@ bool advanceKey(std::uint8_t* key) {
     if (++key[i] != 0) return true;
   }
   return false;
-}
-
-std::int32_t exchangeWithPrevious(const char* name, kdbStatus& status) {
-  OwnedDatabase current;
-  Outcome outcome = Database::open(name, OpenMode::update, current);
-  if (outcome.ok()) {
-    OwnedDatabase previous;
-    outcome = Database::open(current->paths().previous, OpenMode::read, previous);
-    // A run that died while it published leaves the database as its own previous generation.
-    const DatabasePaths& paths = current->paths();
-    if (outcome.ok() && isSameFile(paths.database, paths.previous)) outcome = recordNotFound;
-    // Behind a link lies a file that the exchange would not move.
-    if (outcome.ok()) {
-      outcome = outcomeOfErrno(checkLeadsTo(paths.previous, previous->fd(), EISDIR));
-    }
-    // Until the exchange is on the disk, nobody else may build upon what has the name by then.
-    if (outcome.ok()) outcome = previous->hold();
-    if (outcome.ok()) outcome = readThrough(*previous);
-    if (outcome.ok()) outcome = exchangeGenerations(paths, current->fd(), previous->fd());
-  }
-  status = statusOf(outcome);
-  return status.returnCode;
-}
-
-bool belongsToDatabase(const std::string& path) {
-  return DatabasePaths::of(path).isOfAnother();
-}
-
-Generation generationOf(const std::string& path, const std::string& name) {
-  const DatabasePaths paths = DatabasePaths::of(resolvePath(name).value_or(name));
-  if (isSameFile(path, paths.database)) return Generation::current;
-  if (isSameFile(path, paths.previous)) return Generation::previous;
-  const bool isPassing = isSameFile(path, paths.successor) || isSameFile(path, paths.replaced);
-  return isPassing ? Generation::successor : Generation::none;
-}
-
-std::string previousName(const std::string& name) {
-  struct stat named {};
-  const bool isLink = ::lstat(name.c_str(), &named) == 0 && S_ISLNK(named.st_mode);
-  return DatabasePaths::of(isLink ? resolvePath(name).value_or(name) : name).previous;
-}
-
-// Other files are not even opened: a pipe would lose its writer.
-bool looksLikeDatabase(const char* path) {
-  struct stat file {};
-  if (::stat(path, &file) != 0 || !S_ISREG(file.st_mode)) return false;
-  const UniqueFd fd = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
-  return fd.valid() && TreeFile::beginsLikeTree(fd.get());
 }
 
 const char* engineVersion() {

@@ -32,9 +32,9 @@ struct Slot {
   Database* database = nullptr;  // that the object is or belongs to
 };
 
-class HandleTable {
+class SlotTable {
  public:
-  static HandleTable& instance();
+  static SlotTable& instance();
 
   // Takes the object over, for `database`, which is the object itself where that is a database.
   // Throws std::bad_alloc.
