@@ -1,6 +1,7 @@
 #include "tests/faults/operation.h"
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
 
 #include "tests/support/kdb_records.h"
@@ -17,6 +18,7 @@ constexpr const char* bundle = "PRESTORE_restore";
 constexpr const char* successorSuffix = ".orx-new";
 constexpr const char* replacedSuffix = ".orx-old";
 constexpr const char* previousSuffix = ".orx-previous";
+constexpr std::array inputs{"backup.txt", "shuffled.txt", "input.dump"};
 
 // A leak is not looked for here: the tool that does cannot work beside another tracer.
 const std::vector<std::string> environment{"LC_ALL=C", "ASAN_OPTIONS=detect_leaks=0",
@@ -43,7 +45,8 @@ void makeStart(const fs::path& directory) {
   mustRun(directory, "orxkdb sample --objects 20 --seed 5 older.txt");
   mustRun(directory, "orxkdb sample --objects 40 --seed 3 base.txt");
   mustRun(directory, "orxkdb sample --objects 30 backup.txt");
-  mustRun(directory, "orxkdb sample --objects 1800 --seed 9 --order random shuffled.txt");
+  // More records than stay in memory while they are out of order.
+  mustRun(directory, "orxkdb sample --objects 17700 --seed 9 --order random shuffled.txt");
   test::writeFile(directory / "base.txt", withWrongCounts(test::readFile(directory / "base.txt")));
   mustRun(directory, "orxrestore -i backup.txt -o db");
   mustRun(directory, "orxkdb dump db input.dump");
@@ -111,8 +114,8 @@ test::Program programIn(const fs::path& directory, const std::string& command) {
 }
 
 Scene::Scene(const Operation& operation) : operation_(operation), start_(sharedStart()) {
-  for (const auto* const name : {"backup.txt", "shuffled.txt", "input.dump"}) {
-    inputs_[name] = test::readFile(start() / name);
+  for (const std::string name : inputs) {
+    if (operation_.reads(name)) inputs_[name] = test::readFile(start() / name);
   }
   before_ = content(start());
   previous_ = contentOf(start() / (operation_.target + previousSuffix), true);
@@ -132,7 +135,9 @@ Scene::Scene(const Operation& operation) : operation_(operation), start_(sharedS
 void Scene::copyTo(const fs::path& directory) const {
   const bool isMade = std::string_view(operation_.name) == "create";
   for (const auto& entry : fs::directory_iterator(start())) {
-    const fs::path copy = directory / entry.path().filename();
+    const std::string name = entry.path().filename();
+    if (std::ranges::find(inputs, name) != inputs.end() && !operation_.reads(name)) continue;
+    const fs::path copy = directory / name;
     if (entry.is_regular_file()) fs::copy_file(entry.path(), copy);
     if (entry.is_directory() && !isMade) fs::create_directory_symlink(entry.path(), copy);
   }

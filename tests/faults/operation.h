@@ -24,6 +24,9 @@ struct Operation {
   bool survivesPowerLoss = true;  // as a whole: the messages of create come behind it
   const char* again = command;    // once the target is new
 
+  [[nodiscard]] bool reads(const std::string& name) const {
+    return (std::string(command) + " " + again).find(name) != std::string::npos;
+  }
   [[nodiscard]] bool isRestore() const {
     return std::string_view(command).starts_with("orxrestore ");
   }
