@@ -15,9 +15,10 @@ namespace {
 constexpr int highestId = CMAttributeKey::groupSize - 1;
 constexpr int highestGroup = INT16_MAX / CMAttributeKey::groupSize;  // keys beyond a short are rare
 
-struct WrittenAttribute {
+struct WrittenHeader {
   int key = 0;
-  std::size_t size = 0;  // that its getCharAttributeSize() would tell
+  int count = 0;
+  std::size_t size = 0;  // without the "<"
 };
 
 // Bytes that end a value, or make it another when it is read.
@@ -48,39 +49,45 @@ bool takeValue(std::string_view& text) {
   return true;
 }
 
-bool takeAttribute(std::string_view& text, WrittenAttribute& attribute) {
+bool takeHeader(std::string_view& text, WrittenHeader& header) {
   int attrId = 0;
   int attrGroup = 0;
-  int count = 0;
   if (!text.starts_with('<')) return false;
   text.remove_prefix(1);
   const std::size_t begin = text.size();
   if (!takeNumber(text, highestId, attrId) || !takeNumber(text, highestGroup, attrGroup) ||
-      !takeNumber(text, INT_MAX, count)) {
+      !takeNumber(text, INT_MAX, header.count)) {
     return false;
   }
-  const std::size_t values = text.size();
+  header.key = attrGroup * CMAttributeKey::groupSize + attrId;
+  header.size = begin - text.size();
+  return header.count > 0;
+}
+
+// Takes the values and the ">" behind them; `size` gets that of the values.
+bool takeValues(std::string_view& text, int count, std::size_t& size) {
+  const std::size_t begin = text.size();
   for (int left = count; left > 0; --left) {
     if (!takeValue(text)) return false;
   }
-  const std::size_t end = text.size();
-  if (count == 0 || !text.starts_with('>')) return false;
+  size = begin - text.size();
+  if (!text.starts_with('>')) return false;
   text.remove_prefix(1);
-  attribute.key = attrGroup * CMAttributeKey::groupSize + attrId;
-  attribute.size = grantedSize(begin - values, values - end, static_cast<std::size_t>(count), 0);
   return true;
 }
 
 }  // namespace
 
-std::optional<std::size_t> sizeOfWrittenText(std::string_view text,
-                                             const std::function<void(int)>& visitKey) {
+std::optional<std::size_t> sizeOfWrittenText(std::string_view text, bool (*accept)(int key)) {
   std::size_t size = 1;
-  WrittenAttribute attribute;
-  for (int before = 0; !text.empty(); before = attribute.key) {
-    if (!takeAttribute(text, attribute) || attribute.key <= before) return std::nullopt;
-    visitKey(attribute.key);
-    size += attribute.size + 1;
+  WrittenHeader header;
+  for (int before = 0; !text.empty(); before = header.key) {
+    if (!takeHeader(text, header) || header.key <= before || !accept(header.key)) {
+      return std::nullopt;
+    }
+    std::size_t valuesSize = 0;
+    if (!takeValues(text, header.count, valuesSize)) return std::nullopt;
+    size += grantedSize(header.size, valuesSize, static_cast<std::size_t>(header.count), 0) + 1;
   }
   return size <= INT_MAX ? std::optional(size) : std::nullopt;
 }

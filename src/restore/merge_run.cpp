@@ -119,10 +119,7 @@ void MergeRun::takeFromQueue(MergedObject& object) {
 // a text gets; none for any other.
 std::optional<std::size_t> MergeRun::keptSize() const {
   if (traceIsOpen()) return std::nullopt;  // it shows the reading
-  bool holdsHandles = false;
-  const auto size = sizeOfWrittenText(
-      big_.attributeText, [&](int key) { holdsHandles = holdsHandles || isHandleAttribute(key); });
-  return holdsHandles ? std::nullopt : size;
+  return sizeOfWrittenText(big_.attributeText, [](int key) { return !isHandleAttribute(key); });
 }
 
 void MergeRun::keepText(std::size_t size, std::string& text) {

@@ -47,6 +47,8 @@ Result checkDatabase(const std::string& name, Findings& findings, Inventory& inv
                      CheckCounts& counts) {
   DatabaseReader reader;
   if (Result result = reader.open(name); !result.ok()) return result;
+  reader.lookAtEach(
+      [](const DataBuffer& record) { return ObjectChecker::isPlainText(record.text()); });
   inventory.expect(mostRecords(name));
   ObjectChecker checker(findings, inventory);
   DataBuffer record;
@@ -55,7 +57,7 @@ Result checkDatabase(const std::string& name, Findings& findings, Inventory& inv
       findings.add(FindingKind::storedKey, placeOf(record), [&] { return reader.storedName(); });
     }
     checkCarried(record, findings);
-    checker.add(record, 0);
+    checker.add(record, 0, reader.lookResult());
   }
   checker.finish();
   counts.records = reader.count();

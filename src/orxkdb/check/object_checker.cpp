@@ -51,10 +51,21 @@ std::optional<std::int32_t> readUseCount(const ScannedAttribute& scanned) {
 
 }  // namespace
 
-void ObjectChecker::add(const DataBuffer& record, std::uint64_t line) {
-  if (!belongsToObject(record)) {
+// Most texts are as a set writes them, and hold nothing that others refer to: a look at their bytes
+// tells.
+bool ObjectChecker::isPlainText(std::string_view text) {
+  const auto refersToNone = [](int key) {
+    return key != known_attribute::useCount && !isHandleAttribute(key);
+  };
+  return sizeOfWrittenText(text, refersToNone).has_value();
+}
+
+void ObjectChecker::add(const DataBuffer& record, std::uint64_t line, bool isPlain) {
+  if (belongsToObject(record)) {
+    isPlain_ = false;
+  } else {
     endObject();
-    begin(record, line);
+    begin(record, line, isPlain);
   }
   checkNumber(record, line);
   checkShared(record, line);
@@ -75,7 +86,7 @@ bool ObjectChecker::belongsToObject(const DataBuffer& record) const {
   return hasObject_ && record.isOfSameObject(head_);
 }
 
-void ObjectChecker::begin(const DataBuffer& record, std::uint64_t line) {
+void ObjectChecker::begin(const DataBuffer& record, std::uint64_t line, bool isPlain) {
   hasObject_ = true;
   head_ = record;
   object_ = {numberOf(record.parentBytes()), numberOf(record.objectBytes())};
@@ -83,6 +94,7 @@ void ObjectChecker::begin(const DataBuffer& record, std::uint64_t line) {
   isSystemRecord_ = false;
   nextRecn_ = 0;
   text_.clear();
+  isPlain_ = isPlain;
 }
 
 void ObjectChecker::checkNumber(const DataBuffer& record, std::uint64_t line) {
@@ -145,19 +157,9 @@ void ObjectChecker::addModelReference(std::uint32_t source) {
       {model, source, counts ? ReferenceFrom::countedModel : ReferenceFrom::model});
 }
 
-// Most texts are as a set writes them, and hold nothing that others refer to: nothing can be wrong
-// with them, and a look at their bytes tells.
-bool ObjectChecker::textIsPlain() const {
-  bool isPlain = true;
-  const auto size = sizeOfWrittenText(text_, [&](int key) {
-    isPlain = isPlain && key != known_attribute::useCount && !isHandleAttribute(key);
-  });
-  return size && isPlain;
-}
-
 ObjectChecker::Noted ObjectChecker::checkText(std::uint32_t source) {
   Noted noted;
-  if (textIsPlain()) return noted;
+  if (isPlain_ || isPlainText(text_)) return noted;
   ScannedAttribute attribute;
   AttributeScanner scanner(text_);
   keys_.clear();

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "orxkdb/check/findings.h"
@@ -22,8 +23,13 @@ class ObjectChecker {
   ObjectChecker(Findings& findings, Inventory& inventory)
       : findings_(findings), inventory_(inventory) {}
 
-  // `line` is that of the record in a backup, else 0.
-  void add(const DataBuffer& record, std::uint64_t line);
+  // Whether nothing can be wrong with a text and it tells nothing that others have to agree with.
+  // For any thread; false may also be said of texts that are sound.
+  [[nodiscard]] static bool isPlainText(std::string_view text);
+
+  // `line` is that of the record in a backup, else 0. `isPlain` saves a look at its text: what
+  // isPlainText() says of it, or false.
+  void add(const DataBuffer& record, std::uint64_t line, bool isPlain = false);
   // Behind the last record.
   void finish();
 
@@ -37,7 +43,7 @@ class ObjectChecker {
   };
 
   [[nodiscard]] bool belongsToObject(const DataBuffer& record) const;
-  void begin(const DataBuffer& record, std::uint64_t line);
+  void begin(const DataBuffer& record, std::uint64_t line, bool isPlain);
   void endObject();
   void checkNumber(const DataBuffer& record, std::uint64_t line);
   [[nodiscard]] std::string joinedTo();
@@ -45,7 +51,6 @@ class ObjectChecker {
   void checkRecordType();
   void checkShared(const DataBuffer& record, std::uint64_t line);
   void addModelReference(std::uint32_t source);
-  [[nodiscard]] bool textIsPlain() const;
   Noted checkText(std::uint32_t source);
   void checkAttribute(const ScannedAttribute& attribute);
   void note(const ScannedAttribute& attribute, std::uint32_t source, Noted& noted);
@@ -65,6 +70,7 @@ class ObjectChecker {
   std::uint32_t nextRecn_ = 0;   // that the next record has to have
   bool isSystemRecord_ = false;  // one of the records so far is of the system record
   std::string text_;             // of the records so far
+  bool isPlain_ = false;         // that text, as far as it is known
   std::string systemText_;       // of all records of the system record
   // The last model of each list of a rebuild that was read with its first record.
   std::array<std::optional<Place::Object>, RecordLists::count> modelsAhead_;

@@ -109,7 +109,12 @@ class MarkCursor {
     constexpr std::uint64_t semicolons = 0x3B3B3B3B3B3B3B3Bu;
     constexpr std::uint64_t brackets = 0x3E3E3E3E3E3E3E3Eu;
     std::array<std::uint8_t, wordSize> bytes{};
-    std::memcpy(bytes.data(), text_.data() + block_, std::min(wordSize, text_.size() - block_));
+    const std::size_t left = text_.size() - block_;
+    if (left >= wordSize) {
+      std::memcpy(bytes.data(), text_.data() + block_, wordSize);  // of a fixed size: one load
+    } else {
+      std::memcpy(bytes.data(), text_.data() + block_, left);
+    }
     const std::uint64_t word = loadLE64(bytes.data());
     marks_ = zeroBytes(word ^ semicolons) | zeroBytes(word ^ brackets);
   }

@@ -67,6 +67,7 @@ bool DatabaseReader::readRecord(StoredRecord& stored, Result& result) {
   const std::int32_t code = readNextRecord(cursor_, stored.record);
   if (code == 0) {
     (void)kdb::GetCursorKey(cursor_, stored.key.data(), kdb::keySize);
+    stored.lookResult = look_ != nullptr && look_(stored.record);
     ++readCount_;
     return true;
   }

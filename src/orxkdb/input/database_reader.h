@@ -33,6 +33,9 @@ class DatabaseReader {
 
   // Once for a reader, before anything else.
   Result open(const std::string& name);
+  // Has `look` called for each record by the thread that reads it; what it says goes along with the
+  // record. Before the first next().
+  void lookAtEach(bool (*look)(const DataBuffer& record)) { look_ = look; }
   // Starts at the first record again, in the same state of the database. Not after a failure.
   Result rewind();
 
@@ -41,8 +44,10 @@ class DatabaseReader {
   [[nodiscard]] const Result& result() const { return result_; }
   // Whether `record`, the last that next() gave, is stored under its own key.
   [[nodiscard]] bool isUnderItsKey(const DataBuffer& record) const;
+  // What `look` said of it; false without one.
+  [[nodiscard]] bool lookResult() const { return last().lookResult; }
   // The key that the last record is stored under, in a record that is zero otherwise, and in words.
-  // These three are for after a next() that was true.
+  // These four are for after a next() that was true.
   [[nodiscard]] DataBuffer storedKey() const;
   [[nodiscard]] std::string storedName() const;
   // The database, for other ways of reading before the first next() or after the last; it goes
@@ -66,6 +71,7 @@ class DatabaseReader {
   struct StoredRecord {
     DataBuffer record;
     std::array<std::uint8_t, kdb::keySize> key{};  // that it is stored under
+    bool lookResult = false;
   };
   struct Batch {
     std::vector<StoredRecord> records;
@@ -80,6 +86,7 @@ class DatabaseReader {
   std::string name_;
   kdb::kdbHandle database_;
   kdb::kdbHandle cursor_;
+  bool (*look_)(const DataBuffer& record) = nullptr;
   std::uint64_t readCount_ = 0;  // by whoever fills batches
   std::optional<ReadAhead<Batch>> ahead_;
   Batch batch_;
