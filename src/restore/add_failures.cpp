@@ -11,12 +11,14 @@ namespace orx {
 void AddFailures::count(std::size_t list, const kdb::kdbStatus& outcome) {
   ORX_TRACE("AddFailures::count");
   const std::uint32_t attempt = attempts_[list]++;
-  if (outcome.returnCode != 0) {
-    failures_.push_back({static_cast<std::uint32_t>(list), attempt, outcome});
+  if (outcome.returnCode == 0) {
+    ++added_;
+  } else {
+    failures_.push_back({static_cast<std::uint32_t>(list), attempt, added_, outcome});
   }
 }
 
-void AddFailures::report(const std::function<void(const kdb::kdbStatus&, std::int32_t)>& print) {
+void AddFailures::report(const Print& print) {
   ORX_TRACE("AddFailures::report");
   if (failures_.empty()) return;
   const auto place = [](const Failure& f) { return std::tie(f.list, f.attempt); };
@@ -27,6 +29,15 @@ void AddFailures::report(const std::function<void(const kdb::kdbStatus&, std::in
     const std::uint32_t added = before[failure.list] + failure.attempt - reported_++;
     print(failure.outcome, static_cast<std::int32_t>(added + 1));
   }
+  failures_.clear();
+}
+
+void AddFailures::reportAsTried(const Print& print) {
+  ORX_TRACE("AddFailures::reportAsTried");
+  for (const Failure& failure : failures_) {
+    print(failure.outcome, static_cast<std::int32_t>(failure.addedBefore + 1));
+  }
+  reported_ += static_cast<std::uint32_t>(failures_.size());
   failures_.clear();
 }
 

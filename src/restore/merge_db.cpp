@@ -100,7 +100,11 @@ class MergeRestore {
     std::size_t list = 0;
     bool storageWorks = true;
     while (storageWorks && records.next(record, list)) storageWorks = takeRecord(record, list);
-    reportFailures();
+    if (storageWorks) {
+      failures_.report(printFailure_);
+    } else {
+      failures_.reportAsTried(printFailure_);
+    }
   }
 
   // False after a storage failure, which every further call would only repeat. Any other failure
@@ -110,15 +114,8 @@ class MergeRestore {
     const bool storageWorks = !kdb::isStorageFailure(static_cast<kdb::Code>(outcome.returnCode));
     failures_.count(list, outcome);
     if (outcome.returnCode == 0) addedCount_.countOne(database_.handle());
-    if (settings_.verbose != 0) reportFailures();
+    if (settings_.verbose != 0) failures_.report(printFailure_);
     return storageWorks;
-  }
-
-  void reportFailures() {
-    failures_.report([this](const kdb::kdbStatus& failure, std::int32_t number) {
-      database_.reportAddFailure(failure, number);
-      result_ = exitFailed;
-    });
   }
 
   // Closes database and file; what was written before an ordinary failure is kept.
@@ -137,6 +134,11 @@ class MergeRestore {
   DatabaseSession database_;
   CountedRecords addedCount_;
   AddFailures failures_;
+  const AddFailures::Print printFailure_ = [this](const kdb::kdbStatus& failure,
+                                                  std::int32_t number) {
+    database_.reportAddFailure(failure, number);
+    result_ = exitFailed;
+  };
   std::uint64_t backupRecords_ = 0;  // about as many are added
   ExitCode result_ = exitSuccess;
 };

@@ -275,18 +275,20 @@ TEST_F(MergeDb, AVerboseRunCountsInThousands) {
   EXPECT_THAT(output_, EndsWith("in list 31 are: 0\n" + done(2500)));
 }
 
-// The storage fails in the middle of adding, behind a record whose key is taken, or for the first
-// change.
+// The storage fails for the first change, in the middle of adding, behind a record whose key is
+// taken (97 identifiers sort before its), or at the end.
 TEST_F(MergeDb, AStorageFailureIsOneLineAndPublishesNothing) {
   const Records taken = object(5, 1);
-  const std::string noSpace = "\\*Error: .*, RC=7\\(Shortage\\), RSN=40\\(Space\\)\n";
-  const std::tuple<rlim_t, Records, std::string> cases[] = {
-      {rlim_t{1} << 20, {}, noSpace},
-      {rlim_t{1} << 20, taken, "\\*Error: .* record [0-9]+ .*RC=4.*\n" + noSpace},
-      {rlim_t{4} << 10, {}, noSpace},
+  const std::string noSpace = ".*, RC=7\\(Shortage\\), RSN=40\\(Space\\)\n";
+  const std::string notAdded = "\\*Error: Failure adding record ";
+  const std::tuple<rlim_t, std::uint32_t, Records, std::string> cases[] = {
+      {rlim_t{4} << 10, 9000, {}, "\\*Error:" + noSpace},
+      {rlim_t{1} << 20, 9000, {}, "\\*Error: in CloseDatabase" + noSpace},
+      {rlim_t{1} << 20, 25000, taken,
+       notAdded + "98 .*RC=4.*\n" + notAdded + "[0-9]{4,5}" + noSpace},
   };
-  test::writeFile("backup", test::backupOf(manyObjects(9000)));
-  for (const auto& [limit, own, lines] : cases) {
+  for (const auto& [limit, objects, own, lines] : cases) {
+    test::writeFile("backup", test::backupOf(manyObjects(objects)));
     std::filesystem::remove("db");
     test::createDatabase(system(counters({{5, "1"}})) + own);
     const std::string before = test::readFile("db");
