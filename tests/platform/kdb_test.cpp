@@ -169,6 +169,16 @@ TEST_F(Kdb, ScansDeleteWhatTheyHold) {
   }
 }
 
+TEST_F(Kdb, AScanDeletesAroundWhatAnotherHasDeleted) {
+  createDatabase(name_, 20);
+  const Opened database(name_);
+  EXPECT_EQ(scan(database, Record{}, [](auto object) { return object % 2 == 0; }), 5);
+  EXPECT_EQ(scan(database, Record{}, [](auto object) { return object < 16; }), 5);
+  EXPECT_EQ(database.add(makeRecord(500)), "0/0");
+  EXPECT_EQ(database.close(), "0/0");
+  EXPECT_THAT(test::objects(name_), ElementsAre(17, 19, 500));
+}
+
 mode_t modeOf(const std::string& file) {
   struct stat status {};
   EXPECT_EQ(::stat(file.c_str(), &status), 0);

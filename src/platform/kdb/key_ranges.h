@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <optional>
 
@@ -13,12 +14,14 @@ namespace orx::kdb {
 
 class KeyRanges {
  public:
-  // `key` is not in the set. `previous` is the record right before it in database order, when that
-  // one is in the set: both are in one range then.
+  // `key` is not in the set. `previous`, when it is in the set, is a record before it in database
+  // order with none between them that is not: all of these are in one range then.
   void add(const Key& key, const std::optional<Key>& previous) {
     if (previous.has_value()) {
       auto range = covering(*previous);
       if (range != ranges_.end() && range->second == *previous) {
+        // Records that another scan deleted may lie between the two.
+        ranges_.erase(std::next(range), ranges_.upper_bound(key));
         range->second = key;
         ++count_;
         return;
