@@ -47,17 +47,27 @@ read_files() {
   measured "$cell" sh -ec 'for file; do dd if="$file" of=/dev/null bs=1M; done' - "$@"
 }
 
-# read_and_write CELL IN OUT: the least that a command which reads IN and writes OUT has to do; what
-# is written is read as well.
+# write_beside OPERATION IN OUT COMMAND...: a command that reads IN and writes the file "out" beside
+# the least that it has to do for that: read IN, and write OUT, which is read as well. In odd turns
+# the one comes first, in even turns the other: behind many written bytes the disk may be slow.
 # shellcheck disable=SC2016  # the arguments are expanded by the inner shell
-read_and_write() {
-  rm -f dd.out
-  measured "$1" sh -ec 'cat "$1" >/dev/null; dd if="$2" of=dd.out bs=1M conv=fsync' - "$2" "$3"
+write_beside() {
+  local operation=$1 in=$2 out=$3 order=$((turn % 2)) side
+  shift 3
+  for side in "$order" $((1 - order)); do
+    rm -f out out.orx-*
+    if [ "$side" -eq 1 ]; then
+      measured "$operation" "$@"
+    else
+      measured "${operation}_io" sh -ec 'cat "$1" >/dev/null; dd if="$2" of=out bs=1M conv=fsync' \
+        - "$in" "$out"
+    fi
+  done
 }
 
 # What a turn reads is a database as a restore leaves it.
-for _ in $(seq "$runs"); do
-  rm -f copied copied.orx-* a.orx-previous merged.orx-previous out loaded loaded.orx-*
+for turn in $(seq "$runs"); do
+  rm -f copied copied.orx-* a.orx-previous merged.orx-previous out out.orx-*
   orxrestore -i a.txt -o a >/dev/null
   measured pass copy_records a
   measured check orxkdb check a
@@ -71,13 +81,9 @@ for _ in $(seq "$runs"); do
   measured merge orxrestore -i b.txt -m merged
   orxrestore -i a.txt -o merged >/dev/null
   measured plan orxkdb plan merged b.txt
-  read_and_write dump_io a a.dump
-  measured dump orxkdb dump a out
-  rm -f out
-  measured load orxkdb load loaded a.dump
-  read_and_write load_io a.dump a
-  measured backup orxkdb backup a out
-  read_and_write backup_io a a.txt
+  write_beside dump a a.dump orxkdb dump a out
+  write_beside load a.dump a orxkdb load out a.dump
+  write_beside backup a a.txt orxkdb backup a out
   expected_status=1 measured diff orxkdb diff a b
   measured pass_both sh -ec "copy_records a; copy_records b"
   read_files diff_io a b
