@@ -8,6 +8,7 @@
 #include "orxkdb/check/check_run.h"
 #include "orxkdb/output/json_document.h"
 #include "orxkdb/output/output.h"
+#include "orxkdb/words/counted.h"
 #include "terminal/color.h"
 
 namespace orx::orxkdb {
@@ -16,9 +17,8 @@ namespace {
 
 Result resultOf(const CheckOptions& options, const Findings& findings) {
   if (findings.total() == 0) return {};
-  const std::string total = std::to_string(findings.total());
-  return fail(exitNotAsExpected, total + (findings.total() == 1 ? " finding" : " findings"),
-              options.input, "read the report; \"orxkdb explain\" shows an object or a line");
+  return fail(exitNotAsExpected, counted(findings.total(), "finding"), options.input,
+              "read the report; \"orxkdb explain\" shows an object or a line");
 }
 
 }  // namespace

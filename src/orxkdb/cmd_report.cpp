@@ -39,8 +39,8 @@ nlohmann::ordered_json summaryJson(const ReportOptions& options, const ReportDat
 
 std::string summaryText(const ReportOptions& options, const ReportData& data) {
   return options.page + ": report of " + options.database + ", " +
-         counted(data.statistics.objects, "object") + ", " +
-         counted(data.findings.total(), "finding");
+         groupedCount(data.statistics.objects, "object") + ", " +
+         groupedCount(data.findings.total(), "finding");
 }
 
 Result writePage(const Page& page, Output& output) {

@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "orxkdb/words/attribute_label.h"
+#include "orxkdb/words/counted.h"
 #include "orxkdb/words/quote.h"
 #include "restore/merge_types.h"
 
@@ -36,10 +37,6 @@ bool isNearLimit(std::uint32_t identifier) {
 
 bool isMerged(std::uint8_t type) {
   return type < mergedTypes.size() && mergedTypes[type] != 0;
-}
-
-std::string counted(std::uint64_t count, std::string_view one, std::string_view many) {
-  return std::to_string(count) + " " + std::string(count == 1 ? one : many);
 }
 
 std::string counterText(const Counter& counter) {

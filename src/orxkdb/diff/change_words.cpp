@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "orxkdb/diff/record_words.h"
+#include "orxkdb/words/counted.h"
 #include "orxkdb/words/explained_attribute.h"
 #include "orxkdb/words/handle_words.h"
 
@@ -28,10 +29,6 @@ Json headingJson(ObjectChange change, const ObjectKey& key) {
   return {{"change", nameOf(change)},
           {"object", handleJson(handleOf(key.object))},
           {"parent", handleJson(handleOf(key.parent))}};
-}
-
-std::string counted(std::size_t count, const std::string& what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 // --- attributes

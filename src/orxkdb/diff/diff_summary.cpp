@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
+#include "orxkdb/words/counted.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {
@@ -113,8 +114,7 @@ std::string countsInShort(const DiffCounts& counts) {
     text += (text.empty() ? "" : ", ") + std::to_string(counts.of(change)) + " " + nameOf(change);
   }
   if (counts.unreadableLines == 0) return text;
-  return text + ", " + std::to_string(counts.unreadableLines) +
-         (counts.unreadableLines == 1 ? " unreadable line" : " unreadable lines");
+  return text + ", " + counted(counts.unreadableLines, "unreadable line");
 }
 
 std::string summaryText(const ChainReader& before, const ChainReader& after,

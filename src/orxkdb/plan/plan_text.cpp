@@ -3,6 +3,7 @@
 
 #include "orxkdb/plan/plan_report.h"
 #include "orxkdb/plan/plan_words.h"
+#include "orxkdb/words/counted.h"
 #include "orxkdb/words/printable.h"
 #include "terminal/file_words.h"
 
@@ -14,10 +15,6 @@ using Cells = std::vector<std::string>;
 
 constexpr std::size_t nameWidth = 24;
 constexpr std::size_t cellWidth = 12;
-
-std::string numbered(std::uint64_t count, std::string_view noun) {
-  return std::to_string(count).append(" ").append(noun).append(count == 1 ? "" : "s");
-}
 
 // The cells stand below each other, flush right.
 std::string row(std::string name, const Cells& cells) {
@@ -61,11 +58,11 @@ class Text {
     const std::string merge =
         "The merge of " + onOneLine(names_.backup) + " into " + onOneLine(names_.database);
     if (plan_.succeeds()) {
-      return merge + " would succeed: " + numbered(totals_.records, "record") + " of " +
-             numbered(totals_.objects, "object") + " to add.\n";
+      return merge + " would succeed: " + counted(totals_.records, "record") + " of " +
+             counted(totals_.objects, "object") + " to add.\n";
     }
     return merge + " would FAIL with exit code " + std::to_string(plan_.exitCode()) + ":\n" +
-           std::to_string(totals_.refused) + " of " + numbered(totals_.records, "record") +
+           std::to_string(totals_.refused) + " of " + counted(totals_.records, "record") +
            " cannot be added, their keys are taken. The others would be added all the same.\n";
   }
 

@@ -47,7 +47,7 @@ std::string findingSection(const ReportData& data) {
     return section("findings", "Findings", "<p class=\"good\">No findings.</p>\n");
   }
   std::string html =
-      "<p class=\"bad\">" + counted(total, "finding") +
+      "<p class=\"bad\">" + groupedCount(total, "finding") +
       ".</p>\n<p>Text that stands in quotation marks is that of the database.</p>\n" +
       summary(data.findings);
   for (const FindingKindText& kind : findingKinds) {

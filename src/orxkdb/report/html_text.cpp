@@ -91,7 +91,7 @@ std::string grouped(std::uint64_t number) {
   return digits;
 }
 
-std::string counted(std::uint64_t count, std::string_view noun) {
+std::string groupedCount(std::uint64_t count, std::string_view noun) {
   return grouped(count).append(" ").append(noun).append(count == 1 ? "" : "s");
 }
 

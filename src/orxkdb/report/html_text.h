@@ -20,7 +20,7 @@ namespace orx::orxkdb {
 // "1,234,567".
 [[nodiscard]] std::string grouped(std::uint64_t number);
 // "1 record", "1,234 records": `noun` is one whose plural ends in "s".
-[[nodiscard]] std::string counted(std::uint64_t count, std::string_view noun);
+[[nodiscard]] std::string groupedCount(std::uint64_t count, std::string_view noun);
 
 // Of a handle or a record: "type 12".
 [[nodiscard]] std::string typeName(std::int64_t type);

@@ -83,8 +83,8 @@ ModelNodes nodesByType(const std::vector<UsedModel>& models) {
   std::map<std::int32_t, std::size_t> numbers;
   for (const auto& [type, count] : counts) {
     numbers.emplace(type, nodes.names.size());
-    nodes.names.push_back(type == 0 ? counted(count, "handle") + " without a model"
-                                    : counted(count, "model") + " of " + typeName(type));
+    nodes.names.push_back(type == 0 ? groupedCount(count, "handle") + " without a model"
+                                    : groupedCount(count, "model") + " of " + typeName(type));
   }
   for (const UsedModel& model : models) nodes.ofModel.push_back(numbers.at(model.recType));
   return nodes;
@@ -145,9 +145,9 @@ std::string rankStrip(const std::vector<UsedModel>& models) {
     picture.rect({static_cast<double>(bar) * width, height - share * height, width, share * height},
                  "bar",
                  "rank " + grouped(bar * perBar + 1) + ": " + modelName(model) + ", " +
-                     counted(model.uses, "use"));
+                     groupedCount(model.uses, "use"));
   }
-  std::string caption = "Uses of all " + counted(count, "model") + ", most used first, from " +
+  std::string caption = "Uses of all " + groupedCount(count, "model") + ", most used first, from " +
                         grouped(models.front().uses) + " down to " + grouped(std::prev(end)->uses);
   if (perBar > 1) caption += "; a bar is the most used of " + grouped(perBar) + " models";
   return figure(caption, picture.take());

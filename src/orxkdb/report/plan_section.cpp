@@ -45,13 +45,13 @@ class PlanPart {
     const std::string merge = "The merge of " + escaped(shortened(backup, longestText)) + " into " +
                               escaped(shortened(database, longestText));
     if (plan_.succeeds()) {
-      return "<p>" + merge +
-             " would <span class=\"good\">succeed</span>: " + counted(totals.records, "record") +
-             " of " + counted(totals.objects, "object") + " to add.</p>\n";
+      return "<p>" + merge + " would <span class=\"good\">succeed</span>: " +
+             groupedCount(totals.records, "record") + " of " +
+             groupedCount(totals.objects, "object") + " to add.</p>\n";
     }
     return "<p>" + merge + " would <span class=\"bad\">fail</span> with exit code " +
            std::to_string(plan_.exitCode()) + ": " + grouped(totals.refused) + " of " +
-           counted(totals.records, "record") +
+           groupedCount(totals.records, "record") +
            " cannot be added, their keys are taken. The others would be added all the same.</p>\n";
   }
 
@@ -106,7 +106,7 @@ class PlanPart {
                  type.isRenumbered ? rangeWords(type.ranges[i], type.shift) : "kept"});
     }
     if (shown == type.ranges.size()) return;
-    table.row({typeName(type.type), "", counted(type.ranges.size() - shown, "more range"),
+    table.row({typeName(type.type), "", groupedCount(type.ranges.size() - shown, "more range"),
                "\"--limit 0\" shows them"});
   }
 

@@ -48,7 +48,7 @@ std::string typeTable(const ReportData& data) {
     otherRecords -= count;
   }
   if (records.size() > mostTypes) {
-    table.row({counted(records.size() - mostTypes, "more type"), grouped(otherObjects),
+    table.row({groupedCount(records.size() - mostTypes, "more type"), grouped(otherObjects),
                grouped(otherRecords)});
   }
   return table.take();
@@ -98,8 +98,9 @@ std::string modelWords(const std::vector<UsedModel>& models, std::uint64_t refer
     if (model.isThere && model.uses == 0) ++unused;
     if (!model.isThere) astray += model.uses;
   }
-  std::string text = counted(there, "model") + ", " + grouped(unused) + " of them unused. " +
-                     counted(references, "reference") + " of objects through their model handle";
+  std::string text = groupedCount(there, "model") + ", " + grouped(unused) + " of them unused. " +
+                     groupedCount(references, "reference") +
+                     " of objects through their model handle";
   if (astray > 0) text += ", " + grouped(astray) + " of them to handles that no model has";
   return paragraph(text + ". References are counted as a use-count rebuild counts them.");
 }

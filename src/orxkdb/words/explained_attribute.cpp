@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "orxkdb/keys/handle_number.h"
+#include "orxkdb/words/counted.h"
 #include "orxkdb/words/handle_words.h"
 #include "orxkdb/words/printable.h"
 #include "restore/handle_attributes.h"
@@ -65,8 +66,8 @@ std::string ExplainedAttribute::title() const {
 }
 
 std::string ExplainedAttribute::text() const {
-  std::string text = "  " + title() + ", " + std::to_string(attribute_.attrCount());
-  text.append(attribute_.attrCount() == 1 ? " value" : " values");
+  const auto count = static_cast<std::uint64_t>(attribute_.attrCount());
+  std::string text = "  " + title() + ", " + counted(count, "value");
   if (scanned_.statedCount != attribute_.attrCount()) {
     text += ", though it states " + std::to_string(scanned_.statedCount);
   }
