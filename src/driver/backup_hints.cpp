@@ -52,6 +52,16 @@ bool addOwnGeneration(const RestoreSettings& settings, HintList& hints) {
   return true;
 }
 
+void addMissing(const std::string& name, HintList& hints) {
+  std::error_code error;
+  const auto directory = std::filesystem::path(name).parent_path();
+  if (directory.empty() || std::filesystem::exists(directory, error)) {
+    hints.add("there is no backup {BACKUP}", "ls -l {dir}");
+  } else {
+    hints.add("there is no backup {BACKUP}, and no directory for it", "ls -l .");
+  }
+}
+
 void addWhyUnopened(const std::string& name, int error, HintList& hints) {
   struct stat file {};
   if (error == EMFILE || error == ENFILE) {
@@ -59,7 +69,7 @@ void addWhyUnopened(const std::string& name, int error, HintList& hints) {
                      moreFiles);
   }
   if (::stat(name.c_str(), &file) != 0) {
-    if (errno == ENOENT) return hints.add("there is no backup {BACKUP}", "ls -l {dir}");
+    if (errno == ENOENT) return addMissing(name, hints);
     return hints.add("the backup {BACKUP} cannot be reached ({why})", "ls -l .",
                      {{"{why}", errorText(errno)}});
   }
@@ -102,7 +112,7 @@ void addUnopenedBackup(const RunOutcome& outcome, HintList& hints) {
   addWhyUnopened(settings.backupFileName, outcome.report.backupError, hints);
   if (outcome.published) {
     hints.addUndo("only the system record of {DB} was written again");
-  } else {
+  } else if (isTaken(settings.databaseName)) {
     hints.append("; " + absolutePath(settings.databaseName) + " is unchanged");
   }
 }

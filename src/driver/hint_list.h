@@ -14,7 +14,7 @@ namespace orx {
 
 struct Hint {
   std::string what;  // one sentence; names files by their absolute paths
-  std::string next;  // a command, ready to type
+  std::string next;  // a command, ready to type; empty where there is nothing to do
 };
 
 // A text with places for names. Only constants are: a name that looks like a place stays a name.

@@ -11,7 +11,9 @@
 #include "driver/obstacle_hint.h"
 #include "messages/message_print.h"
 #include "platform/interruption.h"
+#include "platform/kdb_files.h"
 #include "platform/kdb_obstacle.h"
+#include "platform/taken_name.h"
 #include "restore/exit_codes.h"
 #include "terminal/color.h"
 
@@ -91,20 +93,38 @@ void addSuspectSuccess(const RunOutcome& outcome, HintList& hints) {
 
 // The change is made, and its last step is not.
 void addReplaced(const RunOutcome& outcome, HintList& hints) {
-  if (!outcome.published) return;
-  const kdb::Obstacle left = kdb::obstacleOf(outcome.settings.databaseName);
-  if (left.kind == kdb::ObstacleKind::replaced) addObstacle(left, hints);
+  const kdb::Obstacle replaced = kdb::replacedBy(outcome.settings.databaseName);
+  if (replaced.kind == kdb::ObstacleKind::none) return;
+  if (!isTaken(kdb::previousName(outcome.settings.databaseName))) {
+    addObstacle(replaced, hints);
+    return;
+  }
+  hints.add(
+      "{FILE} is the database before this change, and could not become {PREVIOUS}; the next change "
+      "makes it that, or \"orxkdb undo\" takes it back, once what has that name is moved away",
+      "ls -ld {previous}", {{"{FILE}", absolutePath(replaced.path)}});
+}
+
+// Whoever wants to undo the run would undo the one before it.
+void addNoChange(HintList& hints) {
+  hints.add("{DB} had nothing to change: it is as it was, and so is its previous generation", "");
 }
 
 void addSuccess(const RunOutcome& outcome, HintList& hints) {
   addSuspectSuccess(outcome, hints);
   addWrongBackup(outcome.settings, hints);
-  addReplaced(outcome, hints);
+  if (outcome.published) {
+    addReplaced(outcome, hints);
+  } else if (outcome.settings.mode != modeReplace) {
+    addNoChange(hints);
+  }
 }
 
 void print(const Hint& hint) {
-  const std::string command = painted(hint.next, Paint::bold, STDERR_FILENO);
-  (void)std::fprintf(stderr, "orxrestore: %s\n  next: %s\n", hint.what.c_str(), command.c_str());
+  (void)std::fprintf(stderr, "orxrestore: %s\n", hint.what.c_str());
+  if (hint.next.empty()) return;
+  (void)std::fprintf(stderr, "  next: %s\n",
+                     painted(hint.next, Paint::bold, STDERR_FILENO).c_str());
 }
 
 }  // namespace

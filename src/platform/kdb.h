@@ -7,10 +7,10 @@
 //   successor NAME.orx-new beside it (mode 0600); CloseDatabase syncs it, gives it the mode and
 //   owner of the database, puts it in the place of the database in one atomic step and syncs the
 //   directory. The database that was replaced stays as NAME.orx-previous (one generation).
-// - A run that changes nothing publishes nothing. After a storage failure (7, 8, 9, 11) nothing is
-//   published either, and every later change, look-up by key and opening of a scan or cursor
-//   answers with that failure. After an ordinary failure (a duplicate key, say) the changes before
-//   it are published at close.
+// - A run that changes nothing publishes nothing; to store a record as it is stored already is no
+//   change. After a storage failure (7, 8, 9, 11) nothing is published either, and every later
+//   change, look-up by key and opening of a scan or cursor answers with that failure. After an
+//   ordinary failure (a duplicate key, say) the changes before it are published at close.
 // - A process that dies leaves the database as it was or, when CloseDatabase had come to the step
 //   that changes it, as the run made it. The next open for update discards a stale successor, or
 //   makes up for what the publishing lacks.

@@ -58,9 +58,10 @@ Situation situationOf(const std::string& name, Reason reason, Phase phase) {
 }
 
 // The file that kept a database from being opened for a change explains more than the failure,
-// where it is not the database.
+// where it is not the database. One may also have come between the opening and the first change.
 bool mayBeObstacle(const std::string& name, Reason reason, Phase phase) {
-  if (!isBeforeUse(phase) || (phase == Phase::creating && isTaken(name))) return false;
+  if (phase == Phase::creating && isTaken(name)) return false;
+  if (!isBeforeUse(phase)) return reason == Reason::unique;
   return reason == Reason::unique || reason == Reason::authority || reason == Reason::inUse;
 }
 

@@ -19,9 +19,13 @@ struct Obstacle {
   std::string path = {};
 };
 
-// To explain why the database `name` could not be opened for update (3/19, 4/46, 11/3): the first
-// file beside it, or itself, that the programs cannot deal with; kind `none` and no path when there
-// is none. Only looks, as far as it can.
+// To explain why the database `name` could not be opened for update or changed (3/19, 4/46, 11/3):
+// the first file beside it, or itself, that the programs cannot deal with; kind `none` and no path
+// when there is none. Only looks, as far as it can.
 [[nodiscard]] Obstacle obstacleOf(const std::string& name);
+
+// The database that `name` replaced, kind `replaced`, while it has not become the previous
+// generation; else kind `none` and no path. Only looks.
+[[nodiscard]] Obstacle replacedBy(const std::string& name);
 
 }  // namespace orx::kdb

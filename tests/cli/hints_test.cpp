@@ -77,8 +77,7 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
       {"-u nofolder/db", exitNameHasPath, ".* no directory for @nofolder/db", "ls -l [.]"},
       {"-i missing -o db", exitBackupNotOpened, "there is no backup @missing; @db is unchanged",
        "ls -l [.]", "\nIDS_MAIN_SECOND(missing)\n"},
-      {"-i folder -o no", exitBackupNotOpened,
-       "the backup @folder is a directory; @no is unchanged", "ls -ld folder",
+      {"-i folder -o no", exitBackupNotOpened, "the backup @folder is a directory", "ls -ld folder",
        "\nIDS_MAIN_SECOND(folder)\n"},
       {"-i backup/x -o db", exitBackupNotOpened,
        "the backup @backup/x cannot be reached [(]Not a directory[)]; @db is unchanged",
@@ -133,7 +132,10 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
       {"-i '{db}.gz' -m counterless", exitFailed, "@[{]db[}][.]gz is compressed with gzip; .*",
        "zcat < '[{]db[}][.]gz' > '[{]db[}]'"},
       {"-i '{dir}/{why}' -o db", exitBackupNotOpened,
-       "there is no backup @[{]dir[}]/[{]why[}]; @db is unchanged", "ls -l '[{]dir[}]'"},
+       "there is no backup @[{]dir[}]/[{]why[}], and no directory for it; @db is unchanged",
+       "ls -l [.]"},
+      {"-i missing -m other", exitBackupNotOpened,
+       "there is no backup @missing; @other is unchanged", "ls -l [.]"},
       {"-i packed -m counterless", exitFailed, "@packed is compressed .*",
        "zcat < packed > packed[.]2[.]txt"},
       {"-i twice -m other", exitFailed,
@@ -185,8 +187,36 @@ TEST_F(Hints, NameAFullDiskWhoHoldsTheDatabaseAndMissingMessages) {
   EXPECT_EQ(silent.exitCode, exitSuccess);
   EXPECT_EQ(silent.output, "start to rebuild the use count for DB db\n");
   expectMatch(silent.errors,
-              "orxrestore: the messages are missing .*@PRESTORE_restore\n  next: orxkdb messages\n",
+              "orxrestore: the messages are missing .*@PRESTORE_restore\n  next: orxkdb messages\n"
+              "orxrestore: @db had nothing to change: .*\n",
               directory_);
+}
+
+// A directory takes a name before the first change, and while changes are made.
+TEST_F(Hints, NameWhatCameIntoTheWayDuringTheRun) {
+  writeFile(directory_ / "lines", resourceLines(3000));
+  const struct {
+    const char* database;
+    const char* before;
+    int exitCode;
+    std::string errors;
+  } cases[] = {
+      {"empty", "until ! flock -n empty true; do sleep .01; done", exitFailed,
+       "orxrestore: @empty.orx-previous is no file of this program, .*; the database is unchanged\n"
+       "  next: ls -ld @empty.orx-previous\n"},
+      {"other", "head -n 2500 lines >&5; until test -e other.orx-new; do sleep .01; done",
+       exitSuccess,
+       "orxrestore: @other.orx-new is the database before this change, .*\n"
+       "  next: ls -ld other.orx-previous\n"},
+  };
+  for (const auto& row : cases) {
+    const std::string name = row.database;
+    const auto result = run("mkfifo " + name + ".pipe; orxrestore -i " + name + ".pipe -o " + name +
+                            " & exec 5> " + name + ".pipe; " + row.before + "; mkdir " + name +
+                            ".orx-previous; tail -n 500 lines >&5; exec 5>&-; wait $!");
+    EXPECT_EQ(result.exitCode, row.exitCode) << name;
+    expectMatch(result.errors, row.errors, directory_);
+  }
 }
 
 TEST_F(Hints, NameAFileSystemThatHoldsNoMoreFiles) {

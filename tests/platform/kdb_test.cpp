@@ -169,6 +169,20 @@ TEST_F(Kdb, ScansDeleteWhatTheyHold) {
   }
 }
 
+TEST_F(Kdb, ToStoreARecordAsItIsIsNoChange) {
+  createDatabase(name_, 3);
+  for (const bool isChanged : {false, true}) {
+    const Opened database(name_);
+    Record last = makeRecord(3);
+    if (isChanged) last.back() ^= 1;
+    EXPECT_EQ(database.update(makeRecord(2)), "0/0");
+    EXPECT_EQ(database.update(last), "0/0");
+    EXPECT_EQ(database.update(makeRecord(4)), "5/28");
+    EXPECT_EQ(database.close(), "0/0");
+    EXPECT_EQ(std::filesystem::exists(name_ + ".orx-previous"), isChanged);
+  }
+}
+
 TEST_F(Kdb, AScanDeletesAroundWhatAnotherHasDeleted) {
   createDatabase(name_, 20);
   const Opened database(name_);

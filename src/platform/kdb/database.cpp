@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -273,8 +274,22 @@ Outcome Database::add(const Key& key, const std::uint8_t* record) {
 }
 
 Outcome Database::update(const Key& key, const std::uint8_t* record) {
+  if (const auto outcome = updateWithoutChange(key, record)) return *outcome;
   const Outcome outcome = prepareChange(key);
   return outcome.ok() ? successor_->update(key, record) : outcome;
+}
+
+// What an update answers that has nothing to do, before the first change of a run: where none comes
+// there is nothing to publish.
+std::optional<Outcome> Database::updateWithoutChange(const Key& key, const std::uint8_t* record) {
+  if (mode_ != OpenMode::update || successor_ != nullptr) return std::nullopt;
+  std::array<std::uint8_t, recordSize> stored{};
+  const Outcome found = readNext(key, stored.data());
+  if (found == endOfData) return recordNotFound;
+  if (!found.ok()) return std::nullopt;
+  if (lookUpNext_ != following(key)) return recordNotFound;
+  if (std::memcmp(stored.data(), record, recordSize) != 0) return std::nullopt;
+  return succeeded;
 }
 
 Outcome Database::erase(const Key& key) {

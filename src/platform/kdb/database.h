@@ -70,6 +70,7 @@ class Database {
   [[nodiscard]] Outcome deleteHeld(Scan& scan);
   // `record` is 296 bytes.
   [[nodiscard]] Outcome add(const Key& key, const std::uint8_t* record);
+  // No change when the record is stored as it is and nothing has been changed before.
   [[nodiscard]] Outcome update(const Key& key, const std::uint8_t* record);
   [[nodiscard]] Outcome erase(const Key& key);
   // Copies the first record whose key is `key` or follows it into 296 bytes. endOfData when there
@@ -100,6 +101,7 @@ class Database {
   Outcome settleLastRun();
   Outcome prepareChange();
   Outcome prepareChange(const Key& key);
+  std::optional<Outcome> updateWithoutChange(const Key& key, const std::uint8_t* record);
   Outcome readNextChanged(const Key& key, std::uint8_t* record);
   Outcome startSuccessor();
   Outcome makeSuccessor();

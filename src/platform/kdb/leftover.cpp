@@ -150,6 +150,17 @@ ObstacleKind obstacleAt(const DatabasePaths& paths, const std::string& path, int
   return matters ? obstacleInFile(paths, path, databaseFd) : ObstacleKind::none;
 }
 
+Obstacle firstObstacle(const std::string& name, bool (*isWanted)(ObstacleKind kind)) {
+  const DatabasePaths paths = DatabasePaths::of(resolvePath(name).value_or(name));
+  const UniqueFd database = openFile(paths.database, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+  for (const std::string* const path :
+       {&paths.previous, &paths.replaced, &paths.successor, &paths.database}) {
+    const ObstacleKind kind = obstacleAt(paths, *path, database.get());
+    if (isWanted(kind)) return {kind, *path};
+  }
+  return {};
+}
+
 }  // namespace
 
 Outcome settleLeftover(const DatabasePaths& paths, int databaseFd) {
@@ -174,14 +185,11 @@ Outcome checkNamesCanChange(const DatabasePaths& paths) {
 }
 
 Obstacle obstacleOf(const std::string& name) {
-  const DatabasePaths paths = DatabasePaths::of(resolvePath(name).value_or(name));
-  const UniqueFd database = openFile(paths.database, O_RDONLY | O_NONBLOCK | O_NOCTTY);
-  for (const std::string* const path :
-       {&paths.previous, &paths.replaced, &paths.successor, &paths.database}) {
-    const ObstacleKind kind = obstacleAt(paths, *path, database.get());
-    if (kind != ObstacleKind::none) return {kind, *path};
-  }
-  return {};
+  return firstObstacle(name, [](ObstacleKind kind) { return kind != ObstacleKind::none; });
+}
+
+Obstacle replacedBy(const std::string& name) {
+  return firstObstacle(name, [](ObstacleKind kind) { return kind == ObstacleKind::replaced; });
 }
 
 }  // namespace orx::kdb
