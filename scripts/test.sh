@@ -4,7 +4,7 @@
 # record than bench/expected.json says. Installs the Debian packages that it needs. The last line
 # counts the tests.
 set -uo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/.." || exit 1
 . scripts/packages.sh
 scripts/setup.sh "${build_packages[@]}" "${check_packages[@]}" || exit 1
 
@@ -53,15 +53,7 @@ run_tests() {
   fi
 }
 
-sources() { git ls-files -- 'src/*.h' 'src/*.cpp' 'tests/*.h' 'tests/*.cpp' 'bench/*.h' 'bench/*.cpp'; }
-check_format() { sources | xargs -r clang-format --dry-run --Werror; }
-# The compiler's warnings are those of the build; the two that only clang has are left out.
-check_lint() {
-  git ls-files -- 'src/*.cpp' | xargs -r -n 4 -P "$(nproc)" clang-tidy -p build --quiet \
-    --extra-arg=-Wno-sign-conversion --extra-arg=-Wno-format-security 2>/dev/null
-}
-
-check "formatting" check_format
+check "formatting" scripts/format.sh
 check "include directions" scripts/check_includes.sh
 check "build: release" build release
 check "build: asan" build asan
@@ -70,7 +62,7 @@ run_tests "tests of the layers, sanitized" build/asan/bin/orx_tests
 GTEST_FILTER='-*FaultSample*' run_tests "tests of the programs, sanitized" build/asan/bin/orx_program_tests
 ORX_PROGRAMS=$PWD/build/bin run_tests "tests of the programs, optimised" build/asan/bin/orx_program_tests
 check "instruction counts" bench/instructions.sh
-check "lint" check_lint
+check "lint" scripts/lint.sh
 
 if [ "$skipped" -gt 0 ]; then
   echo "$passed passed, $failed failed, $skipped skipped"
