@@ -28,8 +28,9 @@ std::vector<std::string> namesMissing(const CMSymParmSet& written, const CMSymPa
 void PlanObserver::currentRecord(const DataBuffer& record, bool isOfSystemRecord) {
   ++plan_.databaseRecords;
   if (!isOfSystemRecord) return;
-  ++plan_.systemBefore.records;
-  plan_.systemBefore.textBytes += record.text().size();
+  SystemRecordSize& size = record.hasNullHandles() ? plan_.systemBefore : plan_.strays;
+  ++size.records;
+  size.textBytes += record.text().size();
 }
 
 void PlanObserver::currentParameters(const CMSymParmSet& parameters, const CMAttribute*) {
