@@ -90,7 +90,8 @@ class Plan : public testing::Test {
     test::writeFile("backup", "");
     ASSERT_EQ(planMerge("db", "backup", 0, after).text, "");
     const std::uint64_t system = plan.systemAfter.records - plan.systemBefore.records;
-    EXPECT_EQ(after.databaseRecords, plan.databaseRecords + plan.addedRecords() + system);
+    EXPECT_EQ(after.databaseRecords,
+              plan.databaseRecords + plan.addedRecords() + system - plan.replaced);
     EXPECT_EQ(after.systemBefore.records, plan.systemAfter.records);
     EXPECT_EQ(after.systemBefore.textBytes, plan.systemAfter.textBytes);
     EXPECT_EQ(after.strays.records, plan.strays.records + plan.addedStrays);
@@ -113,6 +114,9 @@ TEST_F(Plan, IsWhatTheMergeDoes) {
                                        .recType = 5,
                                        .text = attribute(3, {std::string(240, 'y')})})};
   const Records otherOfItsKey = {build({.recn = 3, .auxValue2 = 1})};
+  const Records othersInItsPlace = test::chain({.auxValue2 = 1}, "") +
+                                   test::chain({.recn = 1}, test::counters({{5, "100"}})) +
+                                   otherOfItsKey;
   const Records noObject = {build({.recType = -1})};
   const struct {
     const char* name;
@@ -151,6 +155,8 @@ TEST_F(Plan, IsWhatTheMergeDoes) {
        backupOf(alien + stray(2, 1) + object(2, 1)), "", "2 1-1+9; "},
       {"nothing but a stray of the system record", stray(5, 3, test::counters({{5, "100"}})),
        backupOf(alien + object(5, 1)), "", "5 1-1+99; "},
+      {"others in the place of the system record", othersInItsPlace, backupOf(object(5, 1)), "",
+       "5 1-1+99; "},
       {"no line", current, "", "", ""},
   };
   for (const auto& row : cases) {
@@ -250,6 +256,9 @@ TEST_F(Plan, WarnsOfWhatTheMergeDoesNotMind) {
        "read as the system record: 1; the merge writes a new one beside them, of 1 record"},
       {counters, backupOf(counters + stray(2, 1)),
        "that the next merge reads as part of the system record: 1"},
+      {test::chain({.auxValue2 = 1}, "") + stray(2, 1, test::counters({})), "",
+       "records of the database that are lost, because the system record is written in their "
+       "place (null handles, but an auxValue2 other than 0): 1"},
   };
   for (const auto& row : cases) {
     EXPECT_THAT(warningsOf(planOf(row.current, row.backup)),

@@ -130,7 +130,8 @@ std::string planJson(const PlanNames& names, const MergePlan& plan, std::size_t 
        {{"before", sizeJson(plan.systemBefore)},
         {"after", sizeJson(plan.systemAfter)},
         {"strays", sizeJson(plan.strays)},
-        {"straysAdded", plan.addedStrays}}},
+        {"straysAdded", plan.addedStrays},
+        {"replaced", plan.replaced}}},
       {"read", {{"database", {{"records", plan.databaseRecords}}}, {"backup", backupJson(plan)}}},
   };
   return jsonText(jsonDocument("plan", members));

@@ -90,6 +90,7 @@ class PlanRun {
     merge_.mergeSystemRecord();
     const std::string text = chainText(merge_.systemRecord());
     plan_.systemAfter = {chainLength(text), std::strlen(text.c_str())};
+    plan_.replaced = observer_.othersBelow(plan_.systemAfter.records);
   }
 
   Result addObjects() {

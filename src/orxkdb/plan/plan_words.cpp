@@ -64,11 +64,20 @@ std::string strayWarning(const MergePlan& plan) {
 
 void addStrayWarnings(const MergePlan& plan, std::vector<std::string>& warnings) {
   if (plan.strays.records != 0) warnings.push_back(strayWarning(plan));
-  if (plan.addedStrays == 0) return;
+  if (plan.addedStrays != 0) {
+    warnings.push_back(
+        "objects to add that have a parent, but that the next merge reads as part of the system "
+        "record: " +
+        std::to_string(plan.addedStrays));
+  }
+}
+
+void addReplacedWarning(const MergePlan& plan, std::vector<std::string>& warnings) {
+  if (plan.replaced == 0) return;
   warnings.push_back(
-      "objects to add that have a parent, but that the next merge reads as part of the system "
-      "record: " +
-      std::to_string(plan.addedStrays));
+      "records of the database that are lost, because the system record is written in their place "
+      "(null handles, but an auxValue2 other than 0): " +
+      std::to_string(plan.replaced));
 }
 
 }  // namespace
@@ -93,6 +102,7 @@ std::vector<std::string> warningsOf(const MergePlan& plan) {
   addIdentifierWarnings(plan, warnings);
   addParameterWarnings(plan, warnings);
   addStrayWarnings(plan, warnings);
+  addReplacedWarning(plan, warnings);
   return warnings;
 }
 
