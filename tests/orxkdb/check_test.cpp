@@ -104,6 +104,9 @@ RecordCase parameterCase(const std::vector<std::string>& values, const std::stri
           finding.empty() ? "" : "system-parameters 0:0: " + finding + "\n"};
 }
 
+Line strayBelow(std::uint32_t id) {
+  return {.parent = handleText(2, id), .data = attribute(60, {"stray"})};
+}
 const Line systemBelow = below(handleText(2, 5), {.data = attribute(9, {"1"})});
 const Line orphan = with(&Line::model, handleText(12, 2), below(handleText(3, 4), plainLine(7)));
 const std::string inherited = "<1;2;3;1;1;0;2;7;>";
@@ -207,8 +210,18 @@ const std::vector<RecordCase> recordCases = {
      replace(0, with(&Line::auxValue2, 1, systemLine())),
      "no-system-record: no record with a null object handle and auxValue2 0\n"},
     {"a system record below a parent, which a merge takes", replace(0, systemBelow),
+     "stray-system-record 0:0: 1 record with auxValue2 0, 10 bytes of text\n"
      "counter 0:0: value 1, of type 2, is missing; the highest identifier in use is 5\n"
      "counter 0:0: value 7, of type 12, is missing; the highest identifier in use is 1\n"},
+    {"records below a parent that a merge takes for the system record's, and that it does not",
+     add({recordAt(1, strayBelow(5)), with(&Line::auxValue2, 1, strayBelow(5)),
+          recordAt(2, strayBelow(5)), with(&Line::data, "", strayBelow(6)),
+          with(&Line::auxValue2, -1, strayBelow(7)), plainLine(6), plainLine(7)}),
+     "chain-disagrees 0:0/1: not as in record 0: auxValue2\n"
+     "chain-disagrees 0:0/2: not as in record 0: auxValue2\n"
+     "repeated-attribute 0:0: attribute 60\n"
+     "stray-system-record 0:0: 2 records with auxValue2 0, 30 bytes of text\n"
+     "stray-system-record 0:0: 1 record with auxValue2 0, 0 bytes of text\n"},
     {"a system record behind another record with its handles",
      replace(0, {.data = attribute(9, {"1"}), .auxValue2 = 1}, {recordAt(1, systemLine())}),
      "chain-disagrees 0:0/1: not as in record 0: auxValue2\n"

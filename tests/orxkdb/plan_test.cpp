@@ -27,6 +27,11 @@ Records object(int type, std::uint32_t id, const std::string& text = "<2;0;1;x;>
   return test::chain({.object = handle(type, id), .recType = type}, text);
 }
 
+// Below a parent, though a merge into the database reads it as part of the system record.
+Records stray(int parentType, std::uint32_t parentId, const std::string& text = "<60;0;1;y;>") {
+  return test::chain({.parent = handle(parentType, parentId)}, text);
+}
+
 // "TYPE:ID#RECN FORMER WHY; "
 std::string refusedIn(const MergePlan& plan) {
   std::string shown;
@@ -85,9 +90,11 @@ class Plan : public testing::Test {
     test::writeFile("backup", "");
     ASSERT_EQ(planMerge("db", "backup", 0, after).text, "");
     const std::uint64_t system = plan.systemAfter.records - plan.systemBefore.records;
-    EXPECT_EQ(after.databaseRecords, plan.databaseRecords + plan.addedRecords() + system);
+    EXPECT_EQ(after.databaseRecords,
+              plan.databaseRecords + plan.addedRecords() + system - plan.replaced);
     EXPECT_EQ(after.systemBefore.records, plan.systemAfter.records);
     EXPECT_EQ(after.systemBefore.textBytes, plan.systemAfter.textBytes);
+    EXPECT_EQ(after.strays.records, plan.strays.records + plan.addedStrays);
     for (std::size_t i = 0; i < plan.counters.size(); ++i) {
       EXPECT_EQ(after.counters[i].before, plan.counters[i].after) << i;
     }
@@ -107,6 +114,9 @@ TEST_F(Plan, IsWhatTheMergeDoes) {
                                        .recType = 5,
                                        .text = attribute(3, {std::string(240, 'y')})})};
   const Records otherOfItsKey = {build({.recn = 3, .auxValue2 = 1})};
+  const Records othersInItsPlace = test::chain({.auxValue2 = 1}, "") +
+                                   test::chain({.recn = 1}, test::counters({{5, "100"}})) +
+                                   otherOfItsKey;
   const Records noObject = {build({.recType = -1})};
   const struct {
     const char* name;
@@ -141,6 +151,12 @@ TEST_F(Plan, IsWhatTheMergeDoes) {
        backupOf(object(2, 1) + object(2, 3) + object(2, 2) + object(2, 5) + object(2, 4) +
                 object(7, 4294967295) + object(7, 0)),
        "", "2 1-2+4294967293 3-5+4294967293; 7 0-0+0 4294967295-4294967295+0; "},
+      {"a stray of the system record", current + stray(5, 3),
+       backupOf(alien + stray(2, 1) + object(2, 1)), "", "2 1-1+9; "},
+      {"nothing but a stray of the system record", stray(5, 3, test::counters({{5, "100"}})),
+       backupOf(alien + object(5, 1)), "", "5 1-1+99; "},
+      {"others in the place of the system record", othersInItsPlace, backupOf(object(5, 1)), "",
+       "5 1-1+99; "},
       {"no line", current, "", "", ""},
   };
   for (const auto& row : cases) {
@@ -234,6 +250,15 @@ TEST_F(Plan, WarnsOfWhatTheMergeDoesNotMind) {
        "objects of type 28 keep their identifiers: a merge does not"},
       {counters, backupOf(system("A=1", {})), "no parameters are added"},
       {system("A=1", {}), backupOf(system("B=1==2,C=3", {})), "written once: B"},
+      {counters + stray(2, 1) + stray(2, 2), "",
+       "read as part of the system record: 2, with 22 bytes of text"},
+      {stray(2, 1, test::counters({})), "",
+       "read as the system record: 1; the merge writes a new one beside them, of 1 record"},
+      {counters, backupOf(counters + stray(2, 1)),
+       "that the next merge reads as part of the system record: 1"},
+      {test::chain({.auxValue2 = 1}, "") + stray(2, 1, test::counters({})), "",
+       "records of the database that are lost, because the system record is written in their "
+       "place (null handles, but an auxValue2 other than 0): 1"},
   };
   for (const auto& row : cases) {
     EXPECT_THAT(warningsOf(planOf(row.current, row.backup)),

@@ -70,6 +70,10 @@ constexpr std::array<FindingKindText, findingKindCount> findingKinds{{
      "the signatures of a model (attribute 84) are wrong: \"orxrestore -u\" writes them anew"},
     {noSystemRecord, "no-system-record",
      "there is no system record: a merge into the database is refused"},
+    {straySystemRecord, "stray-system-record",
+     "an object with a null handle has a parent: a merge into the database reads it as part of\n"
+     "the system record and writes its text there, once more each time; a merge of a backup with\n"
+     "it may add it to another database"},
     {noCounters, "no-counters",
      "the system record has no counters (attribute 9): a merge into the database is refused"},
     {counter, "counter",

@@ -42,6 +42,7 @@ enum class FindingKind : std::uint8_t {
   useCount,
   signatures,
   noSystemRecord,
+  straySystemRecord,
   noCounters,
   counter,
   systemParameters,

@@ -7,6 +7,7 @@
 #include "model/written_text.h"
 #include "orxkdb/check/system_check.h"
 #include "orxkdb/words/attribute_label.h"
+#include "orxkdb/words/counted.h"
 #include "orxkdb/words/head_fields.h"
 #include "orxkdb/words/quote.h"
 #include "restore/handle_attributes.h"
@@ -71,7 +72,8 @@ void ObjectChecker::add(const DataBuffer& record, std::uint64_t line, bool isPla
   checkShared(record, line);
   text_ += record.text();
   if (!SystemRecord::holds(record)) return;
-  isSystemRecord_ = true;
+  ++systemRecords_;
+  systemBytes_ += record.text().size();
   systemText_ += record.text();
 }
 
@@ -91,7 +93,8 @@ void ObjectChecker::begin(const DataBuffer& record, std::uint64_t line, bool isP
   head_ = record;
   object_ = {numberOf(record.parentBytes()), numberOf(record.objectBytes())};
   line_ = line;
-  isSystemRecord_ = false;
+  systemRecords_ = 0;
+  systemBytes_ = 0;
   nextRecn_ = 0;
   text_.clear();
   isPlain_ = isPlain;
@@ -129,6 +132,15 @@ void ObjectChecker::checkRecordType() {
   findings_.add(FindingKind::recordType, place(), [&] { return "it is " + std::to_string(type); });
 }
 
+// A merge does not ask for the parent of what it reads, but writes a chain without one.
+void ObjectChecker::checkStrayRecords() {
+  if (systemRecords_ == 0 || head_.hasNullHandles()) return;
+  findings_.add(FindingKind::straySystemRecord, place(), [&] {
+    return counted(systemRecords_, "record") + " with auxValue2 0, " +
+           counted(systemBytes_, "byte") + " of text";
+  });
+}
+
 void ObjectChecker::checkShared(const DataBuffer& record, std::uint64_t line) {
   if (sharesAll(record, head_)) return;
   findings_.add(FindingKind::chainDisagrees, {line, object_, record.recn()}, [&] {
@@ -140,7 +152,8 @@ void ObjectChecker::endObject() {
   if (!hasObject_) return;
   hasObject_ = false;
   const std::uint32_t source = inventory_.addObject(object_, line_);
-  if (isSystemRecord_) inventory_.setSystemRecord(source);
+  if (systemRecords_ > 0) inventory_.setSystemRecord(source);
+  checkStrayRecords();
   checkRecordType();
   addModelReference(source);
   const Noted noted = checkText(source);

@@ -49,6 +49,7 @@ class ObjectChecker {
   [[nodiscard]] std::string joinedTo();
   [[nodiscard]] std::optional<Place::Object>& modelAhead();
   void checkRecordType();
+  void checkStrayRecords();
   void checkShared(const DataBuffer& record, std::uint64_t line);
   void addModelReference(std::uint32_t source);
   Noted checkText(std::uint32_t source);
@@ -66,12 +67,14 @@ class ObjectChecker {
   bool hasObject_ = false;
   DataBuffer head_;  // the first record of the object that is being read
   Place::Object object_{};
-  std::uint64_t line_ = 0;       // of the head
-  std::uint32_t nextRecn_ = 0;   // that the next record has to have
-  bool isSystemRecord_ = false;  // one of the records so far is of the system record
-  std::string text_;             // of the records so far
-  bool isPlain_ = false;         // that text, as far as it is known
-  std::string systemText_;       // of all records of the system record
+  std::uint64_t line_ = 0;      // of the head
+  std::uint32_t nextRecn_ = 0;  // that the next record has to have
+  // Of the records so far, those that are of the system record, and the bytes of their texts.
+  std::uint64_t systemRecords_ = 0;
+  std::uint64_t systemBytes_ = 0;
+  std::string text_;        // of the records so far
+  bool isPlain_ = false;    // that text, as far as it is known
+  std::string systemText_;  // of all records of the system record
   // The last model of each list of a rebuild that was read with its first record.
   std::array<std::optional<Place::Object>, RecordLists::count> modelsAhead_;
   std::vector<std::int32_t> keys_;

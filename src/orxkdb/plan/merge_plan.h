@@ -82,6 +82,9 @@ struct MergePlan {
   std::vector<std::string> changedParameters;  // names of those that do not read back as written
   SystemRecordSize systemBefore;
   SystemRecordSize systemAfter;
+  SystemRecordSize strays;        // read as part of the system record, have a parent, and stay
+  std::uint64_t addedStrays = 0;  // objects to add that the next merge reads so
+  std::uint64_t replaced = 0;     // records of others that have keys of systemAfter, and are lost
 
   [[nodiscard]] TypeTotals totals() const {
     TypeTotals sum;

@@ -127,7 +127,11 @@ std::string planJson(const PlanNames& names, const MergePlan& plan, std::size_t 
       {"counters", countersJson(plan)},
       {"identifiers", identifiersJson(plan, limit)},
       {"systemRecord",
-       {{"before", sizeJson(plan.systemBefore)}, {"after", sizeJson(plan.systemAfter)}}},
+       {{"before", sizeJson(plan.systemBefore)},
+        {"after", sizeJson(plan.systemAfter)},
+        {"strays", sizeJson(plan.strays)},
+        {"straysAdded", plan.addedStrays},
+        {"replaced", plan.replaced}}},
       {"read", {{"database", {{"records", plan.databaseRecords}}}, {"backup", backupJson(plan)}}},
   };
   return jsonText(jsonDocument("plan", members));

@@ -1,5 +1,6 @@
 #include "orxkdb/plan/plan_observer.h"
 
+#include <algorithm>
 #include <string_view>
 #include <unordered_map>
 
@@ -27,9 +28,18 @@ std::vector<std::string> namesMissing(const CMSymParmSet& written, const CMSymPa
 
 void PlanObserver::currentRecord(const DataBuffer& record, bool isOfSystemRecord) {
   ++plan_.databaseRecords;
-  if (!isOfSystemRecord) return;
-  ++plan_.systemBefore.records;
-  plan_.systemBefore.textBytes += record.text().size();
+  if (!isOfSystemRecord) {
+    if (record.hasNullHandles()) others_.push_back(record.recn());
+    return;
+  }
+  SystemRecordSize& size = record.hasNullHandles() ? plan_.systemBefore : plan_.strays;
+  ++size.records;
+  size.textBytes += record.text().size();
+}
+
+std::uint64_t PlanObserver::othersBelow(std::size_t length) const {
+  const auto isBelow = [length](std::uint32_t recn) { return recn < length; };
+  return static_cast<std::uint64_t>(std::ranges::count_if(others_, isBelow));
 }
 
 void PlanObserver::currentParameters(const CMSymParmSet& parameters, const CMAttribute*) {

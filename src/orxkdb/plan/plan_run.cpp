@@ -14,10 +14,17 @@
 #include "restore/chain_writer.h"
 #include "restore/merge_input.h"
 #include "restore/merge_run.h"
+#include "restore/system_record.h"
 
 namespace orx::orxkdb {
 
 namespace {
+
+// Whether a merge into the database that holds `record` reads it as part of the system record, but
+// does not replace it.
+bool isStray(const DataBuffer& record) {
+  return SystemRecord::holds(record) && !record.hasNullHandles();
+}
 
 class PlanRun {
  public:
@@ -83,6 +90,7 @@ class PlanRun {
     merge_.mergeSystemRecord();
     const std::string text = chainText(merge_.systemRecord());
     plan_.systemAfter = {chainLength(text), std::strlen(text.c_str())};
+    plan_.replaced = observer_.othersBelow(plan_.systemAfter.records);
   }
 
   Result addObjects() {
@@ -104,6 +112,7 @@ class PlanRun {
     const std::size_t length = chainLength(object.text);
     ++totals.objects;
     totals.records += length;
+    const std::uint64_t refusedBefore = totals.refused;
     RecordKey key = keyOf(object.head);
     for (key.recn = 0; key.recn < length; ++key.recn) {
       const std::optional<KeyTaken> taken = keys.add(key);
@@ -112,6 +121,8 @@ class PlanRun {
       ++totals.refused;
       if (limit_ == 0 || plan_.refused.size() < limit_) plan_.refused.push_back({key, *taken});
     }
+    const bool isAdded = totals.refused - refusedBefore < length;
+    if (isAdded && isStray(object.head)) ++plan_.addedStrays;
   }
 
   const std::string& databaseName_;

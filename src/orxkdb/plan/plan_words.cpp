@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "orxkdb/words/counted.h"
+
 namespace orx::orxkdb {
 
 namespace {
@@ -46,6 +48,38 @@ void addParameterWarnings(const MergePlan& plan, std::vector<std::string>& warni
   if (!plan.changedParameters.empty()) warnings.push_back(changedWarning(plan.changedParameters));
 }
 
+std::string strayWarning(const MergePlan& plan) {
+  const SystemRecordSize& strays = plan.strays;
+  const std::string count = std::to_string(strays.records);
+  if (plan.systemBefore.records != 0) {
+    return "records of the database that have a parent, but are read as part of the system "
+           "record: " +
+           count + ", with " + counted(strays.textBytes, "byte") +
+           " of text, which each merge writes there once more";
+  }
+  return "records of the database that have a parent, but are read as the system record: " + count +
+         "; the merge writes a new one beside them, of " +
+         counted(plan.systemAfter.records, "record");
+}
+
+void addStrayWarnings(const MergePlan& plan, std::vector<std::string>& warnings) {
+  if (plan.strays.records != 0) warnings.push_back(strayWarning(plan));
+  if (plan.addedStrays != 0) {
+    warnings.push_back(
+        "objects to add that have a parent, but that the next merge reads as part of the system "
+        "record: " +
+        std::to_string(plan.addedStrays));
+  }
+}
+
+void addReplacedWarning(const MergePlan& plan, std::vector<std::string>& warnings) {
+  if (plan.replaced == 0) return;
+  warnings.push_back(
+      "records of the database that are lost, because the system record is written in their place "
+      "(null handles, but an auxValue2 other than 0): " +
+      std::to_string(plan.replaced));
+}
+
 }  // namespace
 
 ParameterFate fateOf(const ParameterPlan& parameter) {
@@ -67,6 +101,8 @@ std::vector<std::string> warningsOf(const MergePlan& plan) {
   }
   addIdentifierWarnings(plan, warnings);
   addParameterWarnings(plan, warnings);
+  addStrayWarnings(plan, warnings);
+  addReplacedWarning(plan, warnings);
   return warnings;
 }
 
