@@ -61,6 +61,9 @@ enter_scratch() {
 # sample_lines RECORDS SEED ORDER: about 1.15 records an object, cut to exactly the wanted number.
 sample_lines() { orxkdb sample --objects "$1" --seed "$2" --order "$3" | awk -v n="$1" 'NR <= n'; }
 
+# with_wrong_counts FILE: a backup with every use count changed, so that a rebuild writes all models.
+with_wrong_counts() { sed 's/<17;0;1;[0-9]/<17;0;1;7/' "$1"; }
+
 # Results. A bench keeps its cells one by one and writes them as one JSON document at its end.
 
 # json_fields NAME VALUE...: members of an object; what is no number is a text.

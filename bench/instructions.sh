@@ -43,6 +43,8 @@ count() {
 
 count "restore in key order" orxrestore -i key.txt -o db
 records=$(wc -l <random.txt) count "restore in random order" orxrestore -i random.txt -o random
+with_wrong_counts key.txt >wrong.txt
+orxrestore -i wrong.txt -o db >/dev/null
 count "rebuild of use counts" orxrestore -u db
 cp db old
 count "merge" orxrestore -i other.txt -m db

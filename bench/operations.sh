@@ -19,6 +19,7 @@ enter_scratch
 
 orxkdb sample --objects $((records * 100 / 115)) --seed 5 >a.txt
 orxkdb sample --objects $((records * 100 / 115)) --seed 6 >b.txt
+with_wrong_counts a.txt >wrong.txt
 orxkdb create a >/dev/null
 orxkdb create merged >/dev/null
 orxrestore -i a.txt -o a >/dev/null
@@ -91,6 +92,7 @@ for turn in $(seq "$runs"); do
   expected_status=1 measured diff_disk orxkdb diff a b
   evict a b
   read_files diff_disk_io a b
+  orxrestore -i wrong.txt -o a >/dev/null
   measured copy copy_records a copied
   measured use_count orxrestore -u a
 done
