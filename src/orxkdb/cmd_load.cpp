@@ -9,6 +9,7 @@
 #include "orxkdb/output/json_document.h"
 #include "orxkdb/output/new_database.h"
 #include "orxkdb/output/output.h"
+#include "orxkdb/standard_stream.h"
 #include "platform/kdb.h"
 #include "platform/kdb_files.h"
 #include "platform/run_progress.h"
@@ -106,7 +107,8 @@ std::string textOf(const LoadOptions& options, std::uint64_t records) {
 }  // namespace
 
 Result load(const LoadOptions& options) {
-  if (kdb::generationOf(options.file, options.database) != kdb::Generation::none) {
+  if (options.file != standardStream &&
+      kdb::generationOf(options.file, options.database) != kdb::Generation::none) {
     return fail(exitNotAsExpected, "the dump has a name that belongs to the database", options.file,
                 "give it another name; nothing is changed");
   }

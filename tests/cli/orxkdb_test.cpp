@@ -276,7 +276,10 @@ TEST_F(OrxKdb, StandardStreamsCarryDumpsAndBackups) {
   test::createDatabase(scratch_.file("db"), 3);
   const std::string dumped = run({"dump", "db"}).output;
   EXPECT_EQ(run({"dump", "db", "-"}).output, dumped);
-  EXPECT_EQ(run({"load", "copy"}, dumped).output, "copy: 3 records loaded\n");
+  for (const std::string name : {"copy", "./-"}) {
+    EXPECT_EQ(run({"load", name}, dumped).output, name + ": 3 records loaded\n");
+  }
+  EXPECT_EQ(run({"load", "--replace", "./-"}, dumped).exitCode, exitDone);
   EXPECT_EQ(run({"backup", "copy", "-"}).output.size(), 3U * 441);
   EXPECT_EQ(run({"backup", "copy", "file"}).output, "file: 3 records backed up\n");
   expectFailure(run({"load", "x", "-"}, "VERSION=3\nformat=print\n"), exitNotAsExpected,
