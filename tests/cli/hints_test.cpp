@@ -260,6 +260,7 @@ TEST(FileWords, AreReadyForAShell) {
                                                        {"-o", "./-o"},
                                                        {"$(reboot)", "'$(reboot)'"},
                                                        {"d\xC3\xA9j", "d\xC3\xA9j"},
+                                                       {"d\xC2\x9B\xC2", "$'d\\302\\233\xC2'"},
                                                        {"dat\033[2J'\\", "$'dat\\033[2J\\'\\\\'"}};
   for (const auto& [name, word] : cases) EXPECT_EQ(shellWord(name), word);
 }

@@ -327,9 +327,9 @@ TEST_F(OrxKdb, NamesAreTakenAsTheyAre) {
 
 // As a file that somebody else has named may be called.
 TEST_F(OrxKdb, NamesStayOnTheirLineAndInTheirWord) {
-  const std::string name = "d\033[2J\nb $(touch made)";
-  const std::string word = "$'d\\033[2J\\012b $(touch made)'";
-  const std::string shown = "d?[2J?b $(touch made)";
+  const std::string name = "d\033[2J\nb\xC2\x9B$(touch made)\xC2\xA0";
+  const std::string word = "$'d\\033[2J\\012b\\302\\233$(touch made)\xC2\xA0'";
+  const std::string shown = "d?[2J?b??$(touch made)\xC2\xA0";
   const std::string text = name + ".txt";
   ASSERT_EQ(run({"create", name}).exitCode, exitDone);
   ASSERT_EQ(run({"sample", "--objects", "20", text}).exitCode, exitDone);
@@ -346,9 +346,18 @@ TEST_F(OrxKdb, NamesStayOnTheirLineAndInTheirWord) {
     for (std::string& word : words) {
       if (const auto at = word.find('@'); at != std::string::npos) word.replace(at, 1, name);
     }
-    const auto result = run(words);
-    EXPECT_THAT(result.output + result.errors, HasSubstr("d?[2J?b")) << command;
-    EXPECT_EQ((result.output + result.errors).find('\033'), std::string::npos) << command;
+    for (const bool json : {false, true}) {
+      if (json) words.emplace_back("--json");
+      const auto result = run(words);
+      const std::string printed = result.output + result.errors;
+      if (!json) {
+        EXPECT_THAT(printed, HasSubstr("d?[2J?b??$(")) << command;
+      }
+      for (const char* const control : {"\033", "\xC2\x9B"}) {
+        EXPECT_EQ(printed.find(control), std::string::npos) << command;
+      }
+    }
+  EXPECT_THAT(run({"stat", name, "--json"}).output, HasSubstr(R"("d\u001b[2J\nb\u009b$()"));
   }
 }
 
