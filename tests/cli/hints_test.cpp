@@ -114,8 +114,10 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
        notOpened + "folder, RC=8(SystemError), RSN=17(Format)\n"},
       {"-i backup -o " + tooLong, exitDatabaseNotOpened, ".*", ".*",
        notOpened + tooLong.substr(0, 218) + ", RC=1(BadArgument), RSN=22(Length)\n"},
-      {"-i backup -o " + longName, exitDatabaseNotOpened, "there is no database @n+",
-       "orxkdb create n+"},
+      {"-i backup -o " + longName, exitDatabaseNotOpened, "the name is too long .*: @n+",
+       "ls -l [.]"},
+      {"-i backup -o no.orx-old", exitDatabaseNotOpened, "@no.orx-old has the name of a file .*",
+       "ls -l no.orx-old"},
       {"-i backup -o damaged", exitFailed, "@damaged is damaged; .*; the database is unchanged",
        "orxkdb stat damaged",
        "*Error: Error on ReadNextForUpdate, RC=8(SystemError), "

@@ -89,6 +89,10 @@ std::vector<Refusal> refusals() {
       {"stat \"\"", exitNotOpened},
       {"dump none file", exitNotOpened},
       {"undo none", exitNotOpened, "/none (5 NotThere"},
+      {"stat none/db", exitNotOpened, "there is no directory for the database"},
+      {"stat lines/db", exitNotOpened, "there is no directory for the database"},
+      {"stat none.orx-old", exitNotOpened, "the name belongs to another database, "},
+      {"stat " + std::string(250, 'n'), exitNotOpened, "the name is too long"},
       {"undo plain", exitNotOpened, "/plain.orx-previous, nothing can be undone"},
       {"undo db", exitNotOpened, "/db.orx-previous (8 SystemError, 17 Format)"},
       {"undo other", exitNotAsExpected, "the previous generation is damaged, "},
@@ -102,6 +106,7 @@ std::vector<Refusal> refusals() {
        "a symbolic link that leads to no database"},
       {"load --replace gone dumped", exitNotOpened, "makes it the database"},
       {"load --replace lines dumped", exitNotOpened, "this is no database, "},
+      {"load --replace none.orx-previous dumped", exitNotOpened, "the name belongs to another"},
       {"load --replace locked dumped", exitNotOpened, "(3 BusyObject, 19 InUse)"},
       {"load --replace db db.orx-previous", exitNotAsExpected, "the dump has a name that belongs"},
 

@@ -107,7 +107,9 @@ TEST(Surroundings, WithoutPermissionNothingIsChanged) {
   for (const faults::Scene& scene : scenes()) {
     Attempt run(scene);
     for (const char* name : {"backup.txt", "shuffled.txt"}) {
-      fs::permissions(run.directory / name, fs::perms(0644));
+      if (scene.operation().reads(name)) {
+        fs::permissions(run.directory / name, fs::perms(0644));
+      }
     }
     const auto& result = run.under(becomeNobody);
     if (result.exitCode == cannotBeMade) GTEST_SKIP() << "the programs are hidden from others";
@@ -120,6 +122,10 @@ TEST(Surroundings, WithoutPermissionNothingIsChanged) {
   undo.traced.program = faults::programIn(undo.directory.path(), "orxkdb undo db");
   EXPECT_EQ(undo.under(becomeNobody).exitCode, exitDatabaseNotOpened);
   EXPECT_THAT(undo.result.errors, HasSubstr(", " + previous + " (11 Authority"));
+  Attempt look(scenes().front());
+  fs::permissions(look.directory.path(), fs::perms(01777));
+  look.traced.program = faults::programIn(look.directory.path(), "orxkdb stat db");
+  EXPECT_THAT(look.under(becomeNobody).errors, HasSubstr("no permission for the database"));
 }
 
 TEST(Surroundings, AReadOnlyFileSystemIsNotWrittenTo) {
