@@ -85,6 +85,8 @@ std::vector<Refusal> refusals() {
       {"messages none", exitNotOpened},
       {"messages \"\"", exitNotOpened},
       {"messages sub", exitNotOpened, "sub/PRESTORE_restore (Not a directory)"},
+      {"messages blocked", exitNotAsExpected,
+       "blocked/PRESTORE_restore/de.res.orx-new, look at it with \"ls -l blocked/"},
       {"stat none", exitNotOpened, "/none (5 NotThere"},
       {"stat \"\"", exitNotOpened},
       {"dump none file", exitNotOpened},
@@ -203,6 +205,9 @@ TEST_F(OrxKdb, RefusalsHaveACodeALineAndADocumentAndChangeNothing) {
   test::writeFile(scratch_ / "sub/PRESTORE_restore", "in the way");
   test::writeFile(scratch_ / "db.orx-previous", "text");
   test::writeFile(scratch_ / "lines", test::backupText(test::smallFleet()));
+  fs::create_directories(scratch_ / "blocked/PRESTORE_restore");
+  test::writeFile(scratch_ / "blocked/PRESTORE_restore/de.res.orx-new", "somebody else's");
+  fs::copy_file(scratch_ / "db", scratch_ / "cut.orx-previous");
   test::writeFile(scratch_ / "cut", test::readFile(scratch_ / "db").substr(0, 10000));
   EXPECT_EQ(run({"dump", "db", "dumped"}).exitCode, exitDone);
   const test::Opened holder(scratch_.file("locked"));
