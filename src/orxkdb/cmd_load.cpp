@@ -39,6 +39,8 @@ class LoadedDatabase {
                                            : lastFailure(name_, handle_, " at " + dump.place());
   }
 
+  [[nodiscard]] const std::string& name() const { return name_; }
+
   Result publish() {
     kdb::kdbStatus status;
     return kdb::CloseDatabase(handle_, status) == 0 ? Result() : closeFailure(name_, status);
@@ -66,8 +68,8 @@ class LoadedDatabase {
 };
 
 // A disk that fails says nothing of the database.
-Result withState(Result ofDump) {
-  if (ofDump.code == exitFailed) ofDump.addHint("the database is as it was");
+Result withState(Result ofDump, const std::string& database) {
+  if (ofDump.code == exitFailed) ofDump.addHint(unchangedState(database));
   return ofDump;
 }
 
@@ -77,7 +79,7 @@ Result addAll(DumpReader& dump, LoadedDatabase& database) {
     if (Result result = database.add(record, dump); !result.ok()) return result;
     runProgress().countRecord();
   }
-  return withState(dump.result());
+  return withState(dump.result(), database.name());
 }
 
 // Reads back what was published.
@@ -114,7 +116,9 @@ Result load(const LoadOptions& options) {
   }
   DumpReader dump;
   if (Result result = dump.open(options.file); !result.ok()) return result;
-  if (Result result = dump.readHeader(); !result.ok()) return withState(std::move(result));
+  if (Result result = dump.readHeader(); !result.ok()) {
+    return withState(std::move(result), options.database);
+  }
   LoadedDatabase database;
   if (Result result = database.open(options); !result.ok()) return result;
   runProgress().enterFile("adding", options.file);
