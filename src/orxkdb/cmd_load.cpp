@@ -9,6 +9,7 @@
 #include "orxkdb/output/json_document.h"
 #include "orxkdb/output/new_database.h"
 #include "orxkdb/output/output.h"
+#include "orxkdb/standard_stream.h"
 #include "platform/kdb.h"
 #include "platform/kdb_files.h"
 #include "platform/run_progress.h"
@@ -38,6 +39,8 @@ class LoadedDatabase {
                                            : lastFailure(name_, handle_, " at " + dump.place());
   }
 
+  [[nodiscard]] const std::string& name() const { return name_; }
+
   Result publish() {
     kdb::kdbStatus status;
     return kdb::CloseDatabase(handle_, status) == 0 ? Result() : closeFailure(name_, status);
@@ -65,8 +68,8 @@ class LoadedDatabase {
 };
 
 // A disk that fails says nothing of the database.
-Result withState(Result ofDump) {
-  if (ofDump.code == exitFailed) ofDump.addHint("the database is as it was");
+Result withState(Result ofDump, const std::string& database) {
+  if (ofDump.code == exitFailed) ofDump.addHint(unchangedState(database));
   return ofDump;
 }
 
@@ -76,7 +79,7 @@ Result addAll(DumpReader& dump, LoadedDatabase& database) {
     if (Result result = database.add(record, dump); !result.ok()) return result;
     runProgress().countRecord();
   }
-  return withState(dump.result());
+  return withState(dump.result(), database.name());
 }
 
 // Reads back what was published.
@@ -106,13 +109,16 @@ std::string textOf(const LoadOptions& options, std::uint64_t records) {
 }  // namespace
 
 Result load(const LoadOptions& options) {
-  if (kdb::generationOf(options.file, options.database) != kdb::Generation::none) {
+  if (options.file != standardStream &&
+      kdb::generationOf(options.file, options.database) != kdb::Generation::none) {
     return fail(exitNotAsExpected, "the dump has a name that belongs to the database", options.file,
                 "give it another name; nothing is changed");
   }
   DumpReader dump;
   if (Result result = dump.open(options.file); !result.ok()) return result;
-  if (Result result = dump.readHeader(); !result.ok()) return withState(std::move(result));
+  if (Result result = dump.readHeader(); !result.ok()) {
+    return withState(std::move(result), options.database);
+  }
   LoadedDatabase database;
   if (Result result = database.open(options); !result.ok()) return result;
   runProgress().enterFile("adding", options.file);

@@ -20,10 +20,13 @@ namespace {
 constexpr auto notFound = static_cast<std::int32_t>(kdb::Reason::notFound);
 constexpr auto wrongFormat = static_cast<std::int32_t>(kdb::Reason::format);
 
-// No database at all, or one that is damaged further in.
-Result previousFailure(const std::string& previous, const kdb::kdbStatus& status) {
+// It is no database, cut, or damaged further in.
+Result previousFailure(const std::string& previous) {
   DatabaseReader reader;
-  if (!reader.open(previous).ok()) return openFailure(previous, status);
+  if (!reader.open(previous).ok()) {
+    return fail(exitNotOpened, "the previous generation is cut or no database",
+                absolutePath(previous), "nothing can be undone; the database is as it was");
+  }
   return fail(exitNotAsExpected, "the previous generation is damaged", absolutePath(previous),
               "see what can be read with \"orxkdb stat " + shellWord(previous) +
                   "\"; nothing was changed, the database is as it was");
@@ -38,16 +41,15 @@ Result undoFailure(const std::string& name, const kdb::kdbStatus& status) {
     return fail(exitNotOpened, "the database has no previous generation", absolutePath(previous),
                 "nothing can be undone; the database is as it was");
   }
+  DatabaseReader current;
+  const bool isOfPrevious = status.reason == wrongFormat && current.open(name).ok();
   struct stat link {};
-  if (status.reason == wrongFormat && ::lstat(previous.c_str(), &link) == 0 &&
-      S_ISLNK(link.st_mode)) {
+  if (isOfPrevious && ::lstat(previous.c_str(), &link) == 0 && S_ISLNK(link.st_mode)) {
     return fail(exitNotOpened, "the previous generation is a symbolic link", absolutePath(previous),
                 "put the file itself there, \"ls -l " + shellWord(previous) +
                     "\" shows where it is; nothing was changed, the database is as it was");
   }
-  if (status.reason == wrongFormat && kdb::looksLikeDatabase(name.c_str())) {
-    return previousFailure(previous, status);
-  }
+  if (isOfPrevious) return previousFailure(previous);
   const bool hidesPrevious =
       ::access(name.c_str(), R_OK) == 0 && ::access(previous.c_str(), R_OK) != 0 && errno == EACCES;
   return openFailure(hidesPrevious ? previous : name, status);

@@ -1,18 +1,37 @@
 #include "orxkdb/command.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
+#include <charconv>
+#include <limits>
 #include <utility>
 
 namespace orx::orxkdb {
 
 namespace {
 
-// The parser itself takes "-1" for a very large number and "" for 0.
-std::string limitFault(const std::string& text) {
-  const bool isCount =
-      !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
-  return isCount ? "" : "\"" + text + "\" is no number of entries to show";
+template <typename Number>
+bool readNumber(const std::string& text, Number& number) {
+  const char* const end = text.data() + text.size();
+  const auto read = std::from_chars(text.data(), end, number);
+  return read.ec == std::errc() && read.ptr == end;
+}
+
+// The parser itself takes "-1" for a very large number, "" for 0 and "010" for 8.
+template <typename Number>
+CLI::Option* addNumber(CLI::App& command, const std::string& name, Number& value,
+                       const std::string& description, Number lowest, Number highest) {
+  const auto fault = [lowest, highest](const std::string& text) {
+    Number number{};
+    const bool fits = readNumber(text, number) && number >= lowest && number <= highest;
+    return fits ? ""
+                : "\"" + text + "\" is no number from " + std::to_string(lowest) + " to " +
+                      std::to_string(highest);
+  };
+  const auto take = [&value](const std::string& text) { (void)readNumber(text, value); };
+  return command.add_option_function<std::string>(name, take, description)
+      ->check(CLI::Validator(fault, ""))
+      ->type_name("UINT")
+      ->default_str(std::to_string(value));
 }
 
 }  // namespace
@@ -56,20 +75,18 @@ void Command::choice(const std::string& name, std::string& value,
 
 void Command::number(const std::string& name, std::uint64_t& value,
                      const std::string& description) {
-  command_.add_option(name, value, description)->capture_default_str();
+  addNumber(command_, name, value, description, std::uint64_t{0},
+            std::numeric_limits<std::uint64_t>::max());
 }
 
 void Command::number(const std::string& name, std::uint32_t& value, const std::string& description,
                      std::uint32_t lowest, std::uint32_t highest) {
-  command_.add_option(name, value, description)
-      ->check(CLI::Range(lowest, highest))
-      ->capture_default_str();
+  addNumber(command_, name, value, description, lowest, highest)
+      ->type_name("UINT in [" + std::to_string(lowest) + " - " + std::to_string(highest) + "]");
 }
 
 void Command::limit(std::size_t& value, const std::string& description) {
-  command_.add_option("--limit", value, description)
-      ->check(CLI::Validator(limitFault, ""))
-      ->capture_default_str();
+  number("--limit", value, description);
 }
 
 void Command::json(bool& value) {

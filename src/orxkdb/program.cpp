@@ -62,6 +62,25 @@ void addColor(CLI::App& program) {
       ->type_name("WHEN");
 }
 
+// The parser takes whatever follows an option for its value, another option too, and would make a
+// file of the name "--json".
+std::string optionAsValue(const std::string& value) {
+  if (value.size() < 2 || !value.starts_with('-')) return {};
+  return "its value is missing, \"" + value +
+         "\" counts as an option; a file of that name is \"./" + value + "\"";
+}
+
+void refuseOptionsAsValues(CLI::App& app) {
+  for (CLI::Option* const option : app.get_options([](const CLI::Option* each) {
+         return !each->get_positional() && each->get_items_expected_max() > 0;
+       })) {
+    option->check(CLI::Validator(optionAsValue, ""));
+  }
+  for (CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    refuseOptionsAsValues(*command);
+  }
+}
+
 void describeProgram(CommandLine& line) {
   CLI::App& program = line.program;
   program.set_version_flag("--version", versionText, "Print the versions of orxkdb and its parts");
@@ -70,6 +89,7 @@ void describeProgram(CommandLine& line) {
   program.footer(footer);
   addCommands(line);
   addManualOptions(line);
+  refuseOptionsAsValues(program);
 }
 
 // A failure of diff must not look like a difference.

@@ -9,6 +9,7 @@
 #include "platform/interruption.h"
 #include "platform/kdb_diagnosis.h"
 #include "platform/kdb_files.h"
+#include "platform/taken_name.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {
@@ -51,7 +52,7 @@ constexpr std::array sentences{
               "wait until that program has ended; \"fuser -v {db}\" tells which it is"}},
     Sentence{Situation::lostName,
              {"the database was moved, removed or replaced by somebody else",
-              "look for it with \"ls -l {db}*\"", true}},
+              "look for it with \"ls -l {db}*\"; the database is as it was"}},
     Sentence{Situation::noPermission,
              {"no permission for the database or its directory",
               "run this as their owner; \"ls -ld {dir} {db}\" tells who that is"}},
@@ -62,8 +63,8 @@ constexpr std::array sentences{
              {"the name is too long for the file system", "choose a shorter name"}},
     Sentence{Situation::nameEmpty, {"the name of the database is empty", "give its name"}},
     Sentence{Situation::nameOfAnother,
-             {"this is the name of a file that belongs to another database",
-              "give it a name of its own: a change of the other database would replace it"}},
+             {"the name belongs to another database",
+              "check the name, or choose another: a change of that database replaces what has it"}},
     Sentence{Situation::noRecords,
              {"the database has no further record", "look at it with \"orxkdb check {db}\"", true}},
     Sentence{Situation::noRecord,
@@ -131,7 +132,7 @@ Result statusFailure(ExitCode code, const std::string& database, const kdb::kdbS
   if (hasPublished()) {
     failure.addHint("the database has its new contents already");
   } else if (words.tellsState) {
-    failure.addHint("the database is as it was");
+    failure.addHint(unchangedState(database));
   }
   return failure;
 }
@@ -235,6 +236,11 @@ Result lastFailure(const std::string& database, kdb::kdbHandle handle, const std
   kdb::kdbStatus status;
   (void)kdb::GetLastStatus(handle, status);
   return useFailure(database, status, kdb::Phase::running, record);
+}
+
+// What could not be changed or replaced has its name, what could not be made has none.
+std::string_view unchangedState(const std::string& database) {
+  return isTaken(database) ? "the database is as it was" : "no database was made";
 }
 
 Result systemFailure(ExitCode code, std::string_view what, std::string where, int error) {

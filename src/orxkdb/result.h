@@ -42,6 +42,10 @@ Result closeFailure(const std::string& database, const kdb::kdbStatus& status);
 Result lastFailure(const std::string& database, kdb::kdbHandle handle,
                    const std::string& record = "");
 
+// For the end of a hint when nothing was published: that the database is as it was, or that none
+// was made.
+std::string_view unchangedState(const std::string& database);
+
 // A call that failed with the errno value `error`, at a place or with a file.
 Result systemFailure(ExitCode code, std::string_view what, std::string where, int error);
 Result fileFailure(ExitCode code, std::string_view what, const std::string& file, int error);

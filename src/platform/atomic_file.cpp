@@ -52,7 +52,7 @@ int AtomicFile::openUnresolved(const std::string& target) {
   if (!replaces && unknown != ENOENT) return unknown;  // what cannot be looked at is not replaced
   const mode_t mode = existing.file.st_mode;
   if (replaces && !S_ISREG(mode)) return S_ISDIR(mode) ? EISDIR : EEXIST;
-  const std::string temporary = target_ + ".orx-new";
+  const std::string temporary = target_ + std::string(unpublishedSuffix);
   if (const int error = removeStale(temporary); error != 0) return error;
   if (const int error = create(temporary); error != 0) return error == EEXIST ? EBUSY : error;
   if (const int error = lockFile(fd_.get()); error != 0) return busyOr(error);

@@ -15,6 +15,9 @@
 
 namespace orx {
 
+// What AtomicFile writes first ends like this.
+inline constexpr std::string_view unpublishedSuffix = ".orx-new";
+
 class AtomicFile {
  public:
   // Nothing is created before open().

@@ -1,7 +1,15 @@
 #include "platform/kdb_diagnosis.h"
 
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include "platform/file.h"
 #include "platform/free_space.h"
 #include "platform/kdb.h"
+#include "platform/kdb/publish.h"
 #include "platform/kdb_files.h"
 #include "platform/taken_name.h"
 
@@ -17,6 +25,11 @@ Situation withoutDatabase(const std::string& name, Phase phase) {
   if (!isBeforeUse(phase)) return Situation::noRecord;
   if (phase == Phase::creating) return Situation::noDirectory;
   if (isTaken(name)) return Situation::brokenLink;
+  std::error_code error;
+  if (!std::filesystem::is_directory(directoryOf(name), error)) return Situation::noDirectory;
+  const DatabasePaths paths = DatabasePaths::of(name);
+  if (!paths.namesFit()) return Situation::nameTooLong;
+  if (paths.isOfAnother()) return Situation::nameOfAnother;
   const bool hasPrevious = looksLikeDatabase(previousName(name).c_str());
   return hasPrevious ? Situation::onlyPrevious : Situation::noDatabase;
 }
@@ -57,12 +70,18 @@ Situation situationOf(const std::string& name, Reason reason, Phase phase) {
   return Situation::refused;
 }
 
+// A database that may not even be read; nothing beside it matters then.
+bool isHidden(const std::string& name) {
+  return ::access(name.c_str(), R_OK) != 0 && errno == EACCES;
+}
+
 // The file that kept a database from being opened for a change explains more than the failure,
 // where it is not the database. One may also have come between the opening and the first change.
 bool mayBeObstacle(const std::string& name, Reason reason, Phase phase) {
   if (phase == Phase::creating && isTaken(name)) return false;
   if (!isBeforeUse(phase)) return reason == Reason::unique;
-  return reason == Reason::unique || reason == Reason::authority || reason == Reason::inUse;
+  if (reason == Reason::authority) return !isHidden(name);
+  return reason == Reason::unique || reason == Reason::inUse;
 }
 
 }  // namespace

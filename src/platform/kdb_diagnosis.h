@@ -17,7 +17,7 @@ enum class Situation : std::uint8_t {
   noDatabase,    // nothing has the name
   onlyPrevious,  // nothing has the name, but the previous generation is there
   brokenLink,    // the name is a symbolic link that leads to no database
-  noDirectory,   // for a database that was to be made
+  noDirectory,   // for the database
   notADatabase,
   damaged,
   inUse,     // open in another program
@@ -26,7 +26,7 @@ enum class Situation : std::uint8_t {
   nameTaken,  // something else has the name, or that of a file beside it
   nameTooLong,
   nameEmpty,
-  nameOfAnother,  // of a file that belongs to another database
+  nameOfAnother,  // of a file that belongs to another database, whether it is there or not
   noRecords,      // there is none, or none is left
   noRecord,       // one that is needed is not there
   keyTaken,

@@ -25,14 +25,16 @@ bool isPlain(char character) {
 // With the codes of control characters: $'a\nb'.
 std::string inCodes(std::string_view text) {
   std::string word = "$'";
-  for (const char character : text) {
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char character = text[at];
     if (character == '\'' || character == '\\') word += '\\';
-    if (!isControlCharacter(character)) {
+    if (!isControlAt(text, at)) {
       word += character;
       continue;
     }
     std::array<char, 5> code{};
-    (void)std::snprintf(code.data(), code.size(), "\\%03o", static_cast<unsigned>(character));
+    const auto byte = static_cast<unsigned char>(character);
+    (void)std::snprintf(code.data(), code.size(), "\\%03o", unsigned{byte});
     word += code.data();
   }
   return word + "'";
@@ -48,9 +50,12 @@ std::string inQuotes(std::string_view text) {
 
 }  // namespace
 
-std::string onOneLine(std::string text) {
-  std::ranges::replace_if(text, isControlCharacter, '?');
-  return text;
+std::string onOneLine(const std::string& text) {
+  std::string shown = text;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (isControlAt(text, at)) shown[at] = '?';
+  }
+  return shown;
 }
 
 std::string absolutePath(const std::string& name) {
@@ -65,7 +70,7 @@ std::string parentOf(const std::string& name) {
 
 std::string shellWord(const std::string& name) {
   const std::string word = name.starts_with('-') ? "./" + name : name;
-  if (std::ranges::any_of(word, isControlCharacter)) return inCodes(word);
+  if (onOneLine(word) != word) return inCodes(word);
   return !word.empty() && std::ranges::all_of(word, isPlain) ? word : inQuotes(word);
 }
 

@@ -9,7 +9,7 @@
 namespace orx {
 
 // `text` on one line of a terminal, whatever is in it: each control byte as "?".
-[[nodiscard]] std::string onOneLine(std::string text);
+[[nodiscard]] std::string onOneLine(const std::string& text);
 
 // The absolute path of `name`, symbolic links as they are, for reading only: control bytes as "?".
 // `name` itself where the current directory cannot be told.

@@ -113,8 +113,10 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
        notOpened + "folder, RC=8(SystemError), RSN=17(Format)\n"},
       {"-i backup -o " + tooLong, exitDatabaseNotOpened, ".*", ".*",
        notOpened + tooLong.substr(0, 218) + ", RC=1(BadArgument), RSN=22(Length)\n"},
-      {"-i backup -o " + longName, exitDatabaseNotOpened, "there is no database @n+",
-       "orxkdb create n+"},
+      {"-i backup -o " + longName, exitDatabaseNotOpened, "the name is too long .*: @n+",
+       "ls -l [.]"},
+      {"-i backup -o no.orx-old", exitDatabaseNotOpened, "@no.orx-old has the name of a file .*",
+       "ls -l no.orx-old"},
       {"-i backup -o damaged", exitFailed, "@damaged is damaged; .*; the database is unchanged",
        "orxkdb stat damaged",
        "*Error: Error on ReadNextForUpdate, RC=8(SystemError), "
@@ -290,6 +292,7 @@ TEST(FileWords, AreReadyForAShell) {
                                                        {"-o", "./-o"},
                                                        {"$(reboot)", "'$(reboot)'"},
                                                        {"d\xC3\xA9j", "d\xC3\xA9j"},
+                                                       {"d\xC2\x9B\xC2", "$'d\\302\\233\xC2'"},
                                                        {"dat\033[2J'\\", "$'dat\\033[2J\\'\\\\'"}};
   for (const auto& [name, word] : cases) EXPECT_EQ(shellWord(name), word);
 }

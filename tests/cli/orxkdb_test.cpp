@@ -56,6 +56,18 @@ std::vector<Refusal> refusals() {
       {"check --limit -1 lines", exitUsage, "--limit"},
       {"check --limit \"\" lines", exitUsage, "--limit"},
       {"plan --limit x db lines", exitUsage, "--limit"},
+      {"check --limit 18446744073709551616 lines", exitUsage, "from 0 to 18446744073709551615"},
+      {"sample --seed 18446744073709551616", exitUsage, "from 0 to 18446744073709551615"},
+      {"sample --seed -1", exitUsage, "--seed: \"-1\" is no number"},
+      {"sample --objects 0x20", exitUsage, "--objects: \"0x20\" is no number"},
+      {"sample --objects 4294967316", exitUsage, "from 20 to 50000000"},
+      {"sample --order --seed", exitUsage, "--order"},
+      {"report db --html --json", exitUsage},
+      {"report db --html page --plan --json", exitUsage},
+      {"report db --html=-page", exitUsage,
+       "--html: its value is missing, \"-page\" counts as an option; a file of that name is "
+       "\"./-page\""},
+      {"explain --line -lines:1", exitUsage, "--line: its value is missing"},
       {"diff --limit x db lines", exitNotAsExpected, "--limit"},
       {"diff db", exitNotAsExpected},
       {"diff db db db", exitNotAsExpected},
@@ -73,12 +85,20 @@ std::vector<Refusal> refusals() {
       {"messages none", exitNotOpened},
       {"messages \"\"", exitNotOpened},
       {"messages sub", exitNotOpened, "sub/PRESTORE_restore (Not a directory)"},
+      {"messages blocked", exitNotAsExpected,
+       "blocked/PRESTORE_restore/de.res.orx-new, look at it with \"ls -l blocked/"},
       {"stat none", exitNotOpened, "/none (5 NotThere"},
       {"stat \"\"", exitNotOpened},
+      {"stat none/db", exitNotOpened, "there is no directory for the database"},
+      {"stat lines/db", exitNotOpened, "there is no directory for the database"},
+      {"stat none.orx-old", exitNotOpened, "the name belongs to another database, "},
+      {"stat " + std::string(250, 'n'), exitNotOpened, "the name is too long"},
       {"dump none file", exitNotOpened},
       {"undo none", exitNotOpened, "/none (5 NotThere"},
       {"undo plain", exitNotOpened, "/plain.orx-previous, nothing can be undone"},
-      {"undo db", exitNotOpened, "/db.orx-previous (8 SystemError, 17 Format)"},
+      {"undo db", exitNotOpened,
+       "/db.orx-previous, nothing can be undone; the database is as it was"},
+      {"undo cut", exitNotOpened, "the database is damaged, "},
       {"undo other", exitNotAsExpected, "the previous generation is damaged, "},
 
       {"load new missing", exitNotOpened, "missing (No such file or directory)"},
@@ -86,6 +106,7 @@ std::vector<Refusal> refusals() {
       {"load db dumped", exitNotOpened, "(4 Duplicate, 46 Unique)"},
       {"load none/db dumped", exitNotOpened, "there is no directory for the database"},
       {"load --replace none dumped", exitNotOpened, "there is no such database, "},
+      {"load --replace none.orx-previous dumped", exitNotOpened, "the name belongs to another"},
       {"load --replace dangling dumped", exitNotOpened,
        "a symbolic link that leads to no database"},
       {"load --replace gone dumped", exitNotOpened, "makes it the database"},
@@ -184,6 +205,9 @@ TEST_F(OrxKdb, RefusalsHaveACodeALineAndADocumentAndChangeNothing) {
   fs::copy_file(scratch_ / "db", scratch_ / "gone.orx-previous");
   fs::create_hard_link(scratch_ / "db", scratch_ / "hard");
   test::writeFile(scratch_ / "sub/PRESTORE_restore", "in the way");
+  fs::create_directories(scratch_ / "blocked/PRESTORE_restore");
+  test::writeFile(scratch_ / "blocked/PRESTORE_restore/de.res.orx-new", "somebody else's");
+  fs::copy_file(scratch_ / "db", scratch_ / "cut.orx-previous");
   test::writeFile(scratch_ / "db.orx-previous", "text");
   test::writeFile(scratch_ / "lines", test::backupText(test::smallFleet()));
   test::writeFile(scratch_ / "cut", test::readFile(scratch_ / "db").substr(0, 10000));
@@ -264,7 +288,10 @@ TEST_F(OrxKdb, StandardStreamsCarryDumpsAndBackups) {
   test::createDatabase(scratch_.file("db"), 3);
   const std::string dumped = run({"dump", "db"}).output;
   EXPECT_EQ(run({"dump", "db", "-"}).output, dumped);
-  EXPECT_EQ(run({"load", "copy"}, dumped).output, "copy: 3 records loaded\n");
+  for (const std::string name : {"copy", "./-"}) {
+    EXPECT_EQ(run({"load", name}, dumped).output, name + ": 3 records loaded\n");
+  }
+  EXPECT_EQ(run({"load", "--replace", "./-"}, dumped).exitCode, exitDone);
   EXPECT_EQ(run({"backup", "copy", "-"}).output.size(), 3U * 441);
   EXPECT_EQ(run({"backup", "copy", "file"}).output, "file: 3 records backed up\n");
   expectFailure(run({"load", "x", "-"}, "VERSION=3\nformat=print\n"), exitNotAsExpected,
@@ -312,9 +339,9 @@ TEST_F(OrxKdb, NamesAreTakenAsTheyAre) {
 
 // As a file that somebody else has named may be called.
 TEST_F(OrxKdb, NamesStayOnTheirLineAndInTheirWord) {
-  const std::string name = "d\033[2J\nb $(touch made)";
-  const std::string word = "$'d\\033[2J\\012b $(touch made)'";
-  const std::string shown = "d?[2J?b $(touch made)";
+  const std::string name = "d\033[2J\nb\xC2\x9B$(touch made)\xC2\xA0";
+  const std::string word = "$'d\\033[2J\\012b\\302\\233$(touch made)\xC2\xA0'";
+  const std::string shown = "d?[2J?b??$(touch made)\xC2\xA0";
   const std::string text = name + ".txt";
   ASSERT_EQ(run({"create", name}).exitCode, exitDone);
   ASSERT_EQ(run({"sample", "--objects", "20", text}).exitCode, exitDone);
@@ -322,6 +349,7 @@ TEST_F(OrxKdb, NamesStayOnTheirLineAndInTheirWord) {
   const auto undone = run({"undo", name});
   EXPECT_THAT(undone.output, testing::StartsWith(shown + ": back to its previous generation; "));
   EXPECT_THAT(undone.output, HasSubstr("\"orxkdb undo " + word + "\" takes"));
+  EXPECT_THAT(run({"stat", name, "--json"}).output, HasSubstr(R"("d\u001b[2J\nb\u009b$()"));
   // Where "@" stands for the name.
   for (const char* const command :
        {"undo @", "create @", "dump @ @.dump", "backup @ b@", "load @2 @.dump", "check @.txt",
@@ -331,9 +359,17 @@ TEST_F(OrxKdb, NamesStayOnTheirLineAndInTheirWord) {
     for (std::string& word : words) {
       if (const auto at = word.find('@'); at != std::string::npos) word.replace(at, 1, name);
     }
-    const auto result = run(words);
-    EXPECT_THAT(result.output + result.errors, HasSubstr("d?[2J?b")) << command;
-    EXPECT_EQ((result.output + result.errors).find('\033'), std::string::npos) << command;
+    for (const bool json : {false, true}) {
+      if (json) words.emplace_back("--json");
+      const auto result = run(words);
+      const std::string printed = result.output + result.errors;
+      if (!json) {
+        EXPECT_THAT(printed, HasSubstr("d?[2J?b??$(")) << command;
+      }
+      for (const char* const control : {"\033", "\xC2\x9B"}) {
+        EXPECT_EQ(printed.find(control), std::string::npos) << command;
+      }
+    }
   }
 }
 

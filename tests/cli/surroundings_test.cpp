@@ -121,6 +121,10 @@ TEST(Surroundings, WithoutPermissionNothingIsChanged) {
   undo.traced.program = faults::programIn(undo.directory.path(), "orxkdb undo db");
   EXPECT_EQ(undo.under(becomeNobody).exitCode, exitDatabaseNotOpened);
   EXPECT_THAT(undo.result.errors, HasSubstr(", " + previous + " (11 Authority"));
+  Attempt look(scenes().front());
+  fs::permissions(look.directory.path(), fs::perms(01777));
+  look.traced.program = faults::programIn(look.directory.path(), "orxkdb stat db");
+  EXPECT_THAT(look.under(becomeNobody).errors, HasSubstr("no permission for the database"));
 }
 
 TEST(Surroundings, AReadOnlyFileSystemIsNotWrittenTo) {

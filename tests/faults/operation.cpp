@@ -225,6 +225,7 @@ std::string Scene::faultInWords(const test::ProgramResult& result, bool isNew) c
                                              "has its new contents", "has its name"};
   static const std::vector<const char*> denied{"is unchanged", "is as it was",
                                                "no file was changed"};
+  static const std::vector<const char*> deniedNew{"no database was made", "no file was changed"};
   if (result.signal != 0) return "ended by signal " + std::to_string(result.signal) + "; ";
   if (result.exitCode == 0) return isNew ? "" : "exit code 0 and nothing is changed; ";
   const std::string head = "exit code " + std::to_string(result.exitCode);
@@ -235,7 +236,8 @@ std::string Scene::faultInWords(const test::ProgramResult& result, bool isNew) c
   if (isNew != hasAny(result.errors, told)) {
     return head + (isNew ? ", new" : ", old") + ", and standard error says something else; ";
   }
-  if (result.exitCode == 6 && !isNew && !hasAny(result.errors, denied)) {
+  if (result.exitCode == 6 && !isNew &&
+      !hasAny(result.errors, before_ == absent ? deniedNew : denied)) {
     return head + ", old, and standard error does not say so; ";
   }
   return "";

@@ -368,7 +368,7 @@ done)"));
 
 TEST_F(Check, ReportsSomeOfManyFindingsAndCountsAll) {
   Lines lines = test::smallFleet();
-  for (std::uint32_t id = 10; id < 15; ++id) lines.push_back(plainLine(id, "<2\x1B"));
+  for (std::uint32_t id = 10; id < 15; ++id) lines.push_back(plainLine(id, "<2\x1B\xC2\x9B"));
   test::makeDatabase(scratch_.file("db"), lines);
   Result result;
   EXPECT_EQ(test::printed([&] { result = check({.input = scratch_.file("db"), .limit = 2}); }),
@@ -376,8 +376,8 @@ TEST_F(Check, ReportsSomeOfManyFindingsAndCountsAll) {
 
 text-left-over
   an attribute text is not read to its end: the next rewrite of the object loses the rest
-  - parent <1;1;0;0;0;0;0;> object <1;1;2;0;0;0;10;>: 3 bytes from "<2\x1B"
-  - parent <1;1;0;0;0;0;0;> object <1;1;2;0;0;0;11;>: 3 bytes from "<2\x1B"
+  - parent <1;1;0;0;0;0;0;> object <1;1;2;0;0;0;10;>: 5 bytes from "<2\x1B\xC2\x9B"
+  - parent <1;1;0;0;0;0;0;> object <1;1;2;0;0;0;11;>: 5 bytes from "<2\x1B\xC2\x9B"
   - and 3 more, which "--limit 0" shows
 
 findings by kind

@@ -26,9 +26,10 @@ std::string scratchDirectory() {
 }
 
 Result scratchFailure(const std::string& backup, int error) {
-  const std::string where =
-      backup + " into " + scratchDirectory() + " (" + std::generic_category().message(error) + ")";
-  return fail(exitFailed, "the backup cannot be unpacked", where,
+  constexpr std::string_view what = "the backup cannot be unpacked";
+  const std::string where = backup + " into " + scratchDirectory();
+  if (error == EMFILE || error == ENFILE) return systemFailure(exitFailed, what, where, error);
+  return fail(exitFailed, what, where + " (" + std::generic_category().message(error) + ")",
               "set TMPDIR to a directory with space on a local disk, or unpack it yourself");
 }
 

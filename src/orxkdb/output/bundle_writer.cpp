@@ -56,11 +56,22 @@ Result checkReplaceable(const std::string& path, const BundleFile& ours) {
   return fileFailure(exitNotOpened, "a message file cannot be looked at", path, errno);
 }
 
-int writeFile(const std::string& path, std::string_view bytes) {
+Result writeFailure(const std::string& path, int error) {
+  if (error != EEXIST) {
+    return fileFailure(exitFailed, "a file of the messages cannot be written", path, error);
+  }
+  const std::string first = path + std::string(unpublishedSuffix);
+  return fail(exitNotAsExpected, "a file stands where the output is written first",
+              absolutePath(first),
+              "look at it with \"ls -l " + shellWord(first) + "\" and move it away");
+}
+
+Result writeFile(const std::string& path, std::string_view bytes) {
   AtomicFile file;
-  if (const int error = file.openUnresolved(path); error != 0) return error;
-  if (const int error = file.write(bytes); error != 0) return error;
-  return file.publish();
+  int error = file.openUnresolved(path);
+  if (error == 0) error = file.write(bytes);
+  if (error == 0) error = file.publish();
+  return error == 0 ? Result() : writeFailure(path, error);
 }
 
 std::string pathIn(const std::string& bundle, const BundleFile& file) {
@@ -97,10 +108,7 @@ Result putBundle(const std::string& directory) {
                        failed);
   }
   for (const BundleFile& file : bundleFiles()) {
-    const std::string path = pathIn(bundle, file);
-    if (const int failed = writeFile(path, textOf(file)); failed != 0) {
-      return fileFailure(exitFailed, "a file of the messages cannot be written", path, failed);
-    }
+    if (Result result = writeFile(pathIn(bundle, file), textOf(file)); !result.ok()) return result;
   }
   return {};
 }

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "orxkdb/output/output.h"
+#include "platform/control_character.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {
@@ -14,8 +15,17 @@ using Json = nlohmann::ordered_json;
 constexpr int version = 1;
 constexpr int indentation = 2;
 
+// The format itself escapes the control characters of ASCII alone, and a document may be looked at
+// on a terminal. 0xC2 begins a character of two bytes, which is in a string.
 std::string written(const Json& value, int indent) {
-  return value.dump(indent, ' ', false, Json::error_handler_t::replace);
+  std::string text = value.dump(indent, ' ', false, Json::error_handler_t::replace);
+  for (auto at = text.find('\xC2'); at != std::string::npos; at = text.find('\xC2', at + 1)) {
+    if (!isControlAt(text, at)) continue;
+    constexpr char digits[] = "0123456789abcdef";
+    const auto byte = static_cast<unsigned char>(text[at + 1]);
+    text.replace(at, 2, {'\\', 'u', '0', '0', digits[byte >> 4], digits[byte & 0xF]});
+  }
+  return text;
 }
 
 }  // namespace

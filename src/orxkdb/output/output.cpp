@@ -16,7 +16,6 @@ namespace orx::orxkdb {
 namespace {
 
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
-constexpr std::string_view successorSuffix = ".orx-new";
 
 bool hasWritten = false;
 
@@ -32,7 +31,7 @@ bool isRegularOrNew(const std::string& name) {
 
 // Where AtomicFile writes first.
 std::string successorOf(const std::string& name) {
-  return resolvePath(name).value_or(name).append(successorSuffix);
+  return resolvePath(name).value_or(name).append(unpublishedSuffix);
 }
 
 Result refuse(std::string_view what, std::string_view name) {

@@ -6,7 +6,8 @@
 
 namespace orx::orxkdb {
 
-// Control characters, line ends too, as "\x1B"; everything else, UTF-8 included, as it is.
+// Control characters, line ends too, as "\x1B", those of UTF-8 as "\xC2\x9B"; everything else as it
+// is.
 [[nodiscard]] std::string printable(std::string_view text);
 
 }  // namespace orx::orxkdb
