@@ -14,9 +14,11 @@ namespace {
 Result resultOf(const PlanOptions& options, const MergePlan& plan) {
   if (plan.succeeds()) return {};
   const std::string count = std::to_string(plan.totals().refused);
-  return fail(exitNotAsExpected, "the merge would fail, taken keys: " + count,
-              options.backup + " into " + options.database,
-              "read the report; \"orxkdb check\" shows keys that a backup has twice");
+  return fail(
+      exitNotAsExpected, "the merge would fail, taken keys: " + count,
+      options.backup + " into " + options.database,
+      "read the report; \"orxkdb check\" shows keys that a backup has twice, and counters of "
+      "a database that give out what is taken");
 }
 
 }  // namespace

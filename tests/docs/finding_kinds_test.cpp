@@ -1,4 +1,5 @@
-// docs/json.md lists the kinds of findings, whose names scripts look for.
+// The kinds of findings in docs/json.md, whose names scripts look for, and in docs/operations.md,
+// which says what to do about each.
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -22,6 +23,16 @@ TEST(JsonDocument, ListsEveryKindOfFinding) {
     rows += "| `" + std::string(kind.name) + "` | " + kind.meaning() + " |\n";
   }
   EXPECT_EQ(listed, rows);
+}
+
+TEST(Operations, SayWhatToDoAboutEveryKindOfFinding) {
+  const std::string document = test::readFile(test::sourceDirectory() / "docs/operations.md");
+  const std::size_t table = document.find("| kind | what to do |");
+  ASSERT_NE(table, std::string::npos);
+  const std::string rows = document.substr(table, document.find("\n\n", table) - table);
+  for (const orxkdb::FindingKindText& kind : orxkdb::findingKinds) {
+    EXPECT_NE(rows.find("`" + std::string(kind.name) + "`"), std::string::npos) << kind.name;
+  }
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "orxkdb/output/json_document.h"
+#include "orxkdb/words/counted.h"
 #include "orxkdb/words/printable.h"
 #include "terminal/file_words.h"
 
@@ -28,8 +29,8 @@ std::string countsText(const std::string& input, const CheckCounts& counts) {
                      std::to_string(counts.objects) + " objects, " + std::to_string(counts.models) +
                      " models, " + std::to_string(counts.references) + " references\n";
   if (counts.outOfOrder > 0) {
-    text += std::to_string(counts.outOfOrder) +
-            " lines are out of key order, which a restore does not mind\n";
+    text += counted(counts.outOfOrder, "line is", "lines are") +
+            " out of key order, which a restore does not mind\n";
   }
   return text;
 }
