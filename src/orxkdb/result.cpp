@@ -1,5 +1,7 @@
 #include "orxkdb/result.h"
 
+#include <sys/stat.h>
+
 #include <array>
 #include <cerrno>
 #include <system_error>
@@ -9,7 +11,6 @@
 #include "platform/interruption.h"
 #include "platform/kdb_diagnosis.h"
 #include "platform/kdb_files.h"
-#include "platform/taken_name.h"
 #include "terminal/file_words.h"
 
 namespace orx::orxkdb {
@@ -238,9 +239,13 @@ Result lastFailure(const std::string& database, kdb::kdbHandle handle, const std
   return useFailure(database, status, kdb::Phase::running, record);
 }
 
-// What could not be changed or replaced has its name, what could not be made has none.
+// What could not be changed or replaced has its name, what could not be made has none. A disk that
+// failed may not tell any more.
 std::string_view unchangedState(const std::string& database) {
-  return isTaken(database) ? "the database is as it was" : "no database was made";
+  struct stat file {};
+  if (::lstat(database.c_str(), &file) == 0) return "the database is as it was";
+  if (errno == ENOENT) return "no database was made";
+  return "no database was made or changed";
 }
 
 Result systemFailure(ExitCode code, std::string_view what, std::string where, int error) {

@@ -42,8 +42,8 @@ Result closeFailure(const std::string& database, const kdb::kdbStatus& status);
 Result lastFailure(const std::string& database, kdb::kdbHandle handle,
                    const std::string& record = "");
 
-// For the end of a hint when nothing was published: that the database is as it was, or that none
-// was made.
+// For the end of a hint when nothing was published: that the database is as it was, that none was
+// made, or both where it cannot be looked at.
 std::string_view unchangedState(const std::string& database);
 
 // A call that failed with the errno value `error`, at a place or with a file.

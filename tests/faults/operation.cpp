@@ -223,8 +223,8 @@ std::string Scene::faultInWords(const test::ProgramResult& result, bool isNew) c
   // How the programs say that the change is made although the run failed.
   static const std::vector<const char*> told{"has what the run did", "the database is made",
                                              "has its new contents", "has its name"};
-  static const std::vector<const char*> denied{"is unchanged", "is as it was",
-                                               "no file was changed"};
+  static const std::vector<const char*> denied{
+      "is unchanged", "is as it was", "no file was changed", "no database was made or changed"};
   static const std::vector<const char*> deniedNew{"no database was made", "no file was changed"};
   if (result.signal != 0) return "ended by signal " + std::to_string(result.signal) + "; ";
   if (result.exitCode == 0) return isNew ? "" : "exit code 0 and nothing is changed; ";
