@@ -14,6 +14,7 @@
 #include "restore/exit_codes.h"
 #include "tests/faults/operation.h"
 #include "tests/support/child_conditions.h"
+#include "tests/support/compress.h"
 #include "tests/support/program_runs.h"
 #include "tests/support/small_fleet.h"
 #include "tests/support/test_bundle.h"
@@ -201,6 +202,10 @@ TEST(Surroundings, FewOpenFilesAndLittleMemoryAreEnoughOrAFailure) {
     }
     EXPECT_EQ(exitCode, 0) << scene.operation().name;
   }
+  const TempDir scratch;
+  writeFile(scratch / "packed", compressed("gzip", backupText(smallFleet())));
+  EXPECT_THAT(runProgram(shellScript(scratch, "ulimit -n 4; orxkdb check packed")).errors,
+              HasSubstr("(Too many open files), raise the limit"));
 }
 
 TEST(Surroundings, WhatIsNoBundleIsAMissingOne) {
