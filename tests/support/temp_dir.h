@@ -4,6 +4,7 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -71,7 +72,12 @@ inline void writeFile(const std::filesystem::path& file, std::string_view bytes)
 
 inline std::string readFile(const std::filesystem::path& file) {
   std::ifstream in(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
+  std::string content;
+  std::array<char, 65536> piece;  // byte by byte takes a second for some inputs
+  while (in.read(piece.data(), piece.size()) || in.gcount() > 0) {
+    content.append(piece.data(), static_cast<std::size_t>(in.gcount()));
+  }
+  return content;
 }
 
 }  // namespace orx::test
