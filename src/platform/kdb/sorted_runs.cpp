@@ -117,7 +117,9 @@ Outcome SortedRuns::append(Run& run, const std::uint8_t* entry) {
   if (run.count % runBlock == 0) run.blocks.push_back(Key::stored(entry));
   ++run.count;
   ++written_;
-  pending_.insert(pending_.end(), entry, entry + entrySize);
+  const std::size_t size = pending_.size();
+  pending_.resize(size + entrySize);  // insert() would make a string of the entry first
+  std::copy_n(entry, entrySize, pending_.begin() + static_cast<std::ptrdiff_t>(size));
   return pending_.size() < writeSize ? succeeded : flush();
 }
 
