@@ -23,10 +23,8 @@ using Disturbances = std::vector<Disturbance>;
 // The power fails; the moment and what is lost are drawn from a seed of each.
 [[nodiscard]] Disturbances powerFailures(const Scene& scene);
 
-// Each allocation fails, or every n-th of a run that allocates for each record, at most 1500: the
-// same step fails for thousands of records. The run ends with 6 and the old database, or does all
-// the same what it was asked for; memory that nobody has any more is a fault where a sanitizer
-// looks for it.
+// Each allocation fails: the run ends with 6 and the old database, or does all the same what it was
+// asked for; memory that nobody has any more is a fault where a sanitizer looks for it.
 [[nodiscard]] Disturbances failedAllocations(const Scene& scene);
 
 }  // namespace orx::faults
