@@ -18,14 +18,18 @@ constexpr int indentation = 2;
 // The format itself escapes the control characters of ASCII alone, and a document may be looked at
 // on a terminal. 0xC2 begins a character of two bytes, which is in a string.
 std::string written(const Json& value, int indent) {
-  std::string text = value.dump(indent, ' ', false, Json::error_handler_t::replace);
+  constexpr char digits[] = "0123456789abcdef";
+  const std::string text = value.dump(indent, ' ', false, Json::error_handler_t::replace);
+  std::string escaped;
+  std::size_t copied = 0;
   for (auto at = text.find('\xC2'); at != std::string::npos; at = text.find('\xC2', at + 1)) {
     if (!isControlAt(text, at)) continue;
-    constexpr char digits[] = "0123456789abcdef";
     const auto byte = static_cast<unsigned char>(text[at + 1]);
-    text.replace(at, 2, {'\\', 'u', '0', '0', digits[byte >> 4], digits[byte & 0xF]});
+    escaped.append(text, copied, at - copied).append("\\u00");
+    escaped.append({digits[byte >> 4], digits[byte & 0xF]});
+    copied = at + 2;
   }
-  return text;
+  return copied == 0 ? text : escaped.append(text, copied);
 }
 
 }  // namespace
