@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <system_error>
 #include <utility>
 
@@ -119,7 +120,7 @@ Outcome SortedRuns::append(Run& run, const std::uint8_t* entry) {
   ++written_;
   const std::size_t size = pending_.size();
   pending_.resize(size + entrySize);  // insert() would make a string of the entry first
-  std::copy_n(entry, entrySize, pending_.begin() + static_cast<std::ptrdiff_t>(size));
+  std::memcpy(pending_.data() + size, entry, entrySize);
   return pending_.size() < writeSize ? succeeded : flush();
 }
 
