@@ -33,7 +33,7 @@ CMConfigHandle::CMConfigHandle() {
 CMConfigHandle::CMConfigHandle(CMHandleType type, std::uint32_t id) {
   ORX_TRACE_VALUE("Constructor2");
   storeLE32(bytes_.data(), id);
-  handle_layout::setTypeAndFlags(bytes_, type, 0);
+  storeLE16(bytes_.data() + 6, handle_layout::typeAndFlags(type, 0));
 }
 
 CMConfigHandle::CMConfigHandle(const std::uint8_t* bytes) : bytes_(copyBytes(bytes)) {

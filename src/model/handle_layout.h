@@ -42,15 +42,11 @@ inline unsigned flags(const HandleBytes& bytes) {
   return raw & flagMask;
 }
 
-// Sets bytes 6 and 7 from a type and flags: new format for a positive type, else old format.
-inline void setTypeAndFlags(HandleBytes& bytes, std::int32_t type, unsigned flags) {
-  if (type > 0) {
-    bytes[6] = static_cast<std::uint8_t>(type);
-    bytes[7] = static_cast<std::uint8_t>(newFormat | flags << newFlagShift);
-  } else {
-    bytes[6] = static_cast<std::uint8_t>((type & oldTypeMask) | flags << oldFlagShift);
-    bytes[7] = 0;
-  }
+// Bytes 6 and 7 as a little-endian number: new format for a positive type, else old format.
+inline std::uint16_t typeAndFlags(std::int32_t type, unsigned flags) {
+  const auto low = static_cast<unsigned>(type) & 0xFF;
+  if (type > 0) return static_cast<std::uint16_t>(low | (newFormat | flags << newFlagShift) << 8);
+  return static_cast<std::uint16_t>((low & oldTypeMask) | flags << oldFlagShift);
 }
 
 }  // namespace handle_layout

@@ -41,6 +41,11 @@ inline void storeLE32(std::uint8_t* p, std::uint32_t value) {
   p[3] = static_cast<std::uint8_t>(value >> 24);
 }
 
+inline void storeLE64(std::uint8_t* p, std::uint64_t value) {
+  storeLE32(p, static_cast<std::uint32_t>(value));
+  storeLE32(p + 4, static_cast<std::uint32_t>(value >> 32));
+}
+
 inline void storeBE32(std::uint8_t* p, std::uint32_t value) {
   p[0] = static_cast<std::uint8_t>(value >> 24);
   p[1] = static_cast<std::uint8_t>(value >> 16);
