@@ -4,7 +4,7 @@
 //   ahead.start();
 //   while (ahead.take(batch)) ...
 //
-// The batches come in order and at most four wait, so memory is bounded. Without start(), or when
+// The batches come in order and at most eight wait, so memory is bounded. Without start(), or when
 // no thread can be had, take() prepares the batch in the caller's own thread: the outcome is the
 // same. All calls are for the one thread that takes.
 #pragma once
@@ -95,23 +95,32 @@ class ReadAhead {
 
   // False when no further slot is wanted.
   bool swapIn(Slot& slot) {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return stop_ || ready_ < slots_.size(); });
-    if (stop_) return false;
     const bool more = !slot.last;
-    std::swap(slots_[(first_ + ready_) % slots_.size()], slot);
-    ++ready_;
-    changed_.notify_all();
+    bool wasEmpty = false;
+    {
+      std::unique_lock lock(mutex_);
+      changed_.wait(lock, [this] { return stop_ || ready_ < slots_.size(); });
+      if (stop_) return false;
+      wasEmpty = ready_ == 0;
+      std::swap(slots_[(first_ + ready_) % slots_.size()], slot);
+      ++ready_;
+    }
+    if (wasEmpty) changed_.notify_one();
     return more;
   }
 
   void swapOut(Slot& slot) {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return ready_ > 0; });
-    std::swap(slot, slots_[first_]);
-    first_ = (first_ + 1) % slots_.size();
-    --ready_;
-    changed_.notify_all();
+    bool isHalfEmpty = false;
+    {
+      std::unique_lock lock(mutex_);
+      changed_.wait(lock, [this] { return ready_ > 0; });
+      std::swap(slot, slots_[first_]);
+      first_ = (first_ + 1) % slots_.size();
+      --ready_;
+      isHalfEmpty = ready_ == slots_.size() / 2;
+    }
+    // Not for each batch: to wake a thread takes as long as many records.
+    if (isHalfEmpty) changed_.notify_one();
   }
 
   Fill fill_;
@@ -120,7 +129,7 @@ class ReadAhead {
 
   std::mutex mutex_;  // guards what follows
   std::condition_variable changed_;
-  std::array<Slot, 4> slots_;  // a ring: `ready_` slots from `first_` on
+  std::array<Slot, 8> slots_;  // a ring: `ready_` slots from `first_` on
   std::size_t first_ = 0;
   std::size_t ready_ = 0;
   bool stop_ = false;

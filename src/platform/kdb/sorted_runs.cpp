@@ -18,8 +18,8 @@ namespace {
 constexpr std::size_t writeSize = std::size_t{1} << 20;
 constexpr std::size_t readMemory = std::size_t{8} << 20;
 constexpr std::size_t mergeMemory = std::size_t{2} << 20;
-constexpr std::size_t entriesAhead = 8;     // that are brought into the processor's cache
-constexpr std::size_t batchEntries = 1000;  // that are read ahead; six batches are in use
+constexpr std::size_t entriesAhead = 8;    // that are brought into the processor's cache
+constexpr std::size_t batchEntries = 512;  // that are read ahead; ten batches are in use
 
 // A key that the filter lets through is looked for in every run. While it lets few through, many
 // runs may stand beside each other, and few records are written twice.
