@@ -119,12 +119,14 @@ std::int32_t ReadNextForUpdate(kdbHandle scan, std::int32_t, std::uint8_t* buffe
   held = kdbHandle();
   return checked<OwnedScan>(scan, [&](OwnedScan& open, Database&) -> Outcome {
     if (!isRecord(buffer, bufferLength)) return badLength;
-    const kdbHandle next = SlotTable::renew(*open->held);
     const std::uint8_t* record = nullptr;
-    if (const Outcome outcome = open->scan.next(record); !outcome.ok()) return outcome;
+    held = SlotTable::renew(*open->held);  // before the record: its caller looks at it at once
+    if (const Outcome outcome = open->scan.next(record); !outcome.ok()) {
+      held = kdbHandle();
+      return outcome;
+    }
     std::memcpy(buffer, record, recordSize);
     length = static_cast<std::int32_t>(recordSize);
-    held = next;
     return succeeded;
   });
 }

@@ -9,15 +9,6 @@ SlotTable& SlotTable::instance() {
   return table;
 }
 
-kdbHandle SlotTable::renew(Slot& slot) {
-  // The tag 0 is left to handles that were never filled.
-  slot.tag = static_cast<std::int16_t>(slot.tag == -1 ? 1 : slot.tag + 1);
-  kdbHandle handle;
-  handle.tag = slot.tag;
-  handle.slot = &slot;
-  return handle;
-}
-
 kdbHandle SlotTable::enter(Object object, Database* database) {
   if (free_.empty()) {
     free_.reserve(slots_.size() + 1);  // so that release() never needs memory

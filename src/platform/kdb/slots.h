@@ -40,7 +40,14 @@ class SlotTable {
   // Throws std::bad_alloc.
   kdbHandle enter(Object object, Database* database);
   // Makes every handle to the slot stale; the result is the one that is not.
-  static kdbHandle renew(Slot& slot);
+  static kdbHandle renew(Slot& slot) {
+    // The tag 0 is left to handles that were never filled.
+    slot.tag = static_cast<std::int16_t>(slot.tag == -1 ? 1 : slot.tag + 1);
+    kdbHandle handle;
+    handle.tag = slot.tag;
+    handle.slot = &slot;
+    return handle;
+  }
   // The slot's object goes; every handle to it is stale from now on.
   void release(Slot& slot);
   // Releases all that belongs to the database, the database itself last.
