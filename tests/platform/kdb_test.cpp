@@ -322,24 +322,27 @@ TEST_F(Kdb, NewDatabasesNeverReplaceAnything) {
   EXPECT_THAT(scratch_.names(), ElementsAre("dangling", "db", "other"));
 }
 
-// Any sequence of changes, against a map. The last run has far more than waits in memory, so that
-// repeated keys lie in the file, in runs and in the buffer.
+// Any sequence of changes and look-ups, against a map. One run adds far more than waits in memory,
+// so that repeated keys lie in the file, in runs and in the buffer; the last one changes so much
+// that a part of the database is copied and another waits for it.
 TEST_F(Kdb, AgreesWithAMapOverManyRandomRuns) {
   std::mt19937 generator(20261);
   const auto random = [&] { return static_cast<std::uint32_t>(generator()); };
   createDatabase(name_);
   std::map<std::pair<std::uint32_t, std::uint32_t>, Record> expected;
-  for (int run = 0; run < 13; ++run) {
+  for (int run = 0; run < 14; ++run) {
     const Opened database(name_);
     auto working = expected;
     const bool ascending = run % 3 == 0 && run < 12;
-    const std::uint32_t steps = run < 12 ? 1500 : 120'000;
+    const std::uint32_t steps = run < 12 ? 1500 : run == 12 ? 120'000 : 60'000;
+    std::uint32_t object = 0;
     for (std::uint32_t step = 0; step < steps; ++step) {
-      const std::uint32_t object = ascending ? step : random() % (2 * steps);
-      const Record record = makeRecord(object, random() % 3, static_cast<std::uint8_t>(random()));
+      const bool again = step > 0 && random() % 8 == 0;
+      if (!again) object = ascending ? step : random() % (2 * steps);
+      Record record = makeRecord(object, random() % 3, static_cast<std::uint8_t>(random()));
       const std::pair key(object, loadLE32(record.data() + 16));
       const bool known = working.contains(key);
-      switch (run < 12 ? random() % 4 : 2) {
+      switch (run == 12 ? 9 : random() % (run == 13 ? 20 : 5)) {
         case 0:
           EXPECT_EQ(database.update(record), known ? "0/0" : "5/28");
           if (known) working[key] = record;
@@ -348,11 +351,18 @@ TEST_F(Kdb, AgreesWithAMapOverManyRandomRuns) {
           EXPECT_EQ(database.erase(record), known ? "0/0" : "5/28");
           working.erase(key);
           break;
+        case 2: {
+          const auto next = working.lower_bound(key);
+          const bool isLast = next == working.end();
+          EXPECT_EQ(database.readNext(record), isLast ? "5/14" : "0/0");
+          EXPECT_TRUE(isLast || record == next->second);
+          break;
+        }
         default:
           EXPECT_EQ(database.add(record), known ? "4/46" : "0/0");
           working.emplace(key, record);
       }
-      if (step == 90'000) {
+      if (run == 12 && step == 90'000) {
         EXPECT_EQ(database.update(working.begin()->second), "0/0");
       }
     }

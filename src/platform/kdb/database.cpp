@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -71,45 +70,16 @@ Outcome openRegularFile(const std::string& path, UniqueFd& fd, struct stat& file
   return S_ISREG(file.st_mode) ? succeeded : notADatabase;
 }
 
-// The next record of `reader` that is not in `deleted`; a deleted range costs one search.
-Outcome nextKept(TreeReader& reader, const KeyRanges& deleted, Key& key,
-                 const std::uint8_t*& record) {
-  Outcome outcome = reader.next(key, record);
-  while (outcome.ok()) {
-    const auto last = deleted.lastOfRange(key);
-    if (!last.has_value()) break;
-    if (key != *last) {
-      outcome = reader.seek(*last);
-      if (outcome.ok()) outcome = reader.next(key, record);
-    }
-    if (outcome.ok()) outcome = reader.next(key, record);
-  }
-  return outcome;
-}
-
-// The key right behind `key`; none behind the last.
-std::optional<Key> following(Key key) {
-  for (std::size_t i = keySize; i-- > 0;) {
-    if (++key.bytes[i] != 0) return key;
-  }
-  return std::nullopt;
-}
-
 }  // namespace
 
-Outcome Snapshot::next(Key& key, const std::uint8_t*& record) {
-  const Outcome outcome = nextKept(reader_, deleted_, key, record);
-  if (outcome.ok()) lastKey_ = key;
-  return outcome;
-}
-
 Outcome Scan::next(const std::uint8_t*& record) {
-  const bool deleted = heldIsDeleted_;
-  const Key before = held_;
-  const Outcome outcome = snapshot_.next(held_, record);
-  deletedBefore_ = deleted ? std::optional(before) : std::nullopt;
+  if (heldIsDeleted_) {
+    deletedBefore_ = held_;
+  } else {
+    deletedBefore_.reset();
+  }
   heldIsDeleted_ = false;
-  return outcome;
+  return snapshot_.next(held_, record);
 }
 
 Outcome Database::open(const std::string& name, OpenMode mode,
@@ -186,12 +156,6 @@ Outcome Database::prepareChange() {
   return successor_ != nullptr ? succeeded : startSuccessor();
 }
 
-// Everything up to `key` is in the successor afterwards, and nothing behind it but earlier changes.
-Outcome Database::prepareChange(const Key& key) {
-  const Outcome outcome = prepareChange();
-  return outcome.ok() ? copyThrough(key) : outcome;
-}
-
 // What could not be begun is not begun a second time, at the end, without the changes between.
 Outcome Database::startSuccessor() {
   const Outcome outcome = makeSuccessor();
@@ -208,30 +172,14 @@ Outcome Database::makeSuccessor() {
   if (const Outcome outcome = prepareRights(successor_->fd(), base_->fd()); !outcome.ok()) {
     return outcome;
   }
-  return everythingDeleted() ? succeeded : startCopy();
+  if (everythingDeleted()) return succeeded;
+  uncopied_ = std::make_unique<UncopiedRecords>(base_, deleted_);
+  return uncopied_->start();
 }
 
-Outcome Database::startCopy() {
-  uncopied_ = std::make_unique<Snapshot>(base_, deleted_);
-  return stepCopy();
-}
-
-Outcome Database::stepCopy() {
-  const Outcome outcome = uncopied_->next(uncopiedKey_, uncopiedRecord_);
-  if (outcome.ok()) return outcome;
-  uncopied_.reset();
-  uncopiedRecord_ = nullptr;
-  return outcome == endOfData ? succeeded : outcome;
-}
-
-// Copies the records up to the key `last`.
+// Everything up to `last` is in the successor afterwards.
 Outcome Database::copyThrough(const Key& last) {
-  Outcome outcome = succeeded;
-  while (outcome.ok() && uncopiedRecord_ != nullptr && uncopiedKey_ <= last) {
-    outcome = successor_->add(uncopiedKey_, uncopiedRecord_);
-    if (outcome.ok()) outcome = stepCopy();
-  }
-  return outcome;
+  return uncopied_ == nullptr ? succeeded : uncopied_->moveTo(*successor_, last);
 }
 
 Outcome Database::copyRest() {
@@ -269,55 +217,64 @@ Outcome Database::deleteHeld(Scan& scan) {
 }
 
 Outcome Database::add(const Key& key, const std::uint8_t* record) {
-  const Outcome outcome = prepareChange(key);
+  if (const Outcome outcome = prepareChange(); !outcome.ok()) return outcome;
+  if (uncopied_ != nullptr && uncopied_->takesNew(key)) return uncopied_->add(key, record);
+  const Outcome outcome = copyThrough(key);
   return outcome.ok() ? successor_->add(key, record) : outcome;
 }
 
 Outcome Database::update(const Key& key, const std::uint8_t* record) {
   if (const auto outcome = updateWithoutChange(key, record)) return *outcome;
-  const Outcome outcome = prepareChange(key);
+  if (const Outcome outcome = prepareChange(); !outcome.ok()) return outcome;
+  if (uncopied_ != nullptr && uncopied_->takesChange(key)) return uncopied_->update(key, record);
+  const Outcome outcome = copyThrough(key);
   return outcome.ok() ? successor_->update(key, record) : outcome;
+}
+
+Outcome Database::erase(const Key& key) {
+  if (const Outcome outcome = prepareChange(); !outcome.ok()) return outcome;
+  if (uncopied_ != nullptr && uncopied_->takesChange(key)) return uncopied_->erase(key);
+  const Outcome outcome = copyThrough(key);
+  return outcome.ok() ? successor_->erase(key) : outcome;
 }
 
 // What an update answers that has nothing to do, before the first change of a run: where none comes
 // there is nothing to publish.
 std::optional<Outcome> Database::updateWithoutChange(const Key& key, const std::uint8_t* record) {
   if (mode_ != OpenMode::update || successor_ != nullptr) return std::nullopt;
-  std::array<std::uint8_t, recordSize> stored{};
-  const Outcome found = readNext(key, stored.data());
-  if (found == endOfData) return recordNotFound;
-  if (!found.ok()) return std::nullopt;
-  if (lookUpNext_ != following(key)) return recordNotFound;
-  if (std::memcmp(stored.data(), record, recordSize) != 0) return std::nullopt;
+  if (storageFailure_.has_value()) return *storageFailure_;
+  Key found;
+  const std::uint8_t* stored = nullptr;
+  const Outcome outcome = findInBase(key, found, stored);
+  if (outcome == endOfData) return recordNotFound;
+  if (!outcome.ok()) return std::nullopt;
+  if (found != key) return recordNotFound;
+  if (std::memcmp(stored, record, recordSize) != 0) return std::nullopt;
   return succeeded;
 }
 
-Outcome Database::erase(const Key& key) {
-  const Outcome outcome = prepareChange(key);
-  return outcome.ok() ? successor_->erase(key) : outcome;
+Outcome Database::findInBase(const Key& key, Key& found, const std::uint8_t*& record) {
+  if (lookUp_ == nullptr) lookUp_ = std::make_unique<KeyLookUp>(base_);
+  return lookUp_->find(key, deleted_, found, record);
 }
 
 Outcome Database::readNext(const Key& key, std::uint8_t* record) {
   if (storageFailure_.has_value()) return *storageFailure_;
   if (successor_ != nullptr) return readNextChanged(key, record);
-  const bool goesOn = lookUp_ != nullptr && lookUpNext_.has_value() && key == *lookUpNext_;
-  if (lookUp_ == nullptr) lookUp_ = std::make_unique<TreeReader>(base_);
   Key found;
-  const std::uint8_t* bytes = nullptr;
-  Outcome outcome = goesOn ? succeeded : lookUp_->seek(key);
-  if (outcome.ok()) outcome = nextKept(*lookUp_, deleted_, found, bytes);
-  lookUpNext_ = outcome.ok() ? following(found) : std::nullopt;
-  if (outcome.ok()) std::memcpy(record, bytes, recordSize);
+  const std::uint8_t* stored = nullptr;
+  const Outcome outcome = findInBase(key, found, stored);
+  if (outcome.ok()) std::memcpy(record, stored, recordSize);
   return outcome;
 }
 
 // What is not copied yet lies behind everything that the successor has.
 Outcome Database::readNextChanged(const Key& key, std::uint8_t* record) {
-  if (const Outcome outcome = copyThrough(key); !outcome.ok()) return outcome;
-  const Outcome outcome = successor_->readNext(key, record);
-  if (outcome != endOfData || uncopiedRecord_ == nullptr) return outcome;
-  std::memcpy(record, uncopiedRecord_, recordSize);
-  return succeeded;
+  if (uncopied_ == nullptr || !uncopied_->reaches(key)) {
+    const Outcome outcome = successor_->readNext(key, record);
+    if (outcome != endOfData || uncopied_ == nullptr) return outcome;
+  }
+  return uncopied_->readNext(key, record);
 }
 
 Outcome Database::hold() const {

@@ -10,34 +10,14 @@
 #include "platform/kdb/key.h"
 #include "platform/kdb/key_ranges.h"
 #include "platform/kdb/publish.h"
+#include "platform/kdb/snapshot.h"
 #include "platform/kdb/successor.h"
 #include "platform/kdb/tree_file.h"
-#include "platform/kdb/tree_reader.h"
+#include "platform/kdb/uncopied_records.h"
 
 namespace orx::kdb {
 
 enum class OpenMode { read, update, create };
-
-// Reads records in database order, as they were when it was made; from the first one, unless seek()
-// comes before. It needs its Database no longer.
-class Snapshot {
- public:
-  Snapshot(std::shared_ptr<const TreeFile> tree, KeyRanges deleted)
-      : reader_(std::move(tree)), deleted_(std::move(deleted)) {}
-
-  // To before the first record whose key is `key` or follows it. A whole pass without it also
-  // checks the number of records.
-  [[nodiscard]] Outcome seek(const Key& key) { return reader_.seek(key); }
-  // `record` points at 296 bytes, valid until the next call. endOfData behind the last.
-  [[nodiscard]] Outcome next(Key& key, const std::uint8_t*& record);
-  // The key of the last record that next() gave; none before the first.
-  [[nodiscard]] const std::optional<Key>& lastKey() const { return lastKey_; }
-
- private:
-  TreeReader reader_;
-  KeyRanges deleted_;
-  std::optional<Key> lastKey_;
-};
 
 // An update scan: a snapshot, and the record that it holds, the last one that next() gave.
 class Scan {
@@ -100,29 +80,25 @@ class Database {
   Outcome lock(UniqueFd& fd);
   Outcome settleLastRun();
   Outcome prepareChange();
-  Outcome prepareChange(const Key& key);
   std::optional<Outcome> updateWithoutChange(const Key& key, const std::uint8_t* record);
+  Outcome findInBase(const Key& key, Key& found, const std::uint8_t*& record);
   Outcome readNextChanged(const Key& key, std::uint8_t* record);
   Outcome startSuccessor();
   Outcome makeSuccessor();
-  Outcome startCopy();
   Outcome copyThrough(const Key& last);
   Outcome copyRest();
-  Outcome stepCopy();
   [[nodiscard]] bool everythingDeleted() const;
 
   OpenMode mode_ = OpenMode::read;
   DatabasePaths paths_;
   std::shared_ptr<const TreeFile> base_;  // holds the lock; none for a new database
   KeyRanges deleted_;
-  std::unique_ptr<TreeReader> lookUp_;  // for readNext while there is no successor
-  std::optional<Key> lookUpNext_;       // the key behind the record that it found last
+  std::unique_ptr<KeyLookUp> lookUp_;  // while there is no successor
   std::unique_ptr<Successor> successor_;
-  // What the successor has not got yet: it is copied in key order, no further than a change needs,
-  // so that changes in ascending order are appended like the records between them.
-  std::unique_ptr<Snapshot> uncopied_;
-  Key uncopiedKey_;                               // of the first uncopied record
-  const std::uint8_t* uncopiedRecord_ = nullptr;  // null: everything is copied
+  // What the successor has not got yet: it is copied in key order, no further than a change needs
+  // that cannot wait, so that the copy and changes in ascending order are appended. None where
+  // everything was deleted.
+  std::unique_ptr<UncopiedRecords> uncopied_;
   Outcome lastFailure_;
   std::optional<Outcome> storageFailure_;  // or what kept the successor from being made
 };

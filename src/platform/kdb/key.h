@@ -6,6 +6,7 @@
 #include <compare>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 
 #include "platform/bytes.h"
 #include "platform/kdb.h"
@@ -34,6 +35,15 @@ struct Key {
   void toRecord(std::uint8_t* record) const {
     std::memcpy(record, bytes.data(), 16);
     storeLE32(record + 16, loadBE32(bytes.data() + 16));
+  }
+
+  // The key right behind this one; none behind the last.
+  [[nodiscard]] std::optional<Key> following() const {
+    Key next = *this;
+    for (std::size_t i = keySize; i-- > 0;) {
+      if (++next.bytes[i] != 0) return next;
+    }
+    return std::nullopt;
   }
 
   friend std::strong_ordering operator<=>(const Key& a, const Key& b) {

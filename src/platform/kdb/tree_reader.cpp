@@ -14,7 +14,8 @@ namespace fmt = tree_format;
 
 namespace {
 
-constexpr std::uint64_t readAheadPages = 64;
+// A pass reads more leaves at a time the longer it goes on.
+constexpr std::uint64_t mostReadAhead = 64;
 // How far apart two leaves may lie in the file and still count as following each other.
 constexpr std::uint64_t readAheadGap = 3;
 
@@ -148,6 +149,11 @@ Outcome TreeReader::descend(std::uint64_t page, std::size_t level, const Key* ke
 
 Outcome TreeReader::loadBranch(std::uint64_t page, Level& level) {
   if (page < fmt::firstDataPage || page > tree_->lastPage()) return fail(notADatabase);
+  if (page == level.number) {
+    level.index = 0;
+    return succeeded;
+  }
+  level.number = 0;
   level.page.resize(tree_->pageSize());
   if (const Outcome outcome = tree_->read(page, level.page); !outcome.ok()) return fail(outcome);
   const std::uint8_t* bytes = level.page.data();
@@ -158,6 +164,7 @@ Outcome TreeReader::loadBranch(std::uint64_t page, Level& level) {
     if (!branchNodeIsSound(bytes, tree_->pageSize(), i)) return fail(notADatabase);
     if (i > 1 && branchKey(bytes, i - 1) >= branchKey(bytes, i)) return fail(notADatabase);
   }
+  level.number = page;
   return succeeded;
 }
 
@@ -178,12 +185,12 @@ Outcome TreeReader::fetchLeaf(std::uint64_t page) {
   if (page < windowFirst_ || page >= windowFirst_ + windowCount_) {
     const std::uint64_t end = windowFirst_ + windowCount_;
     const bool follows = windowCount_ > 0 && page >= end && page < end + readAheadGap;
-    const std::uint64_t wanted = follows ? readAheadPages : 1;
-    windowCount_ = std::min(wanted, tree_->lastPage() + 1 - page);
+    readAhead_ = follows ? std::min(2 * readAhead_, mostReadAhead) : 1;
+    windowCount_ = std::min(readAhead_, tree_->lastPage() + 1 - page);
     windowFirst_ = page;
-    window_.resize(readAheadPages * pageSize);
-    const Outcome outcome = tree_->read(
-        page, std::span(window_).first(static_cast<std::size_t>(windowCount_) * pageSize));
+    const std::size_t size = static_cast<std::size_t>(windowCount_) * pageSize;
+    if (window_.size() < size) window_.resize(size);
+    const Outcome outcome = tree_->read(page, std::span(window_).first(size));
     if (!outcome.ok()) return outcome;
   }
   leaf_ = window_.data() + static_cast<std::size_t>(page - windowFirst_) * pageSize;

@@ -33,6 +33,7 @@ class TreeReader {
  private:
   struct Level {
     std::vector<std::uint8_t> page;  // branch pages; the leaf lives in the window
+    std::uint64_t number = 0;        // of that page, which need not be read again; 0: none
     std::size_t index = 0;
     std::size_t count = 0;
   };
@@ -53,6 +54,7 @@ class TreeReader {
   std::vector<std::uint8_t> window_;  // leaves read ahead while they follow each other in the file
   std::uint64_t windowFirst_ = 0;
   std::uint64_t windowCount_ = 0;
+  std::uint64_t readAhead_ = 1;  // leaves
   const std::uint8_t* leaf_ = nullptr;
   std::size_t leafIndex_ = 0;
   std::size_t leafCount_ = 0;

@@ -1,0 +1,138 @@
+#include "platform/kdb/uncopied_records.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace orx::kdb {
+
+UncopiedRecords::UncopiedRecords(const std::shared_ptr<const TreeFile>& tree,
+                                 const KeyRanges& deleted)
+    : base_(tree, deleted), lookUp_(tree), deleted_(deleted) {}
+
+Outcome UncopiedRecords::stepBase() {
+  const Outcome outcome = base_.next(baseKey_, baseRecord_);
+  if (outcome.ok()) return outcome;
+  baseRecord_ = nullptr;
+  return outcome == endOfData ? succeeded : outcome;
+}
+
+Outcome UncopiedRecords::moveTo(Successor& successor, const Key& last) {
+  if (!reaches(last)) return succeeded;
+  Outcome outcome = succeeded;
+  while (outcome.ok()) {
+    const bool baseIsNext =
+        baseRecord_ != nullptr && (changes_.empty() || baseKey_ < changes_.begin()->first);
+    if (!baseIsNext && changes_.empty()) break;
+    if ((baseIsNext ? baseKey_ : changes_.begin()->first) > last) break;
+    if (baseIsNext) {
+      outcome = successor.add(baseKey_, baseRecord_);
+      if (outcome.ok()) outcome = stepBase();
+    } else {
+      outcome = moveChange(successor);
+    }
+  }
+  copied_ = last;
+  return outcome;
+}
+
+// The first change, in the place of the record that it concerns.
+Outcome UncopiedRecords::moveChange(Successor& successor) {
+  const auto change = changes_.begin();
+  const bool isOfBase = baseRecord_ != nullptr && baseKey_ == change->first;
+  if (!change->second.isErased) {
+    const Outcome outcome = successor.add(change->first, change->second.record.data());
+    if (!outcome.ok()) return outcome;
+  }
+  if (change->second.isNew) --newCount_;
+  changes_.erase(change);
+  return isOfBase ? stepBase() : succeeded;
+}
+
+Outcome UncopiedRecords::findInBase(const Key& key, const std::uint8_t*& record) {
+  Key found;
+  const Outcome outcome = lookUp_.find(key, deleted_, found, record);
+  if (outcome == endOfData || (outcome.ok() && found != key)) return recordNotFound;
+  return outcome;
+}
+
+Outcome UncopiedRecords::add(const Key& key, const std::uint8_t* record) {
+  const auto waiting = changes_.find(key);
+  if (waiting != changes_.end()) {
+    if (!waiting->second.isErased) return duplicateKey;
+    waiting->second.isErased = false;
+    std::copy_n(record, recordSize, waiting->second.record.begin());
+    return succeeded;
+  }
+  const std::uint8_t* stored = nullptr;
+  const Outcome inBase = findInBase(key, stored);
+  if (inBase.ok()) return duplicateKey;
+  if (inBase != recordNotFound) return inBase;
+  Change& change = changes_[key];
+  change.isNew = true;
+  std::copy_n(record, recordSize, change.record.begin());
+  ++newCount_;
+  return succeeded;
+}
+
+Outcome UncopiedRecords::update(const Key& key, const std::uint8_t* record) {
+  auto waiting = changes_.find(key);
+  if (waiting != changes_.end() && waiting->second.isErased) return recordNotFound;
+  if (waiting == changes_.end()) {
+    const std::uint8_t* stored = nullptr;
+    const Outcome inBase = findInBase(key, stored);
+    if (!inBase.ok()) return inBase;
+    if (std::memcmp(stored, record, recordSize) == 0) return succeeded;
+    waiting = changes_.try_emplace(key).first;
+  }
+  std::copy_n(record, recordSize, waiting->second.record.begin());
+  return succeeded;
+}
+
+Outcome UncopiedRecords::erase(const Key& key) {
+  auto waiting = changes_.find(key);
+  if (waiting != changes_.end()) {
+    if (waiting->second.isErased) return recordNotFound;
+    if (waiting->second.isNew) {
+      changes_.erase(waiting);
+      --newCount_;
+    } else {
+      waiting->second.isErased = true;
+    }
+    return succeeded;
+  }
+  const std::uint8_t* stored = nullptr;
+  const Outcome inBase = findInBase(key, stored);
+  if (inBase.ok()) changes_[key].isErased = true;
+  return inBase;
+}
+
+Outcome UncopiedRecords::findUnchanged(const Key& key, Key& found, const std::uint8_t*& record) {
+  std::optional<Key> from = key;
+  while (from.has_value()) {
+    const Outcome outcome = lookUp_.find(*from, deleted_, found, record);
+    if (!outcome.ok() || !changes_.contains(found)) return outcome;
+    from = found.following();
+  }
+  return endOfData;
+}
+
+Outcome UncopiedRecords::readNext(const Key& key, std::uint8_t* record) {
+  const std::optional<Key> from = reaches(key) ? key : copied_->following();
+  if (!from.has_value()) return endOfData;
+  Key inBase;
+  const std::uint8_t* stored = nullptr;
+  const Outcome outcome = findUnchanged(*from, inBase, stored);
+  if (!outcome.ok() && outcome != endOfData) return outcome;
+  auto change = changes_.lower_bound(*from);
+  while (change != changes_.end() && change->second.isErased) ++change;
+  const bool isChanged = change != changes_.end() && (!outcome.ok() || change->first < inBase);
+  if (isChanged) {
+    stored = change->second.record.data();
+  } else if (!outcome.ok()) {
+    return endOfData;
+  }
+  std::memcpy(record, stored, recordSize);
+  return succeeded;
+}
+
+}  // namespace orx::kdb
