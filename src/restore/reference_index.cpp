@@ -1,5 +1,7 @@
 #include "restore/reference_index.h"
 
+#include <utility>
+
 #include "messages/trace_unit.h"
 #include "platform/bytes.h"
 
@@ -9,20 +11,18 @@ namespace {
 constexpr std::uint32_t noPosition = 0xFFFFFFFF;
 }
 
-ReferenceIndex::ReferenceIndex(RecordList& references) {
+ReferenceIndex::ReferenceIndex(ReferenceList references)
+    : references_(std::move(references)), next_(references_.size(), noPosition) {
   ORX_TRACE("ReferenceIndex::ReferenceIndex");
-  references_.reserve(references.entries());
-  while (!references.isEmpty()) add(references.get()->data);
+  for (std::size_t at = 0; at < references_.size(); ++at) add(static_cast<std::uint32_t>(at));
 }
 
-void ReferenceIndex::add(const DataBuffer& record) {
-  const auto position = static_cast<std::uint32_t>(references_.size());
-  references_.push_back({record.objectBytes(), noPosition});
-  const auto [found, isFirst] =
-      chains_.try_emplace(loadLE64(record.modelBytes().data()), Chain{position, position});
+void ReferenceIndex::add(std::uint32_t position) {
+  const std::uint64_t model = loadLE64(references_[position].model.data());
+  const auto [found, isFirst] = chains_.try_emplace(model, Chain{position, position});
   if (isFirst) return;
   Chain& chain = found->second;
-  references_[chain.last].next = position;
+  next_[chain.last] = position;
   chain.last = position;
 }
 
@@ -31,7 +31,7 @@ void ReferenceIndex::take(const HandleBytes& model,
   ORX_TRACE("ReferenceIndex::take");
   const auto found = chains_.find(loadLE64(model.data()));
   if (found == chains_.end()) return;
-  for (std::uint32_t at = found->second.first; at != noPosition; at = references_[at].next) {
+  for (std::uint32_t at = found->second.first; at != noPosition; at = next_[at]) {
     visit(CMConfigHandle(references_[at].object));
   }
   chains_.erase(found);

@@ -9,33 +9,29 @@
 #include <vector>
 
 #include "model/config_handle.h"
-#include "restore/record_lists.h"
+#include "restore/reference_lists.h"
 
 namespace orx {
 
 class ReferenceIndex {
  public:
-  // Takes every record out of `references`, a list of head records; it is empty afterwards.
-  explicit ReferenceIndex(RecordList& references);
+  explicit ReferenceIndex(ReferenceList references);
 
-  // Hands the `objectHandle` of every record whose `modelHandle` has these bytes to `visit`, in the
-  // order of the list. Each is handed out once: a second call with equal bytes finds none.
+  // Hands the object of every reference to the model with these bytes to `visit`, in the order of
+  // the list. Each is handed out once: a second call with equal bytes finds none.
   void take(const HandleBytes& model, const std::function<void(const CMConfigHandle&)>& visit);
 
  private:
-  struct Reference {
-    HandleBytes object;
-    std::uint32_t next;  // position of the model's next reference
-  };
   // Positions of a model's references.
   struct Chain {
     std::uint32_t first;
     std::uint32_t last;
   };
 
-  void add(const DataBuffer& record);
+  void add(std::uint32_t position);
 
-  std::vector<Reference> references_;
+  ReferenceList references_;
+  std::vector<std::uint32_t> next_;  // for each reference the position of its model's next one
   std::unordered_map<std::uint64_t, Chain> chains_;
 };
 

@@ -1,5 +1,5 @@
-// The use-count rebuild: reads the whole database once, keeps the models and the records that refer
-// to one, and writes every model again with what refers to it now. Nothing but models is changed.
+// The use-count rebuild: reads the whole database once, keeps the models and the references to
+// them, and writes every model again with what refers to it now. Nothing but models is changed.
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -17,6 +17,7 @@
 #include "restore/operations.h"
 #include "restore/record_lists.h"
 #include "restore/reference_index.h"
+#include "restore/reference_lists.h"
 #include "restore/restore_settings.h"
 #include "restore/use_count_types.h"
 #include "restore/verbose_use_count.h"
@@ -45,7 +46,7 @@ class UseCountRebuild {
     if (!database_.open(settings_.databaseName)) return exitDatabaseNotOpened;
     if (!openRecords()) return finish(exitDatabaseNotOpened);
     if (!readRecords()) return finish(exitFailed);
-    sortLists(references_);
+    references_.sort();
     sortLists(models_);
     return finish(rebuildModels() ? exitSuccess : exitFailed);
   }
@@ -70,7 +71,7 @@ class UseCountRebuild {
     return false;
   }
 
-  // A model that refers to another one is kept twice.
+  // A model that refers to another one counts for both.
   void keep(const DataBuffer& record) {
     if (isCountedReference(record)) references_.append(listNumber(record.modelHandle()), record);
     if (!isCountedModel(record.recType())) return;
@@ -81,7 +82,7 @@ class UseCountRebuild {
   [[nodiscard]] bool rebuildModels() {
     runProgress().enter("rebuilding", modelCount_);
     for (std::size_t number = 0; number < RecordLists::count; ++number) {
-      ReferenceIndex references(references_[number]);
+      ReferenceIndex references(references_.take(number));
       while (takeModel(models_[number])) {
         if (!rebuildModel(references)) return false;
       }
@@ -123,7 +124,7 @@ class UseCountRebuild {
   std::unique_ptr<UseCountObserver> observer_;
   DatabaseSession database_;
   kdb::kdbHandle cursor_;
-  RecordLists references_{*observer_};
+  ReferenceLists references_{*observer_};
   RecordLists models_{*observer_};
   std::uint64_t modelCount_ = 0;  // how many will be rebuilt
   BigDataRecord model_;
