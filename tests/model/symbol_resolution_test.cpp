@@ -9,7 +9,7 @@
 #include "encoding/code_pages.h"
 #include "tests/support/attributes.h"
 #include "tests/support/run_program.h"
-#include "tests/support/trace_capture.h"
+#include "tests/support/temp_dir.h"
 
 namespace orx {
 namespace {
@@ -50,35 +50,7 @@ TEST(SymbolResolution, ARangeOfOneHundredBytesIsTooLong) {
   SubstrRange range;
   EXPECT_EQ(getSubstrRange("2:3\0x", 5, range, 0), 1);
   EXPECT_EQ(range.length, 3);
-  const std::string digits(101, '1');
-  for (const auto& [text, length, isRange] : {std::tuple(digits.c_str(), 99, 1),
-                                              {digits.c_str(), 100, 0},
-                                              {digits.c_str(), -1, 0},
-                                              {nullptr, 1, 0}}) {
-    EXPECT_EQ(getSubstrRange(text, length, range, 0), isRange) << length;
-  }
-}
-
-// Digits are the same bytes in nearly every code page; only the trace tells the direction.
-TEST(SymbolResolution, DigitsOfARangeGoFromUtf8ToTheLocalCodePage) {
-  SubstrRange range;
-  const auto lines = captureTrace("ConvertStringToUTF8=1", [&range] {
-    EXPECT_EQ(getSubstrRange("4:12", 4, range, 1), 1);
-    EXPECT_EQ(getSubstrRange("4:12", 4, range, 0), 1);
-  });
-  EXPECT_EQ(range.start, 4);
-  EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
-                          [](const auto& line) { return line.ends_with("flagUTF8 is [1]"); }),
-            2);
-}
-
-TEST(SymbolResolution, EveryLevelTellsTheTraceItsResult) {
-  const auto resolveNested = [] { EXPECT_EQ(resolve("B=&A.x,A=1", "&B.-"), "1x-"); };
-  EXPECT_THAT(
-      captureTrace("ResolveSymbolsInString=0x40", resolveNested),
-      testing::ElementsAre("entry", "entry", "Returning string 1x from ResolveSymbolsInString",
-                           "exit 0", "Returning string 1x- from ResolveSymbolsInString", "exit 0"));
-  EXPECT_THAT(captureTrace("ResolveSymbolsInString=0xBF", resolveNested), testing::ElementsAre());
+  EXPECT_EQ(getSubstrRange("1", -1, range, 0), 0);
 }
 
 TEST(SymbolResolution, ValuesOfValuesAreResolvedAndKept) {

@@ -32,12 +32,8 @@ TEST(WrittenText, KnowsTheFormThatASetWrites) {
   }
 }
 
-// A set that is assigned keeps the first alone.
-TEST(WrittenText, SaysNothingOfTwoAttributesOfOneKey) {
+TEST(WrittenText, SaysNothingOfOneKeyTwiceOrOfOneThatIsNotAccepted) {
   EXPECT_FALSE(sizeOf("<1;0;1;a;><1;0;1;b;>"));
-}
-
-TEST(WrittenText, SaysNothingOfATextWithAKeyThatIsNotAccepted) {
   const char* const text = "<84;0;1;a;><2801;1;1;b;>";
   EXPECT_TRUE(sizeOfWrittenText(text, [](int key) { return key == 84 || key == 6897; }));
   EXPECT_FALSE(sizeOfWrittenText(text, [](int key) { return key != 6897; }));

@@ -38,17 +38,12 @@ DataBuffer built(const CMDatabaseBackupRecord& record) {
 }
 
 TEST(BackupRecord, WritesTheColumnsAndReadsThemBack) {
-  EXPECT_EQ(CMDatabaseBackupRecord(example()).text(), exampleLine);
-  EXPECT_EQ(built(CMDatabaseBackupRecord(exampleLine.c_str())), example());
   CMDatabaseBackupRecord record;
   EXPECT_EQ(record.text(), std::string(440, ' '));
   EXPECT_EQ(built(record), DataBuffer());
   record = example();
   EXPECT_EQ(record.text(), exampleLine);
-  const CMDatabaseBackupRecord copy(record);
-  record = CMDatabaseBackupRecord();
-  EXPECT_EQ(record.text(), std::string(440, ' '));
-  EXPECT_EQ(copy.text(), exampleLine);
+  EXPECT_EQ(built(CMDatabaseBackupRecord(exampleLine.c_str())), example());
 }
 
 TEST(BackupRecord, NumberColumnsStandAlone) {
