@@ -7,7 +7,6 @@
 #include "descriptions/marker_sequences.h"
 #include "model/attribute_set.h"
 #include "tests/support/attributes.h"
-#include "tests/support/trace_capture.h"
 
 namespace orx {
 namespace {
@@ -45,8 +44,6 @@ TEST(DescriptionField, IsWrittenToItsWidthWithoutSplittingACharacter) {
     EXPECT_EQ(fieldOf(make(key, {value}), width), field) << value << width;
   }
   EXPECT_EQ(createUTF8Desc(make(6, {"x"}), nullptr, 0), 0);
-  EXPECT_THAT(captureTrace("none=1", [] { fieldOf(make(6103, {""}), 5); }),
-              ElementsAre("The destination buffer is too small"));
 }
 
 TEST(DescriptionField, IsReadBackOrLeavesTheAttributeAlone) {
@@ -69,24 +66,6 @@ TEST(DescriptionField, IsReadBackOrLeavesTheAttributeAlone) {
     EXPECT_TRUE(attribute == make(1, {"kept"})) << bad;
   }
   EXPECT_EQ(getUTF8Desc("6;x", nullptr, 0, 0), 0);
-  CMAttribute attribute;
-  EXPECT_THAT(captureTrace("none=1", [&] { (void)getUTF8Desc("x;", &attribute, 0, 0); }),
-              ElementsAre("The String contain invalid number", "dump of original string (2 bytes)",
-                          testing::HasSubstr("78 3B")));
-}
-
-// A key has the same digits in nearly every code page; only the trace tells the direction.
-TEST(DescriptionField, ItsKeyIsConvertedAndItsTextTraced) {
-  const auto read = [] {
-    CMAttribute attribute;
-    (void)getUTF8Desc("6;x", &attribute, 0, 0);
-  };
-  EXPECT_THAT(captureTrace("ConvertStringToUTF8=1", [] { fieldOf(make(6, {"x"}), 9); }),
-              testing::Contains(testing::EndsWith("flagUTF8 is [0]")));
-  EXPECT_THAT(captureTrace("ConvertStringToUTF8=1", read),
-              testing::Contains(testing::EndsWith("flagUTF8 is [1]")));
-  EXPECT_THAT(captureTrace("getUTF8Desc=1", read),
-              ElementsAre("dump of source (3 bytes)", testing::HasSubstr("36 3B 78")));
 }
 
 TEST(DescriptionField, ReadingCanTranslateAndKeepsUtf8WhereItCannot) {
@@ -117,11 +96,6 @@ TEST(DescriptionTranslation, CutsAtSixtyFourBytesBetweenCharacters) {
     EXPECT_EQ(TranslateAttrValue(&attribute, toUTF8, ccsid, limit64), 1) << name;
     EXPECT_TRUE(attribute == make(6, {expected})) << name << attribute.text();
   }
-  const auto lines = captureTrace("clearValues=0x40", [] {
-    CMAttribute attribute = make(6, {times(70, "\xE9")});
-    EXPECT_EQ(TranslateAttrValue(&attribute, 1, 819, 1), 1);
-  });
-  EXPECT_EQ(lines.at(2), "The DESCR is too long and is truncated to 64 bytes (140 bytes)");
 }
 
 TEST(DescriptionTranslation, FailsWithoutAChange) {
