@@ -54,7 +54,6 @@ TEST(Trace, PatternsChooseFunctionsAndFlagsAddUp) {
       "  000010  01                                               .\n";
   const std::pair<const char*, std::string> cases[] = {
       {"", ""},
-      {"nothing=0x40", dump},
       {"traced=0x40", "traced entry\ntraced exit 42\n" + dump},
       {"tra*=0x10", "traced value 41\n" + dump},
       {"tra*=0x10,*=64",
@@ -66,23 +65,18 @@ TEST(Trace, PatternsChooseFunctionsAndFlagsAddUp) {
 
 TEST(Trace, AFileThatCannotTakeLinesClosesTheTraceAndIsKept) {
   const test::TempDir directory;
-  const std::string database = directory.file("db");
+  const std::string database = directory.file("db"), pipe = directory.file("pipe");
   test::createDatabase(database, 3);
-  const std::string pipe = directory.file("pipe");
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   const std::string before = test::readFile(database);
-  const std::pair<std::string, std::string> cases[] = {{database, "names a database"},
-                                                       {database + ".orx-new", "names a database"},
-                                                       {database + ".orx-old", "names a database"},
-                                                       {pipe, "cannot be opened"},
-                                                       {"/none/trace", "cannot be opened"}};
-  for (const auto& [file, why] : cases) {
+  for (const std::string& file : {database, database + ".orx-new", database + ".orx-old", pipe}) {
     testing::internal::CaptureStderr();
     trace_setting::configure("*=0x41", file);
     EXPECT_EQ(traced(1), 2);
     EXPECT_FALSE(traceIsOpen());
+    const char* const why = file == pipe ? "cannot be opened" : "names a database";
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "nothing is traced: ORX_TRACE_FILE " + why + "\n");
+              std::string("nothing is traced: ORX_TRACE_FILE ") + why + "\n");
   }
   EXPECT_TRUE(test::readFile(database) == before);
   EXPECT_THAT(directory.names(), testing::ElementsAre("db", "pipe"));
