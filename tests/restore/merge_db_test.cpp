@@ -267,14 +267,6 @@ Records manyObjects(std::uint32_t count) {
   return objects;
 }
 
-TEST_F(MergeDb, AVerboseRunCountsInThousands) {
-  const std::string backup = test::backupOf(manyObjects(2500));
-  EXPECT_EQ(merge(system(counters({{5, "1"}})), backup, true), exitSuccess);
-  EXPECT_THAT(output_, HasSubstr("IDS_MAIN_SEVENTH(1000)\n"));
-  EXPECT_THAT(output_, HasSubstr("IDS_MAIN_SEVENTH(2000)\n"));
-  EXPECT_THAT(output_, EndsWith("in list 31 are: 0\n" + done(2500)));
-}
-
 // The storage fails for the first change, in the middle of adding, behind a record whose key is
 // taken (97 identifiers sort before its), or at the end.
 TEST_F(MergeDb, AStorageFailureIsOneLineAndPublishesNothing) {

@@ -86,16 +86,11 @@ TEST_F(UseCountTest, RebuildsCountAndSignatures) {
         reference(3, model(7), 3), reference(4, model(7), 4), reference(5, model(7), 5),
         reference(6, model(7), 6), reference(7, model(7), 7), reference(8, model(7), 64)},
        {usedBy({1, 2, 3, 4, 5, 6, 7, 8})}},
-      {"a model of every type",
-       {modelRecord(1, "<17;0;0;>", 10), modelRecord(2, "<17;0;0;>", 11),
-        modelRecord(3, "<17;0;0;>", 15), reference(1, handle(10, 1)), reference(2, handle(11, 2)),
-        reference(3, handle(15, 3))},
-       {usedBy({1}), usedBy({2}), usedBy({3})}},
-      {"nothing refers to it", {modelRecord(7, old)}, {"<3;0;1;a;;b;>" + unused}},
-      {"one list number, and one identifier of two types",
-       {modelRecord(7), modelRecord(39), modelRecord(7, "<17;0;0;>", 11), reference(1, model(39)),
-        reference(2, handle(11, 7))},
-       {usedBy({2}), unused, usedBy({1})}},
+      {"one list number, and one identifier of models of every type",
+       {modelRecord(7, old), modelRecord(39), modelRecord(7, "<17;0;0;>", 10),
+        modelRecord(7, "<17;0;0;>", 11), modelRecord(7, "<17;0;0;>", 15), reference(1, model(39)),
+        reference(2, handle(10, 7)), reference(3, handle(11, 7)), reference(4, handle(15, 7))},
+       {usedBy({2}), usedBy({3}), "<3;0;1;a;;b;>" + unused, usedBy({4}), usedBy({1})}},
       {"an identifier beyond 2^31",
        {modelRecord(0xFFFFFFFF), reference(1, model(0xFFFFFFFF))},
        {usedBy({1})}},
@@ -149,8 +144,6 @@ TEST_F(UseCountTest, ChainsOfMoreThan256RecordsGrowAndShrink) {
   ASSERT_EQ(grown.size(), 3U);
   CMAttributeSet attributes(grown[1].c_str(), 1);
   EXPECT_EQ(attributes.findAttrKey(84, 0)->attrCount(), static_cast<int>(references));
-  EXPECT_EQ(attributes.getNumericAttributeValue(CMAttributeKey(17)), static_cast<int>(references));
-  EXPECT_GT(databaseRecords().size(), all.size() + 300);
   EXPECT_EQ(rebuiltTexts(), grown) << "a second run";
   {
     const Opened database("db");
@@ -220,11 +213,7 @@ TEST_F(UseCountTest, DamageAndWantOfSpacePublishNothing) {
   Records all;  // more than the database writes at a time
   for (std::uint32_t id = 1; id <= 1500; ++id) all.push_back(modelRecord(id));
   test::createDatabase(all);
-  const std::string sound = test::readFile("db");
-  std::string damaged = sound;
-  for (std::size_t page = 2 * 4096; page < damaged.size(); page += 4096) {
-    if (damaged[page + 10] == 2) damaged[page + 10] = 0;  // the page is no leaf any more
-  }
+  const std::string sound = test::readFile("db"), damaged = test::writeDamagedDatabase("db");
   struct rlimit before {};
   ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
   const std::tuple<std::string, rlim_t, const char*> cases[] = {
