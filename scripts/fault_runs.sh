@@ -24,17 +24,17 @@ shards=$(nproc)
 run_part() {
   local directory=$1 part=$2 shard processes=() started=$SECONDS
   for shard in $(seq 0 $((shards - 1))); do
-    "$directory/bin/orx_fault_runs" "$part" --shard "$shard/$shards" >"$logs/$shard" 2>&1 &
+    "$directory/bin/orx_fault_runs" "$part" all "$shard" "$shards" >"$logs/$shard" 2>&1 &
     processes+=($!)
   done
   for shard in "${processes[@]}"; do
     wait "$shard" || status=1
   done
   echo "== $part, $directory"
-  awk '/ cases, .* new, .* missed, .* faults$/ {
+  awk '/^CASE / {
          key = $2 " " $3
          if (!(key in cases)) order[++keys] = key
-         cases[key] += $4; changed[key] += $6; missed[key] += $8; faults[key] += $10; total += $4; bad += $10
+         ++cases[key]; changed[key] += $4; missed[key] += $5; faults[key] += $6; ++total; bad += $6
          next
        }
        { print }

@@ -13,61 +13,39 @@ namespace orx::faults {
 namespace {
 
 using namespace trait;
-constexpr unsigned makes = changes | grows;
-constexpr std::array knownCalls{
-    CallKind{SYS_open, "open", 0, opens | makes | waits},
-    CallKind{SYS_openat, "openat", 1, opens | makes | waits},
-    CallKind{SYS_close, "close", -1, waits},
-    CallKind{SYS_read, "read", -1, transfers | waits},
-    CallKind{SYS_pread64, "pread", -1, transfers | waits},
-    CallKind{SYS_readv, "readv", -1, transfers | waits},
-    CallKind{SYS_write, "write", -1, transfers | makes | waits},
-    CallKind{SYS_pwrite64, "pwrite", -1, transfers | makes | waits},
-    CallKind{SYS_writev, "writev", -1, transfers | makes | waits},
-    CallKind{SYS_pwritev, "pwritev", -1, transfers | makes | waits},
-    CallKind{SYS_sendfile, "sendfile", -1, makes},
-    CallKind{SYS_copy_file_range, "copy_file_range", -1, makes},
-    CallKind{SYS_fsync, "fsync", -1, makes | waits | syncs},
-    CallKind{SYS_fdatasync, "fdatasync", -1, makes | waits | syncs},
-    CallKind{SYS_truncate, "truncate", 0, makes | waits},
-    CallKind{SYS_ftruncate, "ftruncate", -1, makes | waits},
-    CallKind{SYS_fallocate, "fallocate", -1, makes | waits},
-    CallKind{SYS_mmap, "mmap", -1, 0},
-    CallKind{SYS_rename, "rename", 0, makes | waits | steps},
-    CallKind{SYS_renameat, "renameat", 1, makes | waits | steps},
-    CallKind{SYS_renameat2, "renameat2", 1, makes | waits | steps},
-    CallKind{SYS_link, "link", 0, makes | waits | steps},
-    CallKind{SYS_linkat, "linkat", 1, makes | waits | steps},
-    CallKind{SYS_unlink, "unlink", 0, changes | waits},
-    CallKind{SYS_unlinkat, "unlinkat", 1, changes},
-    CallKind{SYS_mkdir, "mkdir", 0, makes},
-    CallKind{SYS_mkdirat, "mkdirat", 1, makes},
-    CallKind{SYS_rmdir, "rmdir", 0, changes},
-    CallKind{SYS_chmod, "chmod", 0, changes},
-    CallKind{SYS_fchmod, "fchmod", -1, changes | waits | steps},
-    CallKind{SYS_fchmodat, "fchmodat", 1, changes},
-    CallKind{SYS_fchown, "fchown", -1, changes | waits},
-    CallKind{SYS_fgetxattr, "fgetxattr", -1, 0},
-    CallKind{SYS_fsetxattr, "fsetxattr", -1, 0},
-    CallKind{SYS_fremovexattr, "fremovexattr", -1, 0},
-    CallKind{SYS_flistxattr, "flistxattr", -1, 0},
-    CallKind{SYS_getxattr, "getxattr", 0, 0},
-    CallKind{SYS_flock, "flock", -1, waits},
-    CallKind{SYS_fcntl, "fcntl", -1, 0},
-    CallKind{SYS_stat, "stat", 0, 0},
-    CallKind{SYS_lstat, "lstat", 0, 0},
-    CallKind{SYS_fstat, "fstat", -1, 0},
-    CallKind{SYS_newfstatat, "fstatat", 1, 0},
-    CallKind{SYS_statx, "statx", 1, 0},
-    CallKind{SYS_statfs, "statfs", 0, 0},
-    CallKind{SYS_fstatfs, "fstatfs", -1, 0},
-    CallKind{SYS_access, "access", 0, 0},
-    CallKind{SYS_faccessat2, "faccessat2", 1, 0},
-    CallKind{SYS_readlink, "readlink", 0, 0},
-    CallKind{SYS_readlinkat, "readlinkat", 1, 0},
-    CallKind{SYS_getdents64, "getdents", -1, 0},
-    CallKind{SYS_lseek, "lseek", -1, 0},
-};
+constexpr unsigned makes = changes | grows, sizing = makes | waits;
+constexpr unsigned opening = opens | sizing, syncing = syncs | sizing, naming = steps | sizing;
+constexpr unsigned reads = transfers | waits, writes = reads | makes;
+constexpr unsigned removing = changes | waits, modes = steps | removing;
+#define CALL(name, path, traits) \
+  { SYS_##name, #name, path, traits }
+constexpr CallKind knownCalls[]{CALL(open, 0, opening),      CALL(openat, 1, opening),
+                                CALL(close, -1, waits),      CALL(read, -1, reads),
+                                CALL(pread64, -1, reads),    CALL(readv, -1, reads),
+                                CALL(write, -1, writes),     CALL(pwrite64, -1, writes),
+                                CALL(writev, -1, writes),    CALL(pwritev, -1, writes),
+                                CALL(sendfile, -1, makes),   CALL(copy_file_range, -1, makes),
+                                CALL(fsync, -1, syncing),    CALL(fdatasync, -1, syncing),
+                                CALL(truncate, 0, sizing),   CALL(ftruncate, -1, sizing),
+                                CALL(fallocate, -1, sizing), CALL(mmap, -1, 0),
+                                CALL(rename, 0, naming),     CALL(renameat, 1, naming),
+                                CALL(renameat2, 1, naming),  CALL(link, 0, naming),
+                                CALL(linkat, 1, naming),     CALL(unlink, 0, removing),
+                                CALL(unlinkat, 1, changes),  CALL(mkdir, 0, makes),
+                                CALL(mkdirat, 1, makes),     CALL(rmdir, 0, changes),
+                                CALL(chmod, 0, changes),     CALL(fchmod, -1, modes),
+                                CALL(fchmodat, 1, changes),  CALL(fchown, -1, removing),
+                                CALL(fgetxattr, -1, 0),      CALL(fsetxattr, -1, 0),
+                                CALL(fremovexattr, -1, 0),   CALL(flistxattr, -1, 0),
+                                CALL(getxattr, 0, 0),        CALL(flock, -1, waits),
+                                CALL(fcntl, -1, 0),          CALL(stat, 0, 0),
+                                CALL(lstat, 0, 0),           CALL(fstat, -1, 0),
+                                CALL(newfstatat, 1, 0),      CALL(statx, 1, 0),
+                                CALL(statfs, 0, 0),          CALL(fstatfs, -1, 0),
+                                CALL(access, 0, 0),          CALL(faccessat2, 1, 0),
+                                CALL(readlink, 0, 0),        CALL(readlinkat, 1, 0),
+                                CALL(getdents64, -1, 0),     CALL(lseek, -1, 0)};
+#undef CALL
 
 constexpr std::array knownFaults{
     FaultKind{"EIO", Fault::error, EIO},
@@ -93,7 +71,7 @@ std::span<const CallKind> callKinds() {
 
 const CallKind& kindOf(const SystemCall& call) {
   const auto* const found = std::ranges::find(knownCalls, call.number, &CallKind::number);
-  if (found == knownCalls.end()) throw std::runtime_error("a call of no known kind");
+  if (found == std::end(knownCalls)) throw std::runtime_error("a call of no known kind");
   return *found;
 }
 
