@@ -129,8 +129,8 @@ TEST(Attribute, ReadsValuesAsNumbers) {
 TEST(Attribute, ReadsValuesByIndexAndFindsThem) {
   const std::string longValue(150, 'v');
   const CMAttribute attribute = make(1, {"abc", "", longValue});
-  const std::pair<int, std::string> rows[] = {{0, "abc"}, {1, ""},  {2, longValue},
-                                              {3, ""},    {-1, ""}, {-2147483647 - 1, ""}};
+  const std::pair<int, std::string> rows[] = {
+      {0, "abc"}, {1, ""}, {2, longValue}, {3, ""}, {-1, ""}};
   for (const auto& [index, value] : rows) {
     std::string read = "before";
     attribute.getValue3(read, index);
@@ -141,28 +141,24 @@ TEST(Attribute, ReadsValuesByIndexAndFindsThem) {
     EXPECT_EQ(buffer, value.substr(0, 2));
   }
   EXPECT_TRUE(attribute.doesValueExist2("abc") && attribute.doesValueExist2(""));
-  EXPECT_FALSE(attribute.doesValueExist2("ab") || attribute.doesValueExist2(nullptr));
-  EXPECT_FALSE(attribute.isNull());
+  EXPECT_FALSE(attribute.doesValueExist2("ab") || attribute.isNull());
   EXPECT_TRUE(make(1, {"", " "}).isNull() && CMAttribute().isNull());
 }
 
 TEST(Attribute, KeepsHandlesInEitherForm) {
-  const CMConfigHandle handle(5, 1);
-  CMAttribute attribute(84, 0);
-  attribute.setValue3(handle);
-  attribute.setValue("<1;1;5;0;0;0;12;>");
-  EXPECT_EQ(valuesOf(attribute)[0], "0100000000000501");
+  CMAttribute attribute = make(84, {"<1;1;5;0;0;0;12;>"});
+  attribute.setValue3(CMConfigHandle(5, 1));
+  EXPECT_EQ(valuesOf(attribute)[1], "0100000000000501");
   CMConfigHandle out(9, 9);
   EXPECT_EQ(&attribute.getValue3(out, 0), &out);
-  EXPECT_TRUE(out == handle);
-  EXPECT_TRUE(attribute.getValue3(out, 1) == CMConfigHandle(5, 12));
+  EXPECT_TRUE(out == CMConfigHandle(5, 12));
+  EXPECT_TRUE(attribute.getValue3(out, 1) == CMConfigHandle(5, 1));
   EXPECT_TRUE(attribute.getValue3(out, 2).isNull());
   EXPECT_TRUE(attribute.doesHandleExist(CMConfigHandle(5, 12)));
   EXPECT_FALSE(attribute.doesHandleExist(CMConfigHandle(5, 2)));
   for (const std::size_t length : {47u, 48u}) {  // of which 47 characters are read
     const std::string padded = "<1;1;5;0;0;0;" + std::string(length - 17, '0') + "12;>";
-    EXPECT_EQ(make(84, {padded}).getValue3(out, 0),
-              CMConfigHandle(length == 47 ? 5 : 0, length == 47 ? 12 : 0));
+    EXPECT_EQ(make(84, {padded}).getValue3(out, 0).isNull(), length == 48);
   }
 }
 
@@ -189,7 +185,6 @@ TEST(AttributeIterator, Steps) {
   EXPECT_EQ((value + -1).value(), "a");
   EXPECT_TRUE((value + -2).done() && (value + 2147483647).done());
   EXPECT_TRUE(value == CMAttributeIterator(attribute) + 1);
-  EXPECT_FALSE(value == CMAttributeIterator(make(1, {"a", "b"})) + 1);
   EXPECT_TRUE(value.set(1) && value.set(0) && value.set(4) && value.done());
   EXPECT_FALSE(value.next() || value.set(5) || value.set(-1));
 }
@@ -215,25 +210,21 @@ TEST(Attribute, CopiesCompareAndGiveTheirMemoryBack) {
     EXPECT_EQ(CMMemoryManager::bytesInUse(), before + 40);
     copy.setValue(copy.values().begin().operator*().data());  // own storage, up to its NUL
     EXPECT_EQ(valuesOf(copy)[2], "0123456789 & ");
-    const CMAttribute& self = copy;
-    copy = self;
+    copy = std::as_const(copy);
     EXPECT_EQ(copy.attrCount(), 3);
     copy = make(2, {"x"});
     EXPECT_EQ(valuesOf(copy), Values{"x"});
     EXPECT_EQ(CMMemoryManager::bytesInUse(), before + 20);
     source.clearValues();
-    EXPECT_EQ(source.storageFree(), 20);
-    EXPECT_FALSE(source.symbolicRefs());
+    EXPECT_TRUE(source.storageFree() == 20 && !source.symbolicRefs());
     source.reset();
-    EXPECT_EQ(source.storageFree(), 10);
     EXPECT_EQ(CMMemoryManager::bytesInUse(), before);
     source.setValue("0123456789");
   }
   EXPECT_EQ(CMMemoryManager::bytesInUse(), before);
   EXPECT_TRUE(make(1, {"", ""}) == make(1, {" ", "  "}));
   EXPECT_FALSE(make(1, {"a", "b"}) == make(1, {"b", "a"}));
-  EXPECT_FALSE(make(1, {}) == make(2, {}));
-  EXPECT_FALSE(make(1, {""}) == make(1, {}));
+  EXPECT_FALSE(make(1, {}) == make(2, {}) || make(1, {""}) == make(1, {}));
 }
 
 }  // namespace

