@@ -4,6 +4,8 @@
 
 #include <memory>
 
+#include "platform/memory_manager.h"
+
 namespace orx {
 namespace {
 
@@ -62,6 +64,26 @@ TEST(HashTable, IteratorsSurviveTheRemovalOfWhatTheyReturned) {
   while (RWCollectable* entry = next()) names += static_cast<Item*>(entry)->name;
   EXPECT_EQ(names, "13");
   table.clearAndDestroy();
+}
+
+struct Managed : CMMemoryManager {
+  char payload[40];
+};
+
+// Requests are counted by their exact sizes, released or not; the peak is that of all together.
+TEST(MemoryManager, CountsExactSizesAndKeepsThePeak) {
+  const auto before = CMMemoryManager::bytesInUse();
+  const CMMemoryManager* object = new Managed;
+  EXPECT_EQ(CMMemoryManager::bytesInUse(), before + sizeof(Managed));
+  delete object;  // the deleting destructor passes the size of the derived object
+  const std::size_t size = CMMemoryManager::peakBytesInUse() - before + 1;
+  void* first = CMMemoryManager::operator new(size);
+  CMMemoryManager::operator delete(first, size);
+  void* second = CMMemoryManager::operator new(1);
+  EXPECT_EQ(CMMemoryManager::peakBytesInUse(), before + size);
+  EXPECT_EQ(CMMemoryManager::bytesInUse(), before + 1);
+  CMMemoryManager::operator delete(second, before + 9000);
+  EXPECT_EQ(CMMemoryManager::bytesInUse(), 0u) << "more than is in use";
 }
 
 }  // namespace

