@@ -108,25 +108,6 @@ TEST(SymbolResolution, LongValuesAreNotReadOverAndOverWithoutEnd) {
   EXPECT_EQ(result.substr(replaced), text.substr(replaced * reference.size()));
 }
 
-TEST(SymbolResolutionDeathTest, InUtf8ModeTextAndValuesMeetInTheLocalCodePage) {
-  // In a process of its own, where the local code page can still be another.
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(
-      {
-        SubstrRange whole;
-        whole.length = 7;
-        (void)setenv("LC_ALL", "xx_XX.NOSUCH", 1);  // nothing can be converted
-        if (getSubstrRange("", 0, whole, 1) != 1 || whole.length != 0) std::exit(2);
-        if (getSubstrRange("1", 1, whole, 1) != 0) std::exit(3);
-        (void)setenv("LC_ALL", "C", 1);
-        std::exit(resolve("É=ä,A=a", "-&A&É.ö", 1) == "-aö" ? 0 : 1);
-      },
-      testing::ExitedWithCode(0), "");
-  const std::string longest(255, 's');
-  const std::string parameters = "É=ä,N=&A,A=é1,L=" + longest + "l,S=" + longest;
-  EXPECT_EQ(resolve(parameters, "ö&É<1:2>.&N&S.-&L.-", 1), "öäé1" + longest + "--");
-}
-
 // Makes ISO 8859-1, which no system has of its own accord, the local code page of a process that
 // has not asked for it yet. The C library's compiler gets along with an empty locale.
 bool useLatin1Locale() {
@@ -147,15 +128,24 @@ bool useLatin1Locale() {
   return UTF8GetLocaleDefaultCodePageID() == 819;
 }
 
-TEST(SymbolResolutionDeathTest, NamesAndValuesOfTheSetAreInTheLocalCodePageAtEveryLevel) {
+TEST(SymbolResolutionDeathTest, InUtf8ModeTextAndValuesMeetInTheLocalCodePageAtEveryLevel) {
+  // In a process of its own, where the local code page can still be another.
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
+        SubstrRange range;
+        (void)setenv("LC_ALL", "xx_XX.NOSUCH", 1);  // nothing can be converted
+        if (getSubstrRange("", 0, range, 1) != 1 || getSubstrRange("1", 1, range, 1) != 0) {
+          std::_Exit(2);
+        }
         // The C library never frees its copy of LOCPATH: this ends without a look at leaks.
-        if (!useLatin1Locale()) std::_Exit(2);
+        if (!useLatin1Locale()) std::_Exit(3);
         std::_Exit(resolve("\xC9=\xE4,N=[&\xC9.]", "ö&É.&N", 1) == "öä[ä]" ? 0 : 1);
       },
       testing::ExitedWithCode(0), "");
+  const std::string longest(255, 's');
+  const std::string parameters = "É=ä,N=&A,A=é1,L=" + longest + "l,S=" + longest;
+  EXPECT_EQ(resolve(parameters, "ö&É<1:2>.&N&S.-&L.-", 1), "öäé1" + longest + "--");
 }
 
 }  // namespace

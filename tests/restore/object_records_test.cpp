@@ -102,17 +102,6 @@ SystemRecord systemRecord(const std::string& text) {
   return system;
 }
 
-TEST(SystemRecord, ItsTextComesFromRecordsWithoutObjectAndSecondValue) {
-  SystemRecord system;
-  for (const DataBuffer& record :
-       {build({.text = "<9;0;1;"}), build({.recn = 1, .text = "x", .auxValue2 = 1}),
-        build({.object = handle(1, 1), .text = "y"}), build({.recn = 2, .text = "7;>"})}) {
-    system.takeRecord(record);
-  }
-  ASSERT_TRUE(system.readText());
-  EXPECT_EQ(system.attributes().text(), "<9;0;1;7;>");
-}
-
 // The counters before, the bases and next identifiers of types 1, 2, 3, 5 and 40 that they give,
 // and the counters after nothing was added.
 TEST(SystemRecord, CountersFillTheTablesAndAreWrittenBack) {
