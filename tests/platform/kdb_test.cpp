@@ -221,24 +221,21 @@ TEST_F(Kdb, PublishingKeepsTheAccessListAndTakesNoneFromTheDirectory) {
   EXPECT_EQ(attributeOf(name_, own), list);
 }
 
-TEST_F(Kdb, UndoExchangesSoundGenerationsAndBack) {
+TEST_F(Kdb, UndoExchangesSoundGenerationsThatNobodyHas) {
   const std::string previous = name_ + ".orx-previous";
   createDatabase(name_, 1);
   EXPECT_EQ(undo(), "5/28");
   addRecords(name_, {makeRecord(2)});
-  for (const std::size_t count : {1, 2}) {
-    EXPECT_EQ(undo(), "0/0");
-    EXPECT_THAT(test::objects(name_), SizeIs(count));
-  }
   {
     const UniqueFd other = openFile(previous, O_RDONLY);
     ASSERT_EQ(lockFile(other.get()), 0);
     EXPECT_EQ(undo(), "3/19");
   }
+  EXPECT_EQ(undo(), "0/0");
+  EXPECT_THAT(test::objects(name_), SizeIs(1));
   std::filesystem::rename(previous, scratch_.file("elsewhere"));
   std::filesystem::create_symlink("elsewhere", previous);
   EXPECT_EQ(undo(), "8/17");
-  EXPECT_THAT(test::objects(name_), SizeIs(2));
 }
 
 TEST_F(Kdb, ARunThatChangesNothingPublishesNothing) {

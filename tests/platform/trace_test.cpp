@@ -4,7 +4,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <fstream>
+#include <regex>
 
 #include "tests/support/kdb_records.h"
 #include "tests/support/temp_dir.h"
@@ -35,16 +35,8 @@ std::string run(const std::string& patterns) {
   dumped();
   EXPECT_EQ(errno, EDOM);
   trace_setting::configure("", "");
-  std::ifstream in(directory.file("trace"));
-  std::string text;
-  for (std::string line; std::getline(in, line);) {
-    if (const auto unit = line.find(" ORXTEST "); unit == 15) {
-      line.erase(0, unit + 9);
-      line.erase(line.find(':'), line.find(' ') - line.find(':'));
-    }
-    text += line + "\n";
-  }
-  return text;
+  const std::regex head("(^|\n).{15} ORXTEST ([a-z]+):[0-9]+");
+  return std::regex_replace(test::readFile(directory / "trace"), head, "$1$2");
 }
 
 TEST(Trace, PatternsChooseFunctionsAndFlagsAddUp) {

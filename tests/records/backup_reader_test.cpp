@@ -66,12 +66,5 @@ TEST_F(BackupReaderTest, FollowsTheLineRules) {
   }
 }
 
-TEST_F(BackupReaderTest, EndsWithoutAFileAndKeepsTheLastLineAtTheEnd) {
-  EXPECT_EQ(reader_.next(line_), ReadOutcome::end);
-  ASSERT_TRUE(reader_.open(fileWith("a\nb").c_str()));
-  for (int call = 0; call < 4; ++call) (void)reader_.next(line_);
-  EXPECT_EQ(line_.text(), "b");
-}
-
 }  // namespace
 }  // namespace orx

@@ -94,8 +94,7 @@ TEST(CarryCheck, NamesWhatALineWouldLose) {
       {firstAuxiliary, [](DataBuffer& b) { b.setAuxValue1(-2147483647 - 1); }},
       {secondAuxiliary, [](DataBuffer& b) { b.setAuxValue2(2147483647); }},
       {lineFeed, [](DataBuffer& b) { b.setAttrText("a\nb"); }},
-      {none, [](DataBuffer& b) { b.setAttrText(std::string("a\0\n", 3)); }},
-  };
+      {none, [](DataBuffer& b) { b.setAttrText(std::string("a\0\n", 3)); }}};
   for (const auto& [expected, change] : cases) {
     DataBuffer buffer = example();
     change(buffer);

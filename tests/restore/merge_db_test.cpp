@@ -13,8 +13,7 @@ namespace orx {
 namespace {
 
 using test::build, test::chain, test::counters, test::describe, test::element, test::handle,
-    test::lines, test::operator+, testing::ElementsAre, testing::ElementsAreArray,
-    testing::EndsWith, testing::HasSubstr;
+    test::operator+, testing::ElementsAre, testing::ElementsAreArray, testing::HasSubstr;
 using Records = std::vector<DataBuffer>;
 
 std::string addFailure(int number) {
@@ -209,49 +208,12 @@ TEST_F(MergeDb, WithoutABackupTheSystemRecordIsRewritten) {
 }
 
 TEST_F(MergeDb, AVerboseRunTellsEverything) {
-  const std::string null = "<1;1;0;0;0;0;0;>\n";
-  constexpr std::string_view isMerged = "11111101110000000000011100";
-  const std::string merging = lines(26, [&isMerged](const std::string& i) {
-    const std::size_t at = std::stoul(i);
-    return "merge matrics:   " + i + "        " + test::twoDigits(handlerTypes[at]) + "        0" +
-           isMerged[at];
-  });
-  const std::string counted = lines(26, [](const std::string& i) {
-    return "Final handler No." + i + " -------- " + (i == "00" ? "11" : i == "02" ? "7" : "0");
-  });
-  const std::string remaining = lines(32, [](const std::string& i) {
-    return "after add records to database, the remain records in list " + i + " are: 0";
-  });
-  const std::string rule = std::string(71, '=') + "\n";
-  const std::string cross = std::string(71, '+') + "\n";
-  const std::string before = element(94, 0, {"<1;1;3;0;0;0;2;>"});
-  const std::string after = element(94, 0, {"<1;1;3;0;0;0;6;>"});
   const Records alien = system("<1;0;1;C=3;>");
-  const Records one = {build({handle(1, 1), handle(3, 2), 0, 3, {}, -1, before, 12})};
-  const std::string head = "<1;1;1;0;0;0;10;>\n<1;1;3;0;0;0;6;>\n";
+  const std::string text = element(94, 0, {"<1;1;3;0;0;0;2;>"});
+  const Records one = {build({handle(1, 1), handle(3, 2), 0, 3, {}, -1, text, 12})};
   EXPECT_EQ(merge(system("<1;0;1;A=9;><9;0;3;10;x;5;>"), test::backupOf(alien + one), true),
             exitSuccess);
-  const std::string start =
-      "Current database contains 1 system parms:\n1;0;1;A=9;\n"
-      "Current handler No.00 -------- 10\nCurrent handler No.02 -------- 5\n" +
-      merging;
-  const std::string reading = rule + test::backupOf(alien) + null + null + "0\n0\n" + null +
-                              "0\n<1;0;1;C=3;>\n0\n" + rule + rule + test::backupOf(one) + head +
-                              "0\n3\n" + null + "-1\n" + before + "\n12\n" + rule +
-                              test::listLines({"00", "09"});
-  const std::string merged =
-      "next in list: data.recn=0, attribute: '<1;0;1;C=3;>'\n"
-      "Alien database contains 1 system parms:\n1;0;1;C=3;\n"
-      "After merge, database contains 2 system parms:\n1;0;1;A=9,C=3;\n" +
-      counted;
-  const std::string adding =
-      "next in list: data.recn=0, attribute: '" + before +
-      "'\n"
-      "search attr 84\nsearch attr 94\nfound attr 94\nold handler=2, new handler=6\n"
-      "search attr 6897\nsearch attr 3811\nsearch attr 3276\nsearch attr 3262\n"
-      "search attr 7050\nsearch attr 7059\n" +
-      cross + head + "3\n" + null + "-1\n" + after + "\n12\n" + cross + remaining;
-  EXPECT_EQ(output_, start + reading + merged + adding + done(1));
+  EXPECT_EQ(output_, test::verboseLines("verbose_merge.txt"));
 }
 
 // The storage fails for the first change, or in the middle of adding, behind a record whose key is

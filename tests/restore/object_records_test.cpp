@@ -41,24 +41,22 @@ TEST(RecordLists, SortByHandleBytesThenByNumberAndKeepEqualKeysInOrder) {
 TEST(RecordLists, GatherAHeadWithWhatFollowsUpToTheNextHead) {
   RecordLists lists;
   BigDataRecord object;
-  const auto gather = [&](int expected) {
-    object.attributeText.clear();
-    EXPECT_EQ(myGetNextAndDestroy(lists[0], object), expected);
-    return object.attributeText;
-  };
   const std::string full(256, 'f');
   for (const DataBuffer& record :
        {recordOf(1, 7, "headless"), recordOf(2, 0, full), recordOf(2, 1, "b"),
         recordOf(3, 2, "another handle"), recordOf(4, 0, "last")}) {
     lists.append(0, record);
   }
-  EXPECT_EQ(gather(1), "headless");
-  EXPECT_EQ(object.data.recn(), 7U);
-  EXPECT_EQ(gather(1), full + "banother handle");
-  EXPECT_EQ(object.data, recordOf(2, 0, full));
-  EXPECT_EQ(lists[0].entries(), 1U);
-  EXPECT_EQ(gather(1), "last");
-  EXPECT_EQ(gather(0), "");
+  const std::tuple<std::uint8_t, std::uint32_t, std::string, std::size_t> objects[] = {
+      {1, 7, "headless", 4}, {2, 0, full + "banother handle", 1}, {4, 0, "last", 0}};
+  for (const auto& [number, recn, text, left] : objects) {
+    object.attributeText.clear();
+    EXPECT_EQ(myGetNextAndDestroy(lists[0], object), 1);
+    EXPECT_EQ(object.attributeText, text);
+    EXPECT_EQ(object.data, recordOf(number, recn, text.substr(0, 256)));
+    EXPECT_EQ(lists[0].entries(), left);
+  }
+  EXPECT_EQ(myGetNextAndDestroy(lists[0], object), 0);
   EXPECT_EQ(object.data, recordOf(4, 0, "last"));
 }
 

@@ -157,28 +157,11 @@ TEST_F(UseCountTest, ChainsOfMoreThan256RecordsGrowAndShrink) {
 
 TEST_F(UseCountTest, VerboseTellsOfEveryModel) {
   restoreSettings().verbose = 1;
-  DataBuffer head = modelRecord(2, "<17;0;1;9;>");
-  head.setAuxValue1(-3);
-  head.setAuxValue2(4);
+  const DataBuffer head =
+      build({{}, handle(resourceModel, 2), 0, resourceModel, {}, -3, "<17;0;1;9;>", 4});
   test::createDatabase(
       {head, modelRecord(3, "<84;0;1;x;>"), reference(1, model(2)), reference(5, model(3))});
-  const auto shown = [](const char* id, const std::string& fields) {
-    const std::string rule(71, '+'), null = "<1;1;0;0;0;0;0;>\n";
-    return rule + "\n" + null + "<1;1;12;0;0;0;" + id + ";>\n12\n" + null + fields + rule + "\n";
-  };
-  std::string expected =
-      "start to rebuild the use count for DB db\n" + test::listLines({"02", "03"}) +
-      test::listLines({"02", "03"}) +
-      "model handler: 0\nmodel handler: 0\n"
-      "next in list: data.recn=0, attribute: '<17;0;1;9;>'\n"
-      "model handler: 2\nfound one: <1;1;4;0;0;0;1;>\n"
-      "old UseCount=9, new UseCount=1, Signatures: '84;0;1;<1;;1;;4;;0;;0;;0;;1;;>>;'\n" +
-      shown("2", "-3\n" + usedBy({1}) + "\n4\n") +
-      "model handler: 2\nnext in list: data.recn=0, attribute: '<84;0;1;x;>'\n"
-      "model handler: 3\nfound one: <1;1;4;0;0;0;5;>\n" +
-      shown("3", "0\n<84;0;1;x;>\n0\n");
-  for (int i = 3; i < 32; ++i) expected += "model handler: 3\n";
-  EXPECT_EQ(run(), expected);
+  EXPECT_EQ(run(), test::verboseLines("verbose_use_count.txt"));
 }
 
 TEST_F(UseCountTest, NothingIsWrittenWithoutAModel) {
