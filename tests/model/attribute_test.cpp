@@ -12,20 +12,6 @@ using test::Values, test::valuesOf;
 
 const auto make = test::makeAttribute;
 
-TEST(AttributeKey, SplitsAndJoinsItsNumber) {
-  const std::tuple<short, short, int, int, int> rows[] = {{4, 1, 4100, 4, 1},
-                                                          {0, 1, 4096, 0, 1},
-                                                          {5, -1, -4091, -4091, 0},
-                                                          {-1, -1, -4097, -1, -1},
-                                                          {32767, 32767, 134246399, 4095, 32774}};
-  for (const auto& [attrId, attrGroup, number, idBack, groupBack] : rows) {
-    const CMAttributeKey key(attrId, attrGroup);
-    EXPECT_EQ(key, CMAttributeKey(number));
-    EXPECT_EQ(key.attrId(), idBack) << number;
-    EXPECT_EQ(key.attrGroup(), groupBack) << number;
-  }
-}
-
 TEST(Attribute, StoresValuesAndGrowsByItsRule) {
   const std::tuple<Values, Values, int> rows[] = {
       {{}, {}, 10},

@@ -2,11 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
-#include "model/attribute_set.h"
 #include "model/decimal.h"
-#include "model/sym_parm.h"
 
 namespace orx {
 namespace {
@@ -164,23 +160,6 @@ TEST(HandleText, Imports) {
   for (const std::string_view text : {"<1;1;5;0;0;0;12\0;>"sv, "<"sv, ""sv}) {
     CMConfigHandle handle(9, 9);
     EXPECT_TRUE(handle.importHndl(text) == 0 && handle.isNull()) << text;
-  }
-}
-
-TEST(Collectable, ClassesAreToldApartAndCopiesArePlainOnes) {
-  const CMCollectable object;
-  const CMConfigHandle handle(5, 1);
-  const CMAttribute attribute(1, 0);
-  const CMSymParm parameter("A", "1", 2, 0, nullptr);
-  const std::pair<const RWCollectable*, int> classes[] = {
-      {&object, 0}, {&handle, 32745}, {&attribute, 32767}, {&parameter, 32766}};
-  for (const auto& [original, id] : classes) {
-    EXPECT_EQ(original->isA(), id);
-    const std::unique_ptr<RWCollectable> copy(original->copy()), species(original->newSpecies());
-    EXPECT_EQ(copy->isA() + species->isA(), 0) << id;
-    for (const auto& [other, otherId] : classes) {
-      EXPECT_EQ(original->isEqual(other), id == otherId) << id << " and " << otherId;
-    }
   }
 }
 

@@ -32,11 +32,6 @@ DataBuffer reference(std::uint32_t id, const CMConfigHandle& to, std::int32_t re
   return build({.object = handle(4, id), .recn = recn, .recType = recType, .model = to});
 }
 
-DataBuffer below(const CMConfigHandle& parent, DataBuffer record) {
-  record.setParentHandle(parent);
-  return record;
-}
-
 // The attributes of a model that the resources with these identifiers refer to.
 std::string usedBy(const std::vector<std::uint32_t>& ids) {
   std::vector<std::string> signatures;
@@ -46,8 +41,8 @@ std::string usedBy(const std::vector<std::uint32_t>& ids) {
 
 class UseCountTest : public testing::Test {
  protected:
-  void SetUp() override { restoreSettings().databaseName = "db"; }
-  void TearDown() override { restoreSettings() = RestoreSettings(); }
+  UseCountTest() { restoreSettings().databaseName = "db"; }
+  ~UseCountTest() override { restoreSettings() = {}; }
 
   static std::string run(int expected = exitSuccess) {
     return test::printed([expected] { EXPECT_EQ(useCount(), expected); });
@@ -103,7 +98,8 @@ TEST_F(UseCountTest, RebuildsCountAndSignatures) {
         reference(1, model(7), resource, 1)},
        {unused}},
       {"the first of two models with one handle takes the references",
-       {modelRecord(7, "<3;0;1;no count;>"), below(model(1), modelRecord(7)),
+       {modelRecord(7, "<3;0;1;no count;>"),
+        build({model(1), model(7), 0, resourceModel, {}, 0, "<17;0;1;9;>"}),
         reference(1, model(7))},
        {"<3;0;1;no count;>", unused}},
       {"a model that refers to a model",
