@@ -115,7 +115,7 @@ CaseOutcome losePower(const Scene& scene, std::uint64_t seed) {
   DiskWatch disk(directory.path());
   TracedProgram program = scene.program(directory.path());
   program.onChange = [&disk](const TracedCall& call) { disk.follow(call); };
-  program.fault = &faultKinds().back();
+  program.fault = std::end(faultKinds) - 1;
   program.faultAt =
       moments[std::uniform_int_distribution<std::size_t>(0, moments.size() - 1)(random)];
   const TracedResult result = runTraced(program);
@@ -177,7 +177,7 @@ CaseOutcome failAllocation(const Scene& scene, std::size_t number) {
 
 Disturbances failedCalls(const Scene& scene) {
   Disturbances all;
-  for (const FaultKind& kind : faultKinds()) {
+  for (const FaultKind& kind : faultKinds) {
     for (std::size_t i = 0; i < scene.calls().size(); ++i) {
       const SystemCall& call = scene.calls()[i];
       if (!applies(kind, call)) continue;

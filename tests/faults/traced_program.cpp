@@ -33,7 +33,7 @@ namespace {
 // A filter that stops at the known calls and lets all others pass.
 std::vector<sock_filter> filter() {
   std::vector<sock_filter> filter{{BPF_LD | BPF_W | BPF_ABS, 0, 0, offsetof(seccomp_data, nr)}};
-  for (const CallKind& kind : callKinds()) {
+  for (const CallKind& kind : callKinds) {
     filter.push_back({BPF_JMP | BPF_JEQ | BPF_K, 0, 1, static_cast<std::uint32_t>(kind.number)});
     filter.push_back({BPF_RET | BPF_K, 0, 0, SECCOMP_RET_TRACE});
   }
