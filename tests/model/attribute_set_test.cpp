@@ -75,6 +75,8 @@ TEST(AttributeSet, OwnsWhatItTakesAndNothingElse) {
     set = "<1;0;1;<9;;0;;2;;x;;y;;>>;>";
     set = set.findAttrKey(1, 0)->values().begin().operator*().data();
     EXPECT_EQ(set.text(), "<9;0;2;x;y;>");
+    set = static_cast<const char*>(nullptr);
+    EXPECT_TRUE(set.isEmpty() && !other.isEmpty());
   }
   EXPECT_EQ(CMMemoryManager::bytesInUse(), before);
 }
