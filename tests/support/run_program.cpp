@@ -72,6 +72,7 @@ void ProgramStart::become(int in, int out, int err) const {
   for (const int number : {SIGPIPE, SIGXFSZ, SIGINT, SIGTERM, SIGHUP}) {
     (void)std::signal(number, SIG_DFL);
   }
+  (void)setpgid(0, 0);
   (void)alarm(program_.timeoutSeconds);
   const bool isThere = program_.directory.empty() || chdir(program_.directory.c_str()) == 0;
   if (isThere && program_.inChild) program_.inChild();
@@ -91,10 +92,13 @@ ProgramResult runProgram(const Program& program) {
   auto errors = std::async(std::launch::async, readToEnd, std::move(err.read));
   (void)writeAll(in.write.get(), program.input);
   in.write.reset();
-  ProgramResult result{.output = output.get(), .errors = errors.get()};
+  ProgramResult result;
   int status = 0;
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
   result.setEnd(status);
+  if (result.signal == SIGALRM) (void)kill(-child, SIGKILL);  // what a script has started
+  result.output = output.get();
+  result.errors = errors.get();
   return result;
 }
 

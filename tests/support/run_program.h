@@ -14,7 +14,7 @@ struct Program {
   std::filesystem::path directory = {};       // current directory of the program; empty: the test's
   std::vector<std::string> environment = {};  // NAME=value, added to the test's own
   std::string input = {};                     // its standard input
-  unsigned timeoutSeconds = 120;              // SIGALRM ends it after that
+  unsigned timeoutSeconds = 120;              // SIGALRM ends it after that, SIGKILL its group
   // Called in the child right before the program starts: limits, closed streams, signals. Only
   // calls that are safe after fork.
   std::function<void()> inChild = {};
@@ -23,8 +23,8 @@ struct Program {
 struct ProgramResult {
   int exitCode = -1;  // -1 when a signal ended the program
   int signal = 0;
-  std::string output = {};  // standard output
-  std::string errors = {};  // standard error
+  std::string output;  // standard output
+  std::string errors;  // standard error
 
   void setEnd(int status);  // as waitpid gives it
 };
