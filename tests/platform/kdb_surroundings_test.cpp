@@ -59,8 +59,7 @@ TEST_F(KdbSurroundings, WhatIsNoDatabaseIsRefusedAndLeftAlone) {
       {"dangling link", [](Name name) { create_symlink("nowhere", name); }, "5/28"},
       {"link to itself", [](Name name) { create_symlink(name, name); }, "5/28"},
       {"records of another kind", useIntegerKeys, "8/17"},
-      {"cut by a page", cutPage, "8/17"},
-  };
+      {"cut by a page", cutPage, "8/17"}};
   for (const auto& [what, make, expected] : cases) {
     const TempDir scratch;
     const std::string name = scratch.file("db");

@@ -40,10 +40,6 @@ Outcome readFile(const std::string& bytes, std::size_t pieceSize = 1000) {
 
 class CompressedBytes : public testing::TestWithParam<const char*> {
  protected:
-  void SetUp() override {
-    if (!test::hasCompressor(GetParam())) GTEST_SKIP() << GetParam() << " is not there";
-  }
-
   static std::string compressed(const std::string& bytes) {
     return test::compressed(GetParam(), bytes);
   }
