@@ -18,9 +18,9 @@ bool contains(const std::string& text, std::string_view words) {
 
 // What is no reason here.
 std::string faultInReason(const test::ProgramResult& result) {
-  const std::string all = result.output + result.errors;
   for (const char* const wrong : {"InUse", "NotFound", "Authority", "Format"}) {
-    if (result.exitCode > 0 && contains(all, wrong)) return "another reason is told; ";
+    const bool isTold = contains(result.output + result.errors, wrong);
+    if (result.exitCode > 0 && isTold) return "another reason is told; ";
   }
   return "";
 }
@@ -62,14 +62,13 @@ std::string faultInRetry(const FaultCase& fault, const TracedResult& result) {
 // The last sync of a replaced database comes behind the change: the next run makes up for it. Where
 // names cannot be exchanged, the first rename is the change itself.
 bool isBehindChange(const Scene& scene, const TracedResult& result, std::size_t call) {
-  const Operation& operation = scene.operation();
   std::vector<long> renames;
   for (std::size_t i = 0; i < call; ++i) {
     const long number = result.calls[i].number;
     if (number == SYS_rename || number == SYS_renameat2) renames.push_back(number);
   }
-  const auto plain = std::ranges::count(renames, SYS_rename);
-  return operation.isDatabase && plain > (operation.exchangeFails ? 1 : 0) &&
+  const std::ptrdiff_t changes = scene.operation().exchangeFails ? 1 : 0;
+  return scene.operation().isDatabase && std::ranges::count(renames, SYS_rename) > changes &&
          renames.back() == SYS_rename;
 }
 
@@ -116,7 +115,7 @@ CaseOutcome losePower(const Scene& scene, std::uint64_t seed) {
   DiskWatch disk(directory.path());
   TracedProgram program = scene.program(directory.path());
   program.onChange = [&disk](const TracedCall& call) { disk.follow(call); };
-  program.fault = &faultKinds().back();
+  program.fault = std::end(faultKinds) - 1;
   program.faultAt =
       moments[std::uniform_int_distribution<std::size_t>(0, moments.size() - 1)(random)];
   const TracedResult result = runTraced(program);
@@ -152,9 +151,9 @@ std::string faultInMemoryWords(const test::ProgramResult& result) {
   if (!contains(result.errors, "out of memory") && !contains(result.errors, "memory ran out")) {
     return "no word of memory; ";
   }
-  constexpr std::string_view name = "orxrestore: ";
-  const bool isOneLine = result.errors.find(name) == result.errors.rfind(name);
-  return isOneLine && contains(result.errors, name) ? "" : "not one line; ";
+  const std::size_t name = result.errors.find("orxrestore: ");
+  const bool isOneLine = name != std::string::npos && name == result.errors.rfind("orxrestore: ");
+  return isOneLine ? "" : "not one line; ";
 }
 
 CaseOutcome failAllocation(const Scene& scene, std::size_t number) {
@@ -178,7 +177,7 @@ CaseOutcome failAllocation(const Scene& scene, std::size_t number) {
 
 Disturbances failedCalls(const Scene& scene) {
   Disturbances all;
-  for (const FaultKind& kind : faultKinds()) {
+  for (const FaultKind& kind : faultKinds) {
     for (std::size_t i = 0; i < scene.calls().size(); ++i) {
       const SystemCall& call = scene.calls()[i];
       if (!applies(kind, call)) continue;

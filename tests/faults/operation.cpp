@@ -59,8 +59,7 @@ void makeStart(const fs::path& directory) {
 // Nobody changes it: every run gets a copy.
 const test::TempDir& sharedStart() {
   static const test::TempDir directory;
-  static const bool made = (makeStart(directory.path()), true);
-  (void)made;
+  [[maybe_unused]] static const bool made = (makeStart(directory.path()), true);
   return directory;
 }
 
@@ -175,11 +174,13 @@ CaseOutcome Scene::look(const fs::path& directory, const test::ProgramResult* re
 // the successor's name or, where names cannot be exchanged, one of its own. With the old one, the
 // generation before it is as it was.
 std::string Scene::faultInGenerations(const fs::path& directory, bool isNew) const {
-  const std::string previous = contentOf(directory / (operation_.target + previousSuffix), true);
-  const std::string successor = contentOf(directory / (operation_.target + successorSuffix), true);
+  const auto generation = [&](const char* suffix) {
+    return contentOf(directory / (operation_.target + suffix), true);
+  };
+  const std::string previous = generation(previousSuffix), successor = generation(successorSuffix);
   if (isNew) {
-    const std::string linked = contentOf(directory / (operation_.target + replacedSuffix), true);
-    const bool waits = successor == before_ || (operation_.exchangeFails && linked == before_);
+    const bool waits =
+        successor == before_ || (operation_.exchangeFails && generation(replacedSuffix) == before_);
     const bool isUndone = previous == absent && after_ == previous_;  // it is the database now
     const bool kept = previous == before_ || (waits && (previous == previous_ || isUndone));
     return kept ? "" : "the database is new and the old one is not kept; ";
@@ -220,7 +221,7 @@ std::string Scene::faultInFiles(const fs::path& directory, bool isNew,
 }
 
 std::string Scene::faultInWords(const test::ProgramResult& result, bool isNew) const {
-  // How the programs say that the change is made although the run failed.
+  // How the programs say that the change is made although the run failed, and that it is not.
   static const std::vector<const char*> told{"has what the run did", "the database is made",
                                              "has its new contents", "has its name"};
   static const std::vector<const char*> denied{
@@ -228,19 +229,15 @@ std::string Scene::faultInWords(const test::ProgramResult& result, bool isNew) c
   static const std::vector<const char*> deniedNew{"no database was made", "no file was changed"};
   if (result.signal != 0) return "ended by signal " + std::to_string(result.signal) + "; ";
   if (result.exitCode == 0) return isNew ? "" : "exit code 0 and nothing is changed; ";
-  const std::string head = "exit code " + std::to_string(result.exitCode);
   if (result.exitCode != 5 && result.exitCode != 6 &&
       result.exitCode != (operation_.isRestore() ? 4 : 2)) {
-    return head + "; ";
+    return "an exit code that means something else; ";
   }
-  if (isNew != hasAny(result.errors, told)) {
-    return head + (isNew ? ", new" : ", old") + ", and standard error says something else; ";
-  }
-  if (result.exitCode == 6 && !isNew &&
-      !hasAny(result.errors, before_ == absent ? deniedNew : denied)) {
-    return head + ", old, and standard error does not say so; ";
-  }
-  return "";
+  const bool isSaid = isNew || result.exitCode != 6 ||
+                      hasAny(result.errors, before_ == absent ? deniedNew : denied);
+  return isSaid && isNew == hasAny(result.errors, told)
+             ? ""
+             : std::string(isNew ? "new" : "old") + ", and standard error does not say so; ";
 }
 
 std::string Scene::faultInNextRun(const fs::path& directory, bool isNew, bool undone) const {
@@ -249,17 +246,14 @@ std::string Scene::faultInNextRun(const fs::path& directory, bool isNew, bool un
                               : isNew ? operation_.again
                                       : operation_.command;
   const auto run = test::runProgram(programIn(directory, command));
-  if (run.exitCode != 0) {
-    return command + " ends with " + std::to_string(run.exitCode) + ": " + run.errors;
-  }
+  if (run.exitCode != 0) return command + " fails: " + run.errors;
   if (content(directory) != (undoes ? before_ : isNew ? afterAgain_ : after_)) {
     return command + " makes another database; ";
   }
-  for (const char* const suffix : {successorSuffix, replacedSuffix}) {
-    const std::string name = operation_.target + suffix;
-    if (!undoes && fs::exists(directory / name)) return command + " leaves " + name;
-  }
-  return "";
+  const fs::path successor = directory / (operation_.target + successorSuffix);
+  const fs::path replaced = directory / (operation_.target + replacedSuffix);
+  const bool isLeft = !undoes && (fs::exists(successor) || fs::exists(replaced));
+  return isLeft ? command + " leaves a file behind; " : "";
 }
 
 }  // namespace orx::faults

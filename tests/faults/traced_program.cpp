@@ -26,8 +26,6 @@ namespace orx::faults {
 
 namespace {
 
-constexpr unsigned patienceSeconds = 60;
-
 [[noreturn]] void throwErrno(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
 }
@@ -35,7 +33,7 @@ constexpr unsigned patienceSeconds = 60;
 // A filter that stops at the known calls and lets all others pass.
 std::vector<sock_filter> filter() {
   std::vector<sock_filter> filter{{BPF_LD | BPF_W | BPF_ABS, 0, 0, offsetof(seccomp_data, nr)}};
-  for (const CallKind& kind : callKinds()) {
+  for (const CallKind& kind : callKinds) {
     filter.push_back({BPF_JMP | BPF_JEQ | BPF_K, 0, 1, static_cast<std::uint32_t>(kind.number)});
     filter.push_back({BPF_RET | BPF_K, 0, 0, SECCOMP_RET_TRACE});
   }
@@ -104,16 +102,10 @@ class Tracer {
   }
 
   [[noreturn]] void become(const test::ProgramStart& program, const sock_fprog& code) const {
-    const int nothing = ::open("/dev/null", O_RDONLY);
-    (void)::dup2(nothing, STDIN_FILENO);
-    (void)::dup2(output_.get(), STDOUT_FILENO);
-    (void)::dup2(errors_.get(), STDERR_FILENO);
-    (void)::close(nothing);
-    (void)::alarm(patienceSeconds);
     const bool ready = ::ptrace(PTRACE_TRACEME, 0, 0, 0) == 0 && ::raise(SIGSTOP) == 0 &&
                        ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
                        ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &code) == 0;
-    if (ready) program.become();
+    if (ready) program.become(nothing_.get(), output_.get(), errors_.get());
     ::_exit(127);
   }
 
@@ -219,6 +211,7 @@ class Tracer {
   }
 
   const TracedProgram& program_;
+  UniqueFd nothing_ = openFile("/dev/null", O_RDONLY);
   UniqueFd output_ = captured();
   UniqueFd errors_ = captured();
   pid_t leader_ = -1;

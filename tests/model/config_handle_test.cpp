@@ -1,13 +1,8 @@
 #include "model/config_handle.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
-#include <memory>
-
-#include "model/attribute_set.h"
 #include "model/decimal.h"
-#include "model/sym_parm.h"
-#include "tests/support/trace_capture.h"
 
 namespace orx {
 namespace {
@@ -23,8 +18,6 @@ std::string hex(const CMConfigHandle& handle) {
   return handle.isNull() ? "" : handle.externText().c_str();
 }
 
-using testing::ElementsAre;
-
 const CMConfigHandle system2(2, 0x30002);
 const CMConfigHandle group70000(3, 70000);
 const CMConfigHandle resource9(4, 9);
@@ -32,7 +25,6 @@ const CMConfigHandle nothing;
 
 TEST(ConfigHandle, ConstructorsAndFactoriesBuildTheirLayout) {
   const std::pair<CMConfigHandle, const char*> cases[] = {
-      {CMConfigHandle(static_cast<const std::uint8_t*>(nullptr)), ""},
       {CMConfigHandle(5, 1), "0100000000000501"},
       {CMConfigHandle(0, 1), "0100000000000000"},
       {CMConfigHandle(300, 0x12345678), "7856341200002C01"},
@@ -46,11 +38,6 @@ TEST(ConfigHandle, ConstructorsAndFactoriesBuildTheirLayout) {
       {CMConfigHandle::createPrototypeInheritedResourceHandle(system2, resource9, resource9),
        "090009000200A400"}};
   for (const auto& [handle, expected] : cases) EXPECT_EQ(hex(handle), expected);
-  CMConfigHandle handle(5, 1);
-  handle.set(group70000.getHandleBytes());
-  EXPECT_EQ(hex(handle), "7011010000000301");
-  handle.set(nullptr);
-  EXPECT_TRUE(handle.isNull());
 }
 
 // "TYPE" with what holds of "new", "inherited" and "temporary"; the kind of an inherited handle and
@@ -95,55 +82,14 @@ TEST(ConfigHandle, ComparisonsLookAtTheBytes) {
   const std::tuple<const char*, const char*, int, bool> cases[] = {
       {"0102030405060708", "0102030405060708", 0, true},
       {"0102030405060708", "0102030405060709", -1, false},
-      {"FF00000000000501", "0100000000000501", 1, false},  // bytes are unsigned
-      {"0100000000000501", "0100000000000601", 0, false},  // a shared zero byte ends it
-  };
+      {"FF00000000000501", "0100000000000501", 1, false},   // bytes are unsigned
+      {"0100000000000501", "0100000000000601", 0, false}};  // a shared zero byte ends it
   for (const auto& [leftHex, rightHex, sign, equal] : cases) {
     const CMConfigHandle left = fromHex(leftHex), right = fromHex(rightHex);
     const int order = left.compareTo(&right);
     EXPECT_EQ((order > 0) - (order < 0), sign) << leftHex;
-    EXPECT_EQ(left.isEqual(&right), equal) << leftHex;
-    EXPECT_EQ(left == right.getHandleBytes(), equal) << leftHex;
-    EXPECT_EQ(left != right.getHandleBytes(), !equal) << leftHex;
+    EXPECT_TRUE(left.isEqual(&right) == equal && (left == right) == equal) << leftHex;
   }
-  EXPECT_TRUE(nothing == static_cast<const std::uint8_t*>(nullptr));
-  EXPECT_EQ(fromHex("0102030405060708").hash(), 0x04030201u ^ 0x08070605u);
-}
-
-TEST(ConfigHandle, DumpTellsWhatAHandleMeans) {
-  EXPECT_THAT(captureTrace("none=0x40", [] { nothing.dump("label"); }), ElementsAre());
-  EXPECT_THAT(captureTrace("none=0x40", [] { fromHex("090007000200A400").dump("parent"); }),
-              ElementsAre("-----parent=090007000200A400------", "  Format  = Old",
-                          "  Id      = 458761(0x70009)", "  Type    = 4(0x4)", "  Temp    = False",
-                          "  ModelInh= True", "  MgSys   = 0200000000000201",
-                          "  ResRefID= 0900000000000601",
-                          "  TypeModelInh= Prototype inherited resource with PIRG as a parent",
-                          "-------------------------------------------"));
-  const std::pair<const char*, const char*> lines[] = {
-      {"FFFFFFFF00000501", "-----Dump of Handle=FFFFFFFF00000501------"},
-      {"FFFFFFFF00000501", "  Id      = -1(0xffffffff)"},
-      {"FFFFFFFF00000501", "  MgSys   = 0000000000000000"},
-      {"FFFFFFFF00000501", "  TypeModelInh= Not Model Inherited"},
-      {"0700000000000511", "  Format  = New"},
-      {"0700000000000511", "  Temp    = True"},
-      {"0000070002006300", "  TypeModelInh= Prototype inherited resource group"},
-      {"7011010009002400",
-       "  TypeModelInh= Prototype inherited resource with normal resource group as a parent"}};
-  for (const auto& [bytes, line] : lines) {
-    EXPECT_THAT(captureTrace("none=1", [bytes = bytes] { fromHex(bytes).dump(); }),
-                testing::Contains(line));
-  }
-}
-
-TEST(ConfigHandle, ExportTellsTheTraceOfConvertedHandles) {
-  const auto exportAll = [] {
-    for (const char* bytes : {"0900000000002500", "0900000000000500", "0900000000002503"}) {
-      (void)fromHex(bytes).exportText();
-    }
-  };
-  EXPECT_THAT(captureTrace("exportChr=0x10", exportAll),
-              ElementsAre("Found an invalid handle to export - converted to <1;1;37;0;0;0;9;>"));
-  EXPECT_THAT(captureTrace("exportChr=0x01", exportAll), ElementsAre());
 }
 
 TEST(Decimal, ReadsDigitsModulo32Bits) {
@@ -169,8 +115,6 @@ TEST(HandleText, Exports) {
       {"0900000001002502", "<1;3;37;1;0;0;9;1;>"}};
   for (const auto& [bytes, expected] : cases) {
     EXPECT_EQ(fromHex(bytes).exportText().view(), expected) << bytes;
-    EXPECT_TRUE(CMConfigHandle::isExportedFormat(expected));
-    EXPECT_FALSE(CMConfigHandle::isExportedFormat(bytes));
   }
 }
 
@@ -186,8 +130,6 @@ TEST(HandleText, WritersKeepWithinTheirBuffer) {
     EXPECT_STREQ(handle.getExternChar(buffer.data(), size), size < 17 ? "" : "D204000000000501");
     EXPECT_EQ(buffer.find_last_not_of('#') + 1, size < 17 ? 1u : 17u);
   }
-  handle.exportChr(nullptr, 48);
-  EXPECT_EQ(handle.getExternChar(nullptr, 17), nullptr);
 }
 
 TEST(HandleText, Imports) {
@@ -217,45 +159,8 @@ TEST(HandleText, Imports) {
   }
   for (const std::string_view text : {"<1;1;5;0;0;0;12\0;>"sv, "<"sv, ""sv}) {
     CMConfigHandle handle(9, 9);
-    EXPECT_EQ(handle.importHndl(text), 0) << text;
-    EXPECT_TRUE(handle.isNull()) << text;
+    EXPECT_TRUE(handle.importHndl(text) == 0 && handle.isNull()) << text;
   }
-  EXPECT_EQ(CMConfigHandle(9, 9).importHndl(static_cast<const char*>(nullptr)), 0);
-}
-
-TEST(HandleText, TakesSixteenDigits) {
-  const std::pair<std::string_view, std::string_view> cases[] = {
-      {"0a00000000000501", "0000000000000501"},
-      {"FEDCBA9876543210FF", "FEDCBA9876543210"},
-      {"ABC", "ABC0000000000000"},
-      {std::string_view("12\0x34", 6), "1200000000000000"}};
-  for (const auto& [text, expected] : cases) {
-    EXPECT_EQ(fromHex(text).externText().view(), expected);
-  }
-}
-
-TEST(Collectable, ClassesAreToldApartAndCopiesArePlainOnes) {
-  const CMCollectable object;
-  const CMConfigHandle handle(5, 1);
-  const CMAttribute attribute(1, 0);
-  const CMSymParm parameter("A", "1", 2, 0, nullptr);
-  const std::pair<const RWCollectable*, int> classes[] = {
-      {&object, 0}, {&handle, 32745}, {&attribute, 32767}, {&parameter, 32766}};
-  for (const auto& [original, id] : classes) {
-    EXPECT_EQ(original->isA(), id);
-    const std::unique_ptr<RWCollectable> copy(original->copy()), species(original->newSpecies());
-    EXPECT_EQ(copy->isA() + species->isA(), 0) << id;
-    EXPECT_FALSE(original->isEqual(copy.get()) || copy->isEqual(original) ||
-                 original->isEqual(nullptr));
-    for (const auto& [other, otherId] : classes) {
-      EXPECT_EQ(original->isEqual(other), id == otherId) << id << " and " << otherId;
-    }
-  }
-  EXPECT_EQ(handle.compareTo(&attribute), 1);
-  EXPECT_EQ(CMAttribute(4, 1).hash(), 4100u);
-  EXPECT_EQ(CMAttributeSet().isA(), 32728);
-  const std::unique_ptr<RWCollectable> copy(object.copy());
-  EXPECT_EQ(object.compareTo(copy.get()), -copy->compareTo(&object));
 }
 
 }  // namespace

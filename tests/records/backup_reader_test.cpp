@@ -1,9 +1,6 @@
 #include "records/backup_reader.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-
-#include <thread>
 
 #include "records/backup_record.h"
 #include "tests/support/backup_lines.h"
@@ -12,8 +9,6 @@
 namespace orx {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class BackupReaderTest : public testing::Test {
  protected:
   std::string fileWith(const std::string& content) {
@@ -21,21 +16,17 @@ class BackupReaderTest : public testing::Test {
     return directory_.file("backup");
   }
 
-  Lines readLines(const std::string& path) {
-    Lines lines;
-    EXPECT_TRUE(reader_.open(path.c_str()));
+  void expectSameAsPlain(const std::string& content) {
+    const std::string path = fileWith(content);
+    const auto expected = test::plainLines(path);
+    std::vector<std::string> lines;
+    ASSERT_TRUE(reader_.open(path.c_str()));
     while (reader_.next(line_) == ReadOutcome::line) {
       lines.emplace_back(line_.chars.begin(), line_.chars.end());
     }
     EXPECT_EQ(reader_.next(line_), ReadOutcome::end);
     EXPECT_EQ(reader_.errorNumber(), 0);
-    return lines;
-  }
-
-  void expectSameAsPlain(const std::string& content) {
-    const std::string path = fileWith(content);
-    const Lines expected = test::plainLines(path);
-    ASSERT_EQ(readLines(path), expected);
+    ASSERT_EQ(lines, expected);
     ASSERT_TRUE(reader_.open(path.c_str()));
     for (const std::string& line : expected) {
       ASSERT_EQ(reader_.next(record_), ReadOutcome::line);
@@ -68,33 +59,11 @@ TEST_F(BackupReaderTest, FollowsTheLineRules) {
       std::string(442, 'x') + "\r\ny",
       std::string(443, 'x') + "\r\ny",
       std::string(1500, 'x'),
-      large,
-  };
+      large};
   for (const std::string& content : contents) {
     SCOPED_TRACE(testing::PrintToString(content.substr(0, 1500)));
     expectSameAsPlain(content);
   }
-}
-
-TEST_F(BackupReaderTest, EndsWithoutAFileAndKeepsTheLastLineAtTheEnd) {
-  EXPECT_EQ(reader_.next(line_), ReadOutcome::end);
-  ASSERT_TRUE(reader_.open(fileWith("a\nb").c_str()));
-  for (int call = 0; call < 4; ++call) (void)reader_.next(line_);
-  EXPECT_EQ(line_.text(), "b");
-}
-
-TEST_F(BackupReaderTest, ReadsAPipeThatDeliversInPieces) {
-  const std::string path = directory_.file("fifo");
-  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-  const std::string content = std::string(440, 'a') + "\r\n" + std::string(440, 'b') + "\nc";
-  std::thread writer([&] {
-    std::ofstream pipe(path);
-    for (std::size_t i = 0; i < content.size(); i += 73)
-      pipe << content.substr(i, 73) << std::flush;
-  });
-  const Lines lines = readLines(path);
-  writer.join();
-  EXPECT_EQ(lines, test::plainLines(fileWith(content)));
 }
 
 }  // namespace

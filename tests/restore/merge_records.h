@@ -1,14 +1,13 @@
 // Records, system records and backups for tests of the operations.
 #pragma once
 
-#include <functional>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "restore/merge_types.h"
 #include "tests/support/attributes.h"
+#include "tests/support/places.h"
 #include "tests/support/small_fleet.h"
 
 namespace orx::test {
@@ -118,23 +117,9 @@ inline std::vector<std::string> describe(const std::vector<DataBuffer>& records)
   return lines;
 }
 
-inline std::string twoDigits(int number) {
-  return (number < 10 ? "0" : "") + std::to_string(number);
-}
-
-// Lines for the numbers 00, 01, 02, ... below `count`.
-inline std::string lines(int count, const std::function<std::string(const std::string&)>& line) {
-  std::string text;
-  for (int i = 0; i < count; ++i) text += line(twoDigits(i)) + "\n";
-  return text;
-}
-
-// What a verbose run prints of its 32 lists, of which `used` hold one record each.
-inline std::string listLines(const std::set<std::string>& used) {
-  return lines(32, [&used](const std::string& i) {
-    return "list No." + i + " has " + (used.contains(i) ? "1" : "0") +
-           " entries.\nfinish sorting for list No." + i;
-  });
+// All that a verbose run prints, from a file in the directory of these tests.
+inline std::string verboseLines(const char* file) {
+  return readFile(sourceDirectory() / "tests/restore" / file);
 }
 
 }  // namespace orx::test

@@ -1,15 +1,14 @@
 #include "tests/support/run_program.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
+#include <future>
 #include <string_view>
 #include <system_error>
 
@@ -36,38 +35,13 @@ std::vector<char*> pointers(std::vector<std::string>& words) {
   return result;
 }
 
-// Reads once from a stream that is ready; closes it at its end.
-void collect(UniqueFd& stream, std::string& text) {
+std::string readToEnd(UniqueFd stream) {
+  std::string text;
   std::array<char, 4096> block{};
-  const ssize_t count = readSome(stream.get(), block.data(), block.size());
-  if (count <= 0) return stream.reset();
-  text.append(block.data(), static_cast<std::size_t>(count));
-}
-
-// Writes once what the program is ready to take; closes the stream when all is written.
-void feed(UniqueFd& stream, std::string_view& rest) {
-  const ssize_t count = write(stream.get(), rest.data(), rest.size());
-  if (count > 0) rest.remove_prefix(static_cast<std::size_t>(count));
-  if (rest.empty() || (count < 0 && errno != EINTR && errno != EAGAIN)) stream.reset();
-}
-
-// Serves the three streams until the program has closed its two. A negative number is no stream
-// to poll. Returns false when the time is over first.
-bool serve(const Program& program, Pipe& in, Pipe& out, Pipe& err, ProgramResult& result) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(program.timeoutSeconds);
-  std::string_view rest = program.input;
-  if (rest.empty()) in.write.reset();
-  while (out.read.valid() || err.read.valid()) {
-    std::array<pollfd, 3> streams{
-        {{in.write.get(), POLLOUT, 0}, {out.read.get(), POLLIN, 0}, {err.read.get(), POLLIN, 0}}};
-    if (poll(streams.data(), streams.size(), 100) > 0) {
-      if (streams[0].revents != 0) feed(in.write, rest);
-      if (streams[1].revents != 0) collect(out.read, result.output);
-      if (streams[2].revents != 0) collect(err.read, result.errors);
-    }
-    if (std::chrono::steady_clock::now() > end) return false;
+  for (ssize_t count = 0; (count = readSome(stream.get(), block.data(), block.size())) > 0;) {
+    text.append(block.data(), static_cast<std::size_t>(count));
   }
-  return true;
+  return text;
 }
 
 }  // namespace
@@ -75,13 +49,6 @@ bool serve(const Program& program, Pipe& in, Pipe& out, Pipe& err, ProgramResult
 void ProgramResult::setEnd(int status) {
   if (WIFEXITED(status)) exitCode = WEXITSTATUS(status);
   if (WIFSIGNALED(status)) signal = WTERMSIG(status);
-}
-
-void ProgramResult::waitForEnd(pid_t child) {
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
-  setEnd(status);
 }
 
 ProgramStart::ProgramStart(const Program& program)
@@ -98,10 +65,15 @@ ProgramStart::ProgramStart(const Program& program)
   environment_ = pointers(variables_);
 }
 
-void ProgramStart::become() const {
+void ProgramStart::become(int in, int out, int err) const {
+  (void)dup2(in, STDIN_FILENO);
+  (void)dup2(out, STDOUT_FILENO);
+  (void)dup2(err, STDERR_FILENO);
   for (const int number : {SIGPIPE, SIGXFSZ, SIGINT, SIGTERM, SIGHUP}) {
     (void)std::signal(number, SIG_DFL);
   }
+  (void)setpgid(0, 0);
+  (void)alarm(program_.timeoutSeconds);
   const bool isThere = program_.directory.empty() || chdir(program_.directory.c_str()) == 0;
   if (isThere && program_.inChild) program_.inChild();
   if (isThere) (void)execve(argv_[0], argv_.data(), environment_.data());
@@ -111,24 +83,22 @@ void ProgramStart::become() const {
 ProgramResult runProgram(const Program& program) {
   const ProgramStart start(program);
   Pipe in, out, err;
-  (void)fcntl(in.write.get(), F_SETFL, O_NONBLOCK);
   (void)std::signal(SIGPIPE, SIG_IGN);
-
   const pid_t child = fork();
   if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
-  if (child == 0) {
-    (void)dup2(in.read.get(), STDIN_FILENO);
-    (void)dup2(out.write.get(), STDOUT_FILENO);
-    (void)dup2(err.write.get(), STDERR_FILENO);
-    start.become();
-  }
-  in.read.reset();
-  out.write.reset();
-  err.write.reset();
-
+  if (child == 0) start.become(in.read.get(), out.write.get(), err.write.get());
+  for (UniqueFd* const end : {&in.read, &out.write, &err.write}) end->reset();
+  auto output = std::async(std::launch::async, readToEnd, std::move(out.read));
+  auto errors = std::async(std::launch::async, readToEnd, std::move(err.read));
+  (void)writeAll(in.write.get(), program.input);
+  in.write.reset();
   ProgramResult result;
-  if (!serve(program, in, out, err, result)) (void)kill(child, SIGKILL);
-  result.waitForEnd(child);
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
+  result.setEnd(status);
+  if (result.signal == SIGALRM) (void)kill(-child, SIGKILL);  // what a script has started
+  result.output = output.get();
+  result.errors = errors.get();
   return result;
 }
 

@@ -1,8 +1,6 @@
 // Runs a whole program and collects what it leaves.
 #pragma once
 
-#include <sys/types.h>
-
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -16,7 +14,7 @@ struct Program {
   std::filesystem::path directory = {};       // current directory of the program; empty: the test's
   std::vector<std::string> environment = {};  // NAME=value, added to the test's own
   std::string input = {};                     // its standard input
-  int timeoutSeconds = 120;                   // it is killed after that
+  unsigned timeoutSeconds = 120;              // SIGALRM ends it after that, SIGKILL its group
   // Called in the child right before the program starts: limits, closed streams, signals. Only
   // calls that are safe after fork.
   std::function<void()> inChild = {};
@@ -29,16 +27,15 @@ struct ProgramResult {
   std::string errors;  // standard error
 
   void setEnd(int status);  // as waitpid gives it
-  void waitForEnd(pid_t child);
 };
 
 // What a child needs to become a program, made before the fork.
 class ProgramStart {
  public:
   explicit ProgramStart(const Program& program);
-  // PIPE, XFSZ, INT, TERM and HUP end it, though this process may have been started where they are
-  // ignored, INT in the background. 127 when it cannot be executed.
-  [[noreturn]] void become() const;
+  // With these as its streams. PIPE, XFSZ, INT, TERM and HUP end it, though this process may have
+  // been started where they are ignored, INT in the background. 127 when it cannot be executed.
+  [[noreturn]] void become(int in, int out, int err) const;
 
  private:
   const Program& program_;

@@ -32,7 +32,9 @@ class UncopiedRecords {
   [[nodiscard]] Outcome start() { return stepBase(); }
 
   // Whether the successor has nothing that has this key or follows it.
-  [[nodiscard]] bool reaches(const Key& key) const { return !copied_.has_value() || key > *copied_; }
+  [[nodiscard]] bool reaches(const Key& key) const {
+    return !copied_.has_value() || key > *copied_;
+  }
 
   // Appends everything up to the key `last` to the successor, which has nothing behind it.
   [[nodiscard]] Outcome moveTo(Successor& successor, const Key& last);
