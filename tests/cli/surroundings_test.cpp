@@ -14,7 +14,6 @@
 #include "restore/exit_codes.h"
 #include "tests/faults/operation.h"
 #include "tests/support/child_conditions.h"
-#include "tests/support/compress.h"
 #include "tests/support/program_runs.h"
 #include "tests/support/small_fleet.h"
 #include "tests/support/test_bundle.h"
@@ -91,11 +90,10 @@ void becomeNobody() {
 }
 
 TEST(Surroundings, OutputThatNobodyTakesDoesNotStopAChange) {
-  const auto allClosed = [] {
-    for (const int stream : {0, 1, 2}) (void)close(stream);
-  };
   std::vector<std::function<void()>> conditions(brokenOutputs.begin(), brokenOutputs.end());
-  conditions.emplace_back(allClosed);
+  conditions.emplace_back([] {
+    for (const int stream : {0, 1, 2}) (void)close(stream);
+  });
   for (const faults::Scene& scene : scenes()) {
     for (const auto& broken : conditions) {
       EXPECT_EQ(Attempt(scene).under(broken).exitCode, 0) << scene.operation().name;
@@ -122,10 +120,6 @@ TEST(Surroundings, WithoutPermissionNothingIsChanged) {
   undo.traced.program = faults::programIn(undo.directory.path(), "orxkdb undo db");
   EXPECT_EQ(undo.under(becomeNobody).exitCode, exitDatabaseNotOpened);
   EXPECT_THAT(undo.result.errors, HasSubstr(", " + previous + " (11 Authority"));
-  Attempt look(scenes().front());
-  fs::permissions(look.directory.path(), fs::perms(01777));
-  look.traced.program = faults::programIn(look.directory.path(), "orxkdb stat db");
-  EXPECT_THAT(look.under(becomeNobody).errors, HasSubstr("no permission for the database"));
 }
 
 TEST(Surroundings, AReadOnlyFileSystemIsNotWrittenTo) {
@@ -158,11 +152,6 @@ TEST(Surroundings, ADirectoryThatWasDeletedHoldsNothing) {
     const bool opensBackupFirst = std::string(scene.operation().name).starts_with("restore");
     EXPECT_EQ(result.exitCode, opensBackupFirst ? exitBackupNotOpened : exitDatabaseNotOpened)
         << scene.operation().name << result.errors;
-    if (run.traced.program.arguments[0] != "load") continue;
-    for (std::string& word : run.traced.program.arguments) {
-      if (fs::exists(scene.start() / word) || word == "made") word = run.directory.file(word);
-    }
-    EXPECT_EQ(run.under(inDeleted).exitCode, 0) << "absolute names need no directory";
   }
 }
 
@@ -202,27 +191,18 @@ TEST(Surroundings, FewOpenFilesAndLittleMemoryAreEnoughOrAFailure) {
     }
     EXPECT_EQ(exitCode, 0) << scene.operation().name;
   }
-  const TempDir scratch;
-  writeFile(scratch / "packed", compressed("gzip", backupText(smallFleet())));
-  EXPECT_THAT(runProgram(shellScript(scratch, "ulimit -n 4; orxkdb check packed")).errors,
-              HasSubstr("(Too many open files), raise the limit"));
 }
 
 TEST(Surroundings, WhatIsNoBundleIsAMissingOne) {
-  const std::string cases[] = {
-      "mkdir -p PRESTORE_restore/root.res",
-      "mkdir PRESTORE_restore; mkfifo PRESTORE_restore/root.res",
-      "mkdir PRESTORE_restore; ln -s /dev/zero PRESTORE_restore/root.res",
-      "echo text > PRESTORE_restore",
-  };
-  for (const std::string& make : cases) {
-    for (const faults::Scene& scene : scenes()) {
-      if (!scene.operation().isRestore()) continue;
-      SCOPED_TRACE(make + ", " + scene.operation().name);
-      Attempt run(scene);
-      (void)runProgram(shellScript(run.directory, "rm PRESTORE_restore; " + make));
-      EXPECT_EQ(run.under({}).exitCode, 0);
-    }
+  for (const char* const make : {
+           "mkdir -p PRESTORE_restore/root.res",
+           "mkdir PRESTORE_restore; mkfifo PRESTORE_restore/root.res",
+           "mkdir PRESTORE_restore; ln -s /dev/zero PRESTORE_restore/root.res",
+           "echo text > PRESTORE_restore",
+       }) {
+    Attempt run(scenes().front());
+    (void)runProgram(shellScript(run.directory, "rm PRESTORE_restore; " + std::string(make)));
+    EXPECT_EQ(run.under({}).exitCode, 0) << make;
   }
 }
 
