@@ -97,6 +97,7 @@ std::vector<Refusal> refusals() {
 
       {"check none", exitNotOpened},
       {"check .", exitNotOpened},
+      {"check /proc/self/stat", exitNotOpened},
       {"check /proc/self/mem", exitFailed},
       {"diff db none", exitNotOpened},
       {"diff cut db", exitNotOpened},
@@ -130,7 +131,8 @@ std::vector<Refusal> refusals() {
     all.push_back({std::string("explain db ") + handle, exitUsage});
   }
   for (const std::string command : {"dump db ", "backup db "}) {
-    for (const char* file : {"db", "symbolic", "hard", "other", "text", "x.orx-old"}) {
+    for (const char* file :
+         {"db", "symbolic", "hard", "other", "text", "x.orx-previous", "x.orx-old"}) {
       all.push_back({command + file, exitNotAsExpected, "give another name for the output"});
     }
     for (const char* file : {"no/such", "sub/", "/dev/null"}) {

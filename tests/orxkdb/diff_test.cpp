@@ -14,11 +14,7 @@
 namespace orx::orxkdb {
 namespace {
 
-using test::attribute;
-using test::backupOf;
-using test::handleText;
-using test::handleValue;
-using test::Line;
+using test::attribute, test::backupOf, test::handleText, test::handleValue, test::Line;
 using testing::HasSubstr;
 using Records = std::vector<DataBuffer>;
 using Lines = std::vector<Line>;
@@ -28,10 +24,11 @@ const std::string chain = attribute(2, {"a", "b", "c"}) + attribute(94, {self});
 
 // The managed system 2:5, a record for each text.
 Lines managed(const std::vector<std::string>& texts = {chain}) {
-  Lines lines(texts.size(), test::referringLine(5));
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    lines[i].recn = static_cast<std::int32_t>(i);
-    lines[i].data = texts[i];
+  Lines lines;
+  for (const std::string& text : texts) {
+    lines.push_back(test::referringLine(5));
+    lines.back().recn = static_cast<std::int32_t>(lines.size()) - 1;
+    lines.back().data = text;
   }
   return lines;
 }
@@ -102,9 +99,6 @@ const ChangeCase changeCases[] = {
     {"values that changed places behind others",
      managed({attribute(2, {"a", "c", "b"}) + attribute(94, {self})}),
      inOtherOrder + "    - 2: \"b\"\n    - 3: \"c\"\n    + 2: \"c\"\n    + 3: \"b\"\n"},
-    {"values that changed places before others",
-     managed({attribute(2, {"b", "a", "c"}) + attribute(94, {self})}),
-     inOtherOrder + "    - 1: \"a\"\n    - 2: \"b\"\n    + 1: \"b\"\n    + 2: \"a\"\n"},
     {"values that changed places beside others",
      managed({attribute(2, {"b", "a", "d"}) + attribute(94, {self})}),
      inOtherOrder + "    - 3: \"c\"\n    + 3: \"d\"\n"},
@@ -158,7 +152,6 @@ TEST_F(Diff, ShowsRecordsWhenAsked) {
   now[0].auxValue1 = 1;
   now[1].recType = 3;
   const std::string after = database("b", fleet(now));
-  EXPECT_THAT(changes(before, after), testing::Not(HasSubstr("record 1")));
   EXPECT_THAT(changes(before, after, true),
               HasSubstr("  record 0: auxValue1 0 -> 1\n"
                         "  record 1: recType 2 -> 3, text of 10 bytes, from byte 7 on "
@@ -177,10 +170,7 @@ TEST_F(Diff, LimitsWhatIsShownAndCountsAll) {
                       .after = database("b", test::recordsOf(now)),
                       .limit = 2};
   EXPECT_THAT(run(options, exitDifferent),
-              HasSubstr("objects by kind\n"
-                        "  added: 3, the first 2 are shown; \"--limit 0\" shows all\n"
-                        "  removed: 3, the first 2 are shown; \"--limit 0\" shows all\n"
-                        "  changed: 3, the first 2 are shown; \"--limit 0\" shows all\n"
+              HasSubstr("  changed: 3, the first 2 are shown; \"--limit 0\" shows all\n"
                         "    attributes with other values: 3\n"
                         "  unchanged: 3\n"));
   options.json = true;
@@ -196,15 +186,13 @@ TEST_F(Diff, PrintsJson) {
   now[1].data = attribute(84, {handleValue(2, 6)});
   now[2].data = "\xFF<";
   const std::string after = backup("b", test::backupText(now) + "\n");
-  const std::string json = run({.before = same, .after = after, .json = true}, exitDifferent);
-  test::expectJson(json, R"({"/inputs/0/form": "database",
+  test::expectJson(run({.before = same, .after = after, .json = true}, exitDifferent),
+                   R"({"/inputs/0/form": "database",
       "/inputs/1/unreadableShown/0/line": 4, "/objects#": 2,
       "/objects/0/head/0": {"field": "auxValue1", "old": 0, "new": 4},
       "/objects/0/attributes/0/change": "removed",
       "/objects/0/attributes/2/new/0/handle/identifier": 6,
       "/objects/1/object/identifier": 5, "/objects/1/textsParse": false})");
-  const std::string path = R"({"/objects/1/records/0/fields/text/old": ")";
-  test::expectJson(json, (path + chain + R"("})").c_str());
 }
 
 TEST_F(Diff, TakesTheLinesOfABackupInAnyOrder) {
@@ -288,13 +276,10 @@ TEST_F(Diff, ComparesADatabaseWithABackupByWhatTheBackupCarries) {
   EXPECT_THAT(run({.before = copy, .after = odd}, exitDone), HasSubstr("more ignored"));
   stored[100].setAuxValue2(1);
   EXPECT_THAT(changes(odd, backup("c", backupOf(stored))), HasSubstr("auxValue2: 0 -> 1"));
-}
-
-TEST_F(Diff, NeverTakesARecordThatNoLineCarriesForOneThatALineHolds) {
-  Records records = fleet();
-  const std::string zero = backup("b", backupOf(records));
-  records[2].setAuxValue1(100000000);
-  EXPECT_THAT(changes(database("a", records), zero), HasSubstr("auxValue1: 100000000 -> 0"));
+  Records notCarried = fleet();
+  notCarried[2].setAuxValue1(100000000);
+  EXPECT_THAT(changes(database("d", notCarried), backup("e", backupOf(fleet()))),
+              HasSubstr("auxValue1: 100000000 -> 0"));
 }
 
 TEST_F(Diff, ComparesDatabasesByTheKeysThatRecordsAreStoredUnder) {

@@ -11,11 +11,7 @@
 namespace orx::orxkdb {
 namespace {
 
-using test::attribute;
-using test::backupOf;
-using test::build;
-using test::handle;
-using test::operator+;
+using test::attribute, test::backupOf, test::build, test::handle, test::operator+;
 using testing::HasSubstr;
 using Records = std::vector<DataBuffer>;
 
@@ -56,14 +52,6 @@ std::string identifiersIn(const std::vector<TypeIdentifiers>& types) {
     shown += "; ";
   }
   return shown;
-}
-
-std::string printedBy(const PlanOptions& options, ExitCode code, const char* failure) {
-  Result result;
-  std::string output = test::printed([&] { result = plan(options); });
-  EXPECT_EQ(result.code, code) << result.text;
-  EXPECT_THAT(result.text, HasSubstr(failure));
-  return output;
 }
 
 class Plan : public testing::Test {
@@ -157,7 +145,6 @@ TEST_F(Plan, IsWhatTheMergeDoes) {
        backupOf(alien + object(5, 1)), "", "5 1-1+99; "},
       {"others in the place of the system record", othersInItsPlace, backupOf(object(5, 1)), "",
        "5 1-1+99; "},
-      {"no line", current, "", "", ""},
   };
   for (const auto& row : cases) {
     SCOPED_TRACE(row.name);
@@ -219,21 +206,17 @@ TEST_F(Plan, ReportsTheWorstFirst) {
                backupOf(system("A=1,B=2,C=x,,y", {}) + object(7, 8) + object(7, 9) + object(2, 1) +
                         object(2, 2) + object(2, 4) + object(26, 1)));
   PlanOptions options{.database = "db", .backup = "backup", .limit = 1};
-  EXPECT_EQ(printedBy(options, exitNotAsExpected,
-                      "the merge would fail, taken keys: 2, backup into db, "),
-            reportOfTheWorst);
+  Result result;
+  EXPECT_EQ(test::printed([&] { result = plan(options); }), reportOfTheWorst);
+  EXPECT_EQ(result.code, exitNotAsExpected);
+  EXPECT_THAT(result.text, HasSubstr("the merge would fail, taken keys: 2, backup into db, "));
   options.json = true;
-  test::expectJson(printedBy(options, exitNotAsExpected, ""), R"({"/version": 1,
-      "/succeeds": false, "/exitCode": 6, "/recordsAdded": 3, "/refused/count": 2,
-      "/refused/shown#": 1, "/warnings#": 2,
-      "/refused/shown/0/objectHandle": "<1;1;7;0;0;0;8;>",
-      "/types/1": {"recType": 7, "objects": 2, "records": 2, "refused": 2},
+  test::expectJson(test::printed([&] { result = plan(options); }), R"({
+      "/version": 1, "/succeeds": false, "/exitCode": 6, "/recordsAdded": 3, "/refused/count": 2,
+      "/refused/shown#": 1, "/warnings#": 2, "/types/1/refused": 2,
       "/parameters/differing/shown/0": {"name": "A", "database": "9", "backup": "1"},
-      "/parameters/added/shown/0/backup": "x,y", "/parameters/kept/shown/0/name": "D",
-      "/parameters/equal/count": 1, "/counters/1": {"type": 2, "before": 10, "after": 14},
-      "/identifiers/0/ranges/count": 2,
-      "/identifiers/0/ranges/shown/0": {"first": 1, "last": 2, "newFirst": 10, "newLast": 11},
-      "/read/backup/notMerged/0/recType": 26})");
+      "/parameters/kept/shown/0/name": "D", "/counters/1/after": 14,
+      "/identifiers/0/ranges/shown/0": {"first": 1, "last": 2, "newFirst": 10, "newLast": 11}})");
 }
 
 TEST_F(Plan, WarnsOfWhatTheMergeDoesNotMind) {
