@@ -2,12 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include <random>
-#include <sstream>
-
-#include "model/attribute_set.h"
 #include "orxkdb/check/check_run.h"
-#include "orxkdb/input/attribute_scanner.h"
 #include "tests/support/program_runs.h"
 #include "tests/support/small_fleet.h"
 
@@ -369,51 +364,6 @@ findings by kind
                    R"({"/version": 1, "/form": "database", "/findings": 5, "/kinds/0/count": 5,
                        "/kinds/0/kind": "text-left-over", "/kinds/0/shown#": 5,
                        "/kinds/0/shown/4/objectHandle": "<1;1;2;0;0;0;14;>"})");
-}
-
-void expectAgreement(const ScannedAttribute& scanned, const std::string& text) {
-  const CMAttribute attribute(scanned.text, 1);
-  EXPECT_EQ(scanned.key, attribute.key().number()) << text;
-  EXPECT_EQ(scanned.valueCount, attribute.attrCount()) << text;
-  std::string_view rest = scanned.values;
-  std::string value;
-  for (const std::string_view expected : attribute.values()) {
-    takeValue(rest, value);
-    EXPECT_EQ(value, expected) << text;
-  }
-  EXPECT_EQ(rest, "") << text;
-  const CMAttribute again(attribute.text(), 1);
-  EXPECT_EQ(scanned.losesBlank, !(again == attribute)) << text;
-  // With a header and without a rest, one value more in the text would be one more that is read.
-  if (scanned.hasHeader && !scanned.hasRest && scanned.statedCount > 0) {
-    const CMAttribute more(std::string(scanned.text) + "x;", 1);
-    EXPECT_EQ(more.attrCount(), std::min(scanned.statedCount, scanned.valueCount + 1)) << text;
-  }
-}
-
-// It says what the attribute classes do, whatever the text.
-TEST(AttributeScanner, AgreesWithTheAttributeClassesOnRandomTexts) {
-  std::mt19937 random(7);
-  std::vector<std::string> pieces = {" ", "\t"};
-  std::istringstream words(
-      "< > ; ;; >> a - 0 1 2; >< x; <5;0; 2;0; <7;0;2;a;b;> <17;1;1; <-3;9999999999;2; ;;;");
-  for (std::string word; words >> word;) pieces.push_back(word);
-  std::size_t attributes = 0;
-  for (int round = 0; round < 30000; ++round) {
-    std::string text = random() % 4 != 0 ? "<3;0;2;" : "";
-    for (std::size_t left = random() % 16; left > 0; --left)
-      text += pieces[random() % pieces.size()];
-    CMAttributeSet set(text.c_str(), 1);
-    AttributeScanner scanner(text);
-    std::size_t count = 0;
-    for (ScannedAttribute scanned; scanner.next(scanned); ++count) expectAgreement(scanned, text);
-    EXPECT_EQ(count, set.entries()) << text;
-    const std::string read = text.substr(0, text.size() - scanner.rest().size());
-    EXPECT_EQ(CMAttributeSet(read.c_str(), 1).text(), set.text()) << text;
-    if (HasFailure()) break;
-    attributes += count;
-  }
-  EXPECT_GT(attributes, 10000u);
 }
 
 }  // namespace
