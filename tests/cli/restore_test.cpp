@@ -59,23 +59,6 @@ TEST_F(ReplaceRestore, TellsItsProgressEveryThousandRecordsWhenVerbose) {
               AllOf(HasSubstr(" ORXRESTORE overrideDB:"), HasSubstr(" ORXCCMCI importHndl:")));
 }
 
-TEST_F(ReplaceRestore, AddsARecordForEveryLine) {
-  const std::string line = Line{.object = handleText(4, 1), .recType = 4}.text();
-  const std::pair<std::string, std::size_t> cases[] = {
-      {resourceLines(2, "\r\n"), 2},
-      {line, 1},           // without an end
-      {line + "\n\n", 2},  // an empty line is an all-zero record
-      {"", 0},
-  };
-  for (const auto& [text, count] : cases) {
-    backupIs(text);
-    const auto result = restore();
-    EXPECT_EQ(result.exitCode, exitSuccess) << text;
-    EXPECT_THAT(result.output, HasSubstr("IDS_MAIN_EIGHTH(" + std::to_string(count) + ")"));
-    EXPECT_THAT(objects(database()), SizeIs(count)) << text;
-  }
-}
-
 TEST_F(ReplaceRestore, KeepsPrototypesAloneWithP) {
   const std::string group = handleText(3, 1), prototypeGroup = handleText(11, 1);
   const std::string null = handleText(0, 0);
