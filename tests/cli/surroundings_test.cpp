@@ -138,21 +138,6 @@ TEST(Surroundings, AReadOnlyFileSystemIsNotWrittenTo) {
   }
 }
 
-TEST(Surroundings, ADirectoryThatWasDeletedHoldsNothing) {
-  for (const faults::Scene& scene : scenes()) {
-    Attempt run(scene);
-    const std::string gone = run.directory.file("gone");
-    const auto inDeleted = [&gone] {
-      const bool ready = mkdir(gone.c_str(), 0700) == 0 && chdir(gone.c_str()) == 0;
-      if (!ready || rmdir(gone.c_str()) != 0) _exit(cannotBeMade);
-    };
-    const auto& result = run.under(inDeleted);
-    const bool opensBackupFirst = std::string(scene.operation().name).starts_with("restore");
-    EXPECT_EQ(result.exitCode, opensBackupFirst ? exitBackupNotOpened : exitDatabaseNotOpened)
-        << scene.operation().name << result.errors;
-  }
-}
-
 TEST(Surroundings, AFileThatMayNotGrowIsAFullDisk) {
   for (const faults::Scene& scene : scenes()) {
     for (const rlim_t limit : {rlim_t{100}, rlim_t{12288}}) {

@@ -12,27 +12,24 @@
 namespace orx {
 namespace {
 
-TEST(JsonDocument, ListsEveryKindOfFinding) {
-  std::istringstream document(test::readFile(test::sourceDirectory() / "docs/json.md"));
-  std::string listed;
-  for (std::string line; std::getline(document, line);) {
+TEST(FindingKinds, AreListedWithTheirMeaningsAndWhatToDo) {
+  const auto document = [](const char* name) {
+    return test::readFile(test::sourceDirectory() / "docs" / name);
+  };
+  std::istringstream lines(document("json.md"));
+  std::string listed, rows;
+  for (std::string line; std::getline(lines, line);) {
     if (line.starts_with("| `")) listed += line + "\n";
   }
-  std::string rows;
+  const std::string operations = document("operations.md");
+  const std::size_t table = operations.find("| kind | what to do |");
+  ASSERT_NE(table, std::string::npos);
+  const std::string cures = operations.substr(table, operations.find("\n\n", table) - table);
   for (const orxkdb::FindingKindText& kind : orxkdb::findingKinds) {
     rows += "| `" + std::string(kind.name) + "` | " + kind.meaning() + " |\n";
+    EXPECT_NE(cures.find("`" + std::string(kind.name) + "`"), std::string::npos) << kind.name;
   }
   EXPECT_EQ(listed, rows);
-}
-
-TEST(Operations, SayWhatToDoAboutEveryKindOfFinding) {
-  const std::string document = test::readFile(test::sourceDirectory() / "docs/operations.md");
-  const std::size_t table = document.find("| kind | what to do |");
-  ASSERT_NE(table, std::string::npos);
-  const std::string rows = document.substr(table, document.find("\n\n", table) - table);
-  for (const orxkdb::FindingKindText& kind : orxkdb::findingKinds) {
-    EXPECT_NE(rows.find("`" + std::string(kind.name) + "`"), std::string::npos) << kind.name;
-  }
 }
 
 }  // namespace

@@ -140,15 +140,5 @@ TEST_F(Run, OutOfMemoryIsOneLineAndACode) {
   EXPECT_EQ(errors.find('\n'), errors.size() - 1) << errors;
 }
 
-TEST_F(Run, HelpLeavesOutMissingTexts) {
-  const test::TempDir other;
-  const test::WorkingDirectory inOther(other.path());
-  test::compileBundle(other.path(), "root",
-                      R"(root { IDS_HELLOFN_FIRST { "IDS_HELLOFN_FIRST(%s,%s)\n" }
-      IDS_HELP_2 { "two\n" } IDS_HELP_3 { "%s" } IDS_HELP_9 { "nine\n" } IDS_HELP_13 { "13\n" } })");
-  EXPECT_EQ(run(""), exitUsage);
-  EXPECT_EQ(output_, "two\n \n13\n");
-}
-
 }  // namespace
 }  // namespace orx
