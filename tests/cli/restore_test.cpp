@@ -1,10 +1,8 @@
 // orxrestore as a whole program: output, exit code and what the database holds afterwards.
 #include <gmock/gmock.h>
 
-#include "records/data_buffer.h"
 #include "restore/exit_codes.h"
 #include "tests/support/backup_lines.h"
-#include "tests/support/child_conditions.h"
 #include "tests/support/kdb_records.h"
 #include "tests/support/program_runs.h"
 #include "tests/support/test_bundle.h"
@@ -117,20 +115,6 @@ TEST(OrxRestore, WithoutBundlePrintsTheBuiltInHelpAlone) {
   for (const auto& [arguments, output] : cases) {
     EXPECT_EQ(runIn(directory, "orxrestore", arguments, "", {}, {"LC_ALL=C"}).output, output);
   }
-}
-
-// A trace file stands for any file that the run opens: without care it would get number 1 here,
-// and everything printed would go into it.
-TEST(OrxRestore, NothingIsPrintedIntoAFileWhenStandardOutputIsClosed) {
-  const TempDir directory;
-  writeShippedBundle(directory.path());
-  const auto result =
-      runIn(directory, "orxrestore", std::vector<std::string>(1000, "-v"), "", closedOutput,
-            {"ORX_TRACE=main=0x40", "ORX_TRACE_FILE=" + directory.file("trace")});
-  EXPECT_EQ(result.exitCode, exitUsage);
-  const std::string trace = readFile(directory / "trace");
-  EXPECT_NE(trace.find("ORXRESTORE main"), std::string::npos) << trace;
-  EXPECT_EQ(std::ranges::count(trace, '\n'), 2) << trace;
 }
 
 }  // namespace
