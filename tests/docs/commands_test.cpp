@@ -9,6 +9,7 @@
 #include <regex>
 #include <set>
 
+#include "orxkdb/check/findings.h"
 #include "tests/docs/fenced_blocks.h"
 #include "tests/orxkdb/manual/command_line.h"
 
@@ -89,6 +90,27 @@ TEST(JsonDocument, ShowsTheMembersThatEverySubcommandGives) {
   std::set<std::string> expected{"orxkdb-failure"};
   for (const CLI::App* command : line.commands()) expected.insert("orxkdb-" + command->get_name());
   EXPECT_EQ(formats, expected);
+}
+
+// The kinds of findings, whose names scripts look for, and what to do about each.
+TEST(FindingKinds, AreListedWithTheirMeaningsAndWhatToDo) {
+  const auto document = [](const char* name) {
+    return test::readFile(test::sourceDirectory() / "docs" / name);
+  };
+  std::istringstream lines(document("json.md"));
+  std::string listed, rows;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("| `")) listed += line + "\n";
+  }
+  const std::string operations = document("operations.md");
+  const std::size_t table = operations.find("| kind | what to do |");
+  ASSERT_NE(table, std::string::npos);
+  const std::string cures = operations.substr(table, operations.find("\n\n", table) - table);
+  for (const orxkdb::FindingKindText& kind : orxkdb::findingKinds) {
+    rows += "| `" + std::string(kind.name) + "` | " + kind.meaning() + " |\n";
+    EXPECT_NE(cures.find("`" + std::string(kind.name) + "`"), std::string::npos) << kind.name;
+  }
+  EXPECT_EQ(listed, rows);
 }
 
 // What the examples of the help name; each has a directory of its own with it.

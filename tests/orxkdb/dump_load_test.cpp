@@ -78,8 +78,7 @@ TEST_F(DumpLoad, TakesWhatTheToolsOfTheEnginesWrite) {
   Lines upperCase = validDump();
   for (char& c : upperCase[7]) c = static_cast<char>(std::toupper(c));
   Lines longHeader = validDump();
-  longHeader.insert(longHeader.begin() + 3, {"duplicates=0", "dupsort=0", "mapsize=1048576",
-                                             "maxreaders=126", "db_pagesize=4096", "keys=1"});
+  longHeader.insert(longHeader.begin() + 3, {"duplicates=0", "dupsort=0", "mapsize=9", "keys=1"});
   const std::string noLineEnd = expected.substr(0, expected.size() - 1);
   createDatabase(database_);
   for (const std::string& text :
