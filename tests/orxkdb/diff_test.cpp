@@ -100,8 +100,9 @@ const ChangeCase changeCases[] = {
      managed({attribute(2, {"b", "a", "d"}) + attribute(94, {self})}),
      inOtherOrder + "    - 3: \"c\"\n    + 3: \"d\"\n"},
     {"a value that is there once more",
-     managed({attribute(2, {"a", "a", "b", "c"}) + attribute(94, {self})}),
-     "  attribute 2 of group 0, key 2, 3 values -> 4\n    + 2: \"a\"\n"},
+     managed({attribute(2, {"b", "b", "d"}) + attribute(94, {self})}),
+     "  attribute 2 of group 0, key 2, 3 values\n    - 1: \"a\"\n    - 3: \"c\"\n"
+     "    + 2: \"b\"\n    + 3: \"d\"\n"},
     {"attributes", managed({attribute(2, {"a", "b", "c"}) + "<5;1;1;\x01;>"}),
      "  attribute 94 of group 0, key 94 (handles), removed with 1 value\n    - 1: " + selfWords +
          "\n  attribute 5 of group 1, key 4101, added with 1 value\n    + 1: \"\\x01\"\n"},
@@ -236,13 +237,17 @@ Records oddRecords() {
   for (const CMConfigHandle& parent : handles) {
     for (const CMConfigHandle& object : handles) {
       const auto number = static_cast<std::uint32_t>(records.size());
-      DataBuffer& record = records.emplace_back();
+      DataBuffer record;
       record.setParentHandle(parent);
       record.setObjectHandle(object);
       record.setModelHandle(parent);
       record.setAttrText(std::string(7 * number, "a! "[number % 3]));
       if (number % 4 == 1) record.data()[data_layout::attrText + 5 * number] = 0;
-      if (number % 4 == 2) record.data()[data_layout::objectHandle + 7] ^= 1;
+      records.push_back(record);
+      if (number % 4 != 2) continue;
+      record.setAuxValue1(1);
+      record.data()[data_layout::objectHandle + 7] ^= 1;
+      records.push_back(record);
     }
   }
   return records;
