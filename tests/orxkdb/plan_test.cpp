@@ -30,26 +30,24 @@ Records stray(int parentType, std::uint32_t parentId, const std::string& text = 
 
 // "TYPE:ID#RECN WHY; ", as they are in the backup.
 std::string refusedIn(const MergePlan& plan) {
-  std::string shown;
+  std::ostringstream shown;
   for (const auto& [key, why] : plan.refused) {
-    shown.append(nameInBackup(plan, key.object)).append("#").append(std::to_string(key.recn));
-    shown.append(" ").append(wordsOf(why)).append("; ");
+    shown << nameInBackup(plan, key.object) << '#' << key.recn << ' ' << wordsOf(why) << "; ";
   }
-  return shown;
+  return shown.str();
 }
 
 // "TYPE FIRST-LAST+SHIFT ...; "
 std::string identifiersIn(const std::vector<TypeIdentifiers>& types) {
-  std::string shown;
+  std::ostringstream shown;
   for (const TypeIdentifiers& type : types) {
-    shown += std::to_string(type.type);
+    shown << int{type.type};
     for (const auto& [first, last] : type.ranges) {
-      shown += " " + std::to_string(first) + "-" + std::to_string(last) + "+" +
-               std::to_string(type.shift);
+      shown << ' ' << first << '-' << last << '+' << type.shift;
     }
-    shown += "; ";
+    shown << "; ";
   }
-  return shown;
+  return shown.str();
 }
 
 class Plan : public testing::Test {
