@@ -13,9 +13,7 @@
 namespace orx::test {
 namespace {
 
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
+using testing::AllOf, testing::HasSubstr, testing::Not;
 
 class Hints : public testing::Test {
  protected:

@@ -12,9 +12,7 @@
 namespace orx::test {
 namespace {
 
-using testing::ContainsRegex;
-using testing::HasSubstr;
-using testing::Not;
+using testing::ContainsRegex, testing::HasSubstr, testing::Not;
 
 // A restore from a pipe that gives its lines in two halves, then `rest` after a while.
 std::string slowRestore(const std::string& command = "orxrestore -i pipe -o db",

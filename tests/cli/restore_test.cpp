@@ -10,10 +10,7 @@
 namespace orx::test {
 namespace {
 
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::SizeIs;
+using testing::AllOf, testing::ElementsAre, testing::HasSubstr, testing::SizeIs;
 
 class ReplaceRestore : public testing::Test {
  protected:

@@ -47,6 +47,10 @@ constexpr std::array backupReaders{
     "explain --line backup:3",     "diff --records sound backup",
     "plan --limit 0 sound backup", "report --limit 0 sound --html output --plan backup"};
 
+constexpr auto changes = static_cast<std::size_t>(Change::undo) + 1;
+static_assert(readers.size() + changes == databaseCommands);
+static_assert(backupReaders.size() == backupCommands);
+
 // What `action` writes to standard output.
 template <typename Action>
 std::string printedBy(Action action) {
@@ -120,10 +124,6 @@ void readDatabase(const Workplace& place, std::size_t command, Wording wording) 
           "who reads leaves nothing behind");
 }
 
-std::size_t backupCommands() {
-  return backupReaders.size();
-}
-
 void readBackup(const Workplace& place, std::size_t command, Wording wording) {
   (void)runOrxkdb(place, backupReaders[command % backupReaders.size()], wording);
 }
@@ -163,16 +163,11 @@ int changeDatabase(const Workplace& place, Change change, std::string_view befor
   return code;
 }
 
-std::size_t databaseCommands() {
-  constexpr std::size_t changes = 6;
-  return readers.size() + changes;
-}
-
 void handOver(const Workplace& place, const std::string& bytes, std::size_t command,
               Wording wording) {
   static const std::string backupText = soundBackup();
   place.fill(bytes, backupText);
-  command %= databaseCommands();
+  command %= databaseCommands;
   if (command < readers.size()) {
     readDatabase(place, command, wording);
   } else {

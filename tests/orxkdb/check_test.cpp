@@ -104,12 +104,9 @@ const std::string lastNs = "...\"" + std::string(12, 'N');
 
 const std::vector<RecordCase> recordCases = {
     {"gaps, and records that disagree",
-     add({plainLine(7),
-          recordAt(3, plainLine(7)),
-          recordAt(5, plainLine(7)),
-          recordAt(2, plainLine(8)),
-          plainLine(9),
-          {.object = handleText(2, 9), .recn = 1, .recType = 3, .auxValue2 = 9}}),
+     add({plainLine(7), recordAt(3, plainLine(7)), recordAt(5, plainLine(7)),
+          recordAt(2, plainLine(8)), plainLine(9),
+          recordAt(1, with(&Line::recType, 3, with(&Line::auxValue2, 9, plainLine(9, ""))))}),
      "chain-gap 2:7/3: records 1 to 2 are missing\n"
      "chain-gap 2:7/5: record 4 is missing\n"
      "chain-gap 2:8/2: records 0 to 1 are missing\n"

@@ -75,18 +75,12 @@ const std::string selfWords =
     "<1;1;2;0;0;0;5;>, 0500000000000201, new format, type 2, identifier 5";
 const std::string modelWords =
     "<1;1;12;0;0;0;1;>, 0100000000000C01, new format, type 12, identifier 1";
-const Lines otherHead = {{.object = handleText(2, 5),
-                          .recType = 3,
-                          .model = handleText(2, 5),
-                          .auxValue1 = -1,
-                          .data = chain,
-                          .auxValue2 = 7}};
-
 const std::string inOtherOrder =
     "  attribute 2 of group 0, key 2, 3 values, values that both have stand in another order\n";
 
 const ChangeCase changeCases[] = {
-    {"head fields", otherHead,
+    {"head fields",
+     {{Line{}.parent, handleText(2, 5), 0, 3, handleText(2, 5), -1, chain, 7}},
      "  recType: 2 -> 3\n  modelHandle: " + modelWords + " -> " + selfWords +
          "\n  auxValue1: 0 -> -1\n  auxValue2: 1 -> 7\n"},
     {"values", managed({attribute(2, {"a", "x"}) + attribute(94, {"gone"})}),

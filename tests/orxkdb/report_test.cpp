@@ -15,10 +15,8 @@
 namespace orx::orxkdb {
 namespace {
 
-using test::handleText;
-using test::Line;
-using testing::HasSubstr;
-using testing::Not;
+using test::handleText, test::Line;
+using testing::HasSubstr, testing::Not;
 
 TEST(Report, TextsAreShownAsText) {
   const std::pair<std::string_view, std::string_view> cases[] = {
