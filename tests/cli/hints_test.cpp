@@ -136,6 +136,11 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
       {"-i other -o db", exitSuccess,
        "(@db had 3 .*\n  next: orxkdb undo db\norxrestore: )?@other is a database, not a .*",
        "orxkdb backup other other.txt"},
+      {"orxkdb sample b; cp db late; mkfifo pipe; orxrestore -i pipe -o late & exec 5> pipe; "
+       "cat b >&5; until test -e late.orx-new; do sleep .01; done; mkdir late.orx-previous; "
+       "exec 5>&-; wait $!",
+       exitSuccess, "@late.orx-new is the database before this change, .*",
+       "ls -ld late.orx-previous"},
   };
   for (const auto& row : cases) {
     const auto result = run((row.command.starts_with("-") ? "orxrestore " : "") + row.command);

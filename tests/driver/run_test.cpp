@@ -73,7 +73,7 @@ TEST_F(Run, UsableCommandLinesReachTheirOperation) {
   } cases[] = {
       {"-i|f|-o|db", both, replaced, "000 db|f"},
       {"-I|f|-M|db|-V", both + verbose, merged, "110 db|f"},
-      {"-vp|-i|f|-O|db", verbose + both, replaced, "011 db|f"},
+      {"-p|-i|f|-O|db", both, replaced, "001 db|f"},
       {"-Pvif|-odb", verbose + both, replaced, "011 db|f"},
       {"-i-x|-o db", file("-x") + database(" db"), replaced, "000  db|-x"},
       {"-if|-odb|extra|-v", both + noOption('e'), replaced, "000 db|f"},
