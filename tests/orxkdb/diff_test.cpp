@@ -270,23 +270,5 @@ TEST_F(Diff, ComparesADatabaseWithABackupByWhatTheBackupCarries) {
               HasSubstr("auxValue1: 100000000 -> 0"));
 }
 
-TEST_F(Diff, ComparesDatabasesByTheKeysThatRecordsAreStoredUnder) {
-  Records records = fleet();
-  const std::string sound = database("a", records);
-  const DataBuffer key = records[2];
-  records[2].setObjectHandle(CMConfigHandle(2, 6));
-  const std::string odd = database("b", {records[0], records[1]});
-  {
-    const test::Opened opened(odd);
-    test::addUnder(opened, key, records[2]);
-    ASSERT_EQ(opened.close(), "0/0");
-  }
-  EXPECT_THAT(changes(sound, odd),
-              HasSubstr("record 0: the key that it holds: parent <1;1;0;0;0;0;0;> object "
-                        "<1;1;2;0;0;0;5;> recn 0 -> parent <1;1;0;0;0;0;0;> object "
-                        "<1;1;2;0;0;0;6;> recn 0\n"));
-  run({.before = odd, .after = backup("c", backupOf(records))}, exitDone);
-}
-
 }  // namespace
 }  // namespace orx::orxkdb
