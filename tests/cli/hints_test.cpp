@@ -3,7 +3,6 @@
 
 #include <regex>
 
-#include "driver/hints.h"
 #include "restore/exit_codes.h"
 #include "terminal/file_words.h"
 #include "tests/support/compress.h"
@@ -14,9 +13,7 @@
 namespace orx::test {
 namespace {
 
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
+using testing::AllOf, testing::HasSubstr, testing::Not;
 
 class Hints : public testing::Test {
  protected:
@@ -34,8 +31,6 @@ class Hints : public testing::Test {
         {"notes", "not a database"},
         {"backup", backupText(smallFleet())},
         {"third.orx-new", backupText(smallFleet())},
-        {"third.orx-old", backupText(smallFleet())},
-        {"pack.ed.gz", compressed("gzip", backupText(smallFleet()))},
         {"{db}.gz", compressed("gzip", backupText(smallFleet()))},
         {"packed", compressed("gzip", backupText({plainLine(1)}))},
         {"packed.txt", "not to be written over"},
@@ -59,7 +54,7 @@ void expectMatch(const std::string& text, const std::string& pattern, const Temp
 }
 
 TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
-  const std::string longName(250, 'n'), tooLong(300, 'n');
+  const std::string longName(300, 'n');
   const std::string notOpened = "\n*Error: Unable to open key1 database ";
   const std::string deleted = "\nIDS_MAIN_THIRD(db)\nIDS_MAIN_FIFTH(3)\n";
   const std::string db = readFile(directory_ / "db"), damaged = readFile(directory_ / "damaged");
@@ -70,10 +65,9 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
     std::string told = {};  // in standard output
   } cases[] = {
       {"-x", exitUsage, "the command line .*", "orxrestore -i BACKUP -o DATABASE"},
-      {"-i backup -m 'folder/a db'", exitNameHasPath, ".* not as @folder/a db",
-       "cd folder && orxrestore -i @backup -m 'a db'"},
-      {"-vpi backup -o folder/db", exitNameHasPath, ".* not as @folder/db",
-       "cd folder && orxrestore -i @backup -o db -p -v"},
+      {"-i backup -m folder/db", exitNameHasPath, ".*", ".* && orxrestore -i @backup -m db"},
+      {"-vpi backup -o 'folder/a db'", exitNameHasPath, ".* not as @folder/a db",
+       "cd folder && orxrestore -i @backup -o 'a db' -p -v"},
       {"-u nofolder/db", exitNameHasPath, ".* no directory for @nofolder/db", "ls -l [.]"},
       {"-i missing -o db", exitBackupNotOpened, "there is no backup @missing; @db is unchanged",
        "ls -l [.]", "\nIDS_MAIN_SECOND(missing)\n"},
@@ -93,8 +87,6 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
        "orxkdb backup db [.]/db.txt"},
       {"-i third.orx-new -o third", exitBackupNotOpened, "@third.orx-new has the name .*",
        "mv third.orx-new third.orx-new.txt"},
-      {"-i third.orx-old -o third", exitBackupNotOpened, "@third.orx-old has the name .*",
-       "mv third.orx-old third.orx-old.txt"},
       {"-i backup -o gone", exitDatabaseNotOpened,
        "there is no database @gone, but its previous generation @gone.orx-previous",
        "mv gone.orx-previous gone"},
@@ -109,14 +101,8 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
        "orxkdb create 'no db'", notOpened + "no db, RC=5(NotThere), RSN=28(NotFound)\n"},
       {"-i backup -o notes", exitDatabaseNotOpened, "@notes is not a database", "ls -ld notes",
        notOpened + "notes, RC=8(SystemError), RSN=17(Format)\n"},
-      {"-i backup -o folder", exitDatabaseNotOpened, "@folder is .*", ".*",
-       notOpened + "folder, RC=8(SystemError), RSN=17(Format)\n"},
-      {"-i backup -o " + tooLong, exitDatabaseNotOpened, ".*", ".*",
-       notOpened + tooLong.substr(0, 218) + ", RC=1(BadArgument), RSN=22(Length)\n"},
       {"-i backup -o " + longName, exitDatabaseNotOpened, "the name is too long .*: @n+",
-       "ls -l [.]"},
-      {"-i backup -o no.orx-old", exitDatabaseNotOpened, "@no.orx-old has the name of a file .*",
-       "ls -l no.orx-old"},
+       "ls -l [.]", notOpened + longName.substr(0, 218) + ", RC=1(BadArgument), RSN=22(Length)\n"},
       {"-i backup -o damaged", exitFailed, "@damaged is damaged; .*; the database is unchanged",
        "orxkdb stat damaged",
        "*Error: Error on ReadNextForUpdate, RC=8(SystemError), "
@@ -128,40 +114,46 @@ TEST_F(Hints, TellWhatAFailureMeansAndWhatToTypeNext) {
        "orxrestore -i BACKUP -o empty"},
       {"-i backup -m counterless", exitFailed, "the system record of @counterless .*",
        "orxkdb check counterless"},
-      {"-i pack.ed.gz -m counterless", exitFailed,
-       "@pack.ed[.]gz is compressed with gzip; decompress it and restore that",
-       "zcat < pack.ed[.]gz > pack.ed"},
-      {"-i '{db}.gz' -m counterless", exitFailed, "@[{]db[}][.]gz is compressed with gzip; .*",
+      {"-i '{db}.gz' -m counterless", exitFailed,
+       "@[{]db[}][.]gz is compressed with gzip; decompress it and restore that",
        "zcat < '[{]db[}][.]gz' > '[{]db[}]'"},
       {"-i '{dir}/{why}' -o db", exitBackupNotOpened,
        "there is no backup @[{]dir[}]/[{]why[}], and no directory for it; @db is unchanged",
        "ls -l [.]"},
-      {"-i missing -m other", exitBackupNotOpened,
-       "there is no backup @missing; @other is unchanged", "ls -l [.]"},
       {"-i packed -m counterless", exitFailed, "@packed is compressed .*",
        "zcat < packed > packed[.]2[.]txt"},
       {"-i twice -m other", exitFailed,
        "@other has what .*\n  next: orxkdb undo other\norxrestore: records of @twice have keys .*",
        "orxkdb plan other twice"},
+      {"mkdir empty.orx-previous; orxrestore -i backup -o empty", exitDatabaseNotOpened,
+       "@empty.orx-previous is no file of this program, .*", "ls -ld @empty.orx-previous"},
+      {"flock db orxrestore -u db", exitDatabaseNotOpened, "@db is being changed by .*",
+       "fuser -v db", notOpened + "db, RC=3(BusyObject), RSN=19(InUse)\n"},
+      {"mkdir bare; cp db bare; cd bare; orxrestore -u db", exitSuccess,
+       "the messages are missing .*@bare/PRESTORE_restore",
+       "orxkdb messages\norxrestore: @bare/db had nothing to change: .*",
+       "start to rebuild the use count for DB db\n"},
       {"-i other -o db", exitSuccess,
        "(@db had 3 .*\n  next: orxkdb undo db\norxrestore: )?@other is a database, not a .*",
        "orxkdb backup other other.txt"},
+      {"orxkdb sample b; cp db late; mkfifo pipe; orxrestore -i pipe -o late & exec 5> pipe; "
+       "cat b >&5; until test -e late.orx-new; do sleep .01; done; mkdir late.orx-previous; "
+       "exec 5>&-; wait $!",
+       exitSuccess, "@late.orx-new is the database before this change, .*",
+       "ls -ld late.orx-previous"},
   };
   for (const auto& row : cases) {
-    const auto result = run("orxrestore " + row.command);
+    const auto result = run((row.command.starts_with("-") ? "orxrestore " : "") + row.command);
     EXPECT_EQ(result.exitCode, row.exitCode) << row.command;
     expectMatch(result.errors, "orxrestore: " + row.means + "\n  next: " + row.next + "\n",
                 directory_);
     EXPECT_THAT(result.output, AllOf(HasSubstr(row.told), Not(HasSubstr("next:"))));
-    if (row.exitCode != exitSuccess) {
-      EXPECT_TRUE(readFile(directory_ / "db") == db);
-    }
+    EXPECT_TRUE(row.exitCode == exitSuccess || readFile(directory_ / "db") == db);
   }
   EXPECT_TRUE(readFile(directory_ / "damaged") == damaged);
 }
 
-TEST_F(Hints, NameAFullDiskWhoHoldsTheDatabaseAndMissingMessages) {
-  EXPECT_EQ(run("orxrestore -i backup -o db").errors, "");
+TEST_F(Hints, NameAFullDisk) {
   writeFile(directory_ / "backup", resourceLines(45000));
   const std::string db = readFile(directory_ / "db");
   const auto names = directory_.names();
@@ -176,48 +168,6 @@ TEST_F(Hints, NameAFullDiskWhoHoldsTheDatabaseAndMissingMessages) {
     EXPECT_EQ(full.output.find("CloseDatabase") != std::string::npos, *lines == '5');
     EXPECT_TRUE(readFile(directory_ / "db") == db);
     EXPECT_EQ(directory_.names(), names);
-  }
-  {
-    const Opened holder(directory_.file("db"));
-    const auto refused = run("orxrestore -u db");
-    expectMatch(refused.errors, "orxrestore: @db is being changed by .*\n  next: fuser -v db\n",
-                directory_);
-    EXPECT_THAT(refused.output, HasSubstr("db, RC=3(BusyObject), RSN=19(InUse)\n"));
-  }
-  std::filesystem::remove_all(directory_ / "PRESTORE_restore");
-  const auto silent = run("orxrestore -u db");
-  EXPECT_EQ(silent.exitCode, exitSuccess);
-  EXPECT_EQ(silent.output, "start to rebuild the use count for DB db\n");
-  expectMatch(silent.errors,
-              "orxrestore: the messages are missing .*@PRESTORE_restore\n  next: orxkdb messages\n"
-              "orxrestore: @db had nothing to change: .*\n",
-              directory_);
-}
-
-// A directory takes a name before the first change, and while changes are made.
-TEST_F(Hints, NameWhatCameIntoTheWayDuringTheRun) {
-  writeFile(directory_ / "lines", resourceLines(3000));
-  const struct {
-    const char* database;
-    const char* before;
-    int exitCode;
-    std::string errors;
-  } cases[] = {
-      {"empty", "until ! flock -n empty true; do sleep .01; done", exitFailed,
-       "orxrestore: @empty.orx-previous is no file of this program, .*; the database is unchanged\n"
-       "  next: ls -ld @empty.orx-previous\n"},
-      {"other", "head -n 2500 lines >&5; until test -e other.orx-new; do sleep .01; done",
-       exitSuccess,
-       "orxrestore: @other.orx-new is the database before this change, .*\n"
-       "  next: ls -ld other.orx-previous\n"},
-  };
-  for (const auto& row : cases) {
-    const std::string name = row.database;
-    const auto result = run("mkfifo " + name + ".pipe; orxrestore -i " + name + ".pipe -o " + name +
-                            " & exec 5> " + name + ".pipe; " + row.before + "; mkdir " + name +
-                            ".orx-previous; tail -n 500 lines >&5; exec 5>&-; wait $!");
-    EXPECT_EQ(result.exitCode, row.exitCode) << name;
-    expectMatch(result.errors, row.errors, directory_);
   }
 }
 
@@ -241,20 +191,18 @@ TEST_F(Hints, TellThatABackupChangedWhileItWasRead) {
   writeFile(directory_ / "lines", lines);
   writeFile(directory_ / "lines.gz", compressed("gzip", lines));
   const std::string why = "orxkdb: the file changed while it was read, @lines, wait until .*\n";
-  const std::string undo = "orxrestore: @lines changed while it was read, .*\n  next: orxkdb undo ";
   const struct {
     const char* command;
     int exitCode;
     std::string errors;
   } cases[] = {
-      {"orxrestore -i lines -o db", exitSuccess, undo + "db\n"},
-      {"orxrestore -i lines -m other", exitSuccess, undo + "other\n"},
+      {"orxrestore -i lines -o db", exitSuccess,
+       "orxrestore: @lines changed while it was read, .*\n  next: orxkdb undo db\n"},
       {"orxrestore -i lines -m counterless", exitFailed,
        "orxrestore: the system .*\n  next: orxkdb check counterless\n"
        "orxrestore: @lines changed during the run; .*\n  next: ls -l lines\n"},
       {"orxkdb check lines", exitFailed, why},
       {"orxkdb plan other lines", exitFailed, why},
-      {"orxkdb diff lines other", exitFailed, why},
       {"orxkdb diff other lines.gz", exitFailed,
        "orxkdb: the file changed while it was read, @lines.gz, .*\n"},
   };
@@ -271,22 +219,8 @@ kill $writer; cat errors >&2; exit $code)");
   }
 }
 
-// No limit lets a run get as far as its backup and no further.
-TEST(HintsOfFewDescriptors, NameTheBackupAndTheLimit) {
-  RestoreSettings settings;
-  settings.backupFileName = "/backup";
-  RunReport report;
-  report.backupError = EMFILE;
-  const auto hints =
-      hintsFor({.exitCode = exitBackupNotOpened, .settings = settings, .report = report});
-  ASSERT_EQ(hints.size(), 1U);
-  EXPECT_THAT(hints[0].what, testing::StartsWith("too many files are open for the backup /backup"));
-  EXPECT_EQ(hints[0].next, "ulimit -n 1024");
-}
-
 TEST(FileWords, AreReadyForAShell) {
   const std::pair<const char*, const char*> cases[] = {{"rorxdata", "rorxdata"},
-                                                       {"a b", "'a b'"},
                                                        {"it's", "'it'\\''s'"},
                                                        {"", "''"},
                                                        {"-o", "./-o"},

@@ -14,19 +14,14 @@
 #include "restore/exit_codes.h"
 #include "tests/faults/operation.h"
 #include "tests/support/child_conditions.h"
-#include "tests/support/compress.h"
 #include "tests/support/program_runs.h"
-#include "tests/support/small_fleet.h"
-#include "tests/support/test_bundle.h"
 
 namespace orx::test {
 namespace {
 
 namespace fs = std::filesystem;
-using faults::Operation;
-using faults::TracedCall;
-using testing::AnyOf;
-using testing::HasSubstr;
+using faults::Operation, faults::TracedCall;
+using testing::AnyOf, testing::HasSubstr;
 
 constexpr int cannotBeMade = 77;
 constexpr rlim_t megabyte = rlim_t{1} << 20;
@@ -91,11 +86,10 @@ void becomeNobody() {
 }
 
 TEST(Surroundings, OutputThatNobodyTakesDoesNotStopAChange) {
-  const auto allClosed = [] {
-    for (const int stream : {0, 1, 2}) (void)close(stream);
-  };
   std::vector<std::function<void()>> conditions(brokenOutputs.begin(), brokenOutputs.end());
-  conditions.emplace_back(allClosed);
+  conditions.emplace_back([] {
+    for (const int stream : {0, 1, 2}) (void)close(stream);
+  });
   for (const faults::Scene& scene : scenes()) {
     for (const auto& broken : conditions) {
       EXPECT_EQ(Attempt(scene).under(broken).exitCode, 0) << scene.operation().name;
@@ -122,10 +116,6 @@ TEST(Surroundings, WithoutPermissionNothingIsChanged) {
   undo.traced.program = faults::programIn(undo.directory.path(), "orxkdb undo db");
   EXPECT_EQ(undo.under(becomeNobody).exitCode, exitDatabaseNotOpened);
   EXPECT_THAT(undo.result.errors, HasSubstr(", " + previous + " (11 Authority"));
-  Attempt look(scenes().front());
-  fs::permissions(look.directory.path(), fs::perms(01777));
-  look.traced.program = faults::programIn(look.directory.path(), "orxkdb stat db");
-  EXPECT_THAT(look.under(becomeNobody).errors, HasSubstr("no permission for the database"));
 }
 
 TEST(Surroundings, AReadOnlyFileSystemIsNotWrittenTo) {
@@ -143,26 +133,6 @@ TEST(Surroundings, AReadOnlyFileSystemIsNotWrittenTo) {
     const auto& result = run.under(readOnly);
     if (result.exitCode == cannotBeMade) GTEST_SKIP() << "no right to mount";
     EXPECT_EQ(result.exitCode, exitDatabaseNotOpened) << scene.operation().name << result.errors;
-  }
-}
-
-TEST(Surroundings, ADirectoryThatWasDeletedHoldsNothing) {
-  for (const faults::Scene& scene : scenes()) {
-    Attempt run(scene);
-    const std::string gone = run.directory.file("gone");
-    const auto inDeleted = [&gone] {
-      const bool ready = mkdir(gone.c_str(), 0700) == 0 && chdir(gone.c_str()) == 0;
-      if (!ready || rmdir(gone.c_str()) != 0) _exit(cannotBeMade);
-    };
-    const auto& result = run.under(inDeleted);
-    const bool opensBackupFirst = std::string(scene.operation().name).starts_with("restore");
-    EXPECT_EQ(result.exitCode, opensBackupFirst ? exitBackupNotOpened : exitDatabaseNotOpened)
-        << scene.operation().name << result.errors;
-    if (run.traced.program.arguments[0] != "load") continue;
-    for (std::string& word : run.traced.program.arguments) {
-      if (fs::exists(scene.start() / word) || word == "made") word = run.directory.file(word);
-    }
-    EXPECT_EQ(run.under(inDeleted).exitCode, 0) << "absolute names need no directory";
   }
 }
 
@@ -196,33 +166,21 @@ TEST(Surroundings, FewOpenFilesAndLittleMemoryAreEnoughOrAFailure) {
          bytes += bytes / 8) {
       Attempt run(scene);
       exitCode = run.under(limited(RLIMIT_AS, bytes)).exitCode;
-      if (exitCode == 127) {
-        EXPECT_THAT(run.result.errors, HasSubstr("shared libraries"));
-      }
     }
     EXPECT_EQ(exitCode, 0) << scene.operation().name;
   }
-  const TempDir scratch;
-  writeFile(scratch / "packed", compressed("gzip", backupText(smallFleet())));
-  EXPECT_THAT(runProgram(shellScript(scratch, "ulimit -n 4; orxkdb check packed")).errors,
-              HasSubstr("(Too many open files), raise the limit"));
 }
 
 TEST(Surroundings, WhatIsNoBundleIsAMissingOne) {
-  const std::string cases[] = {
-      "mkdir -p PRESTORE_restore/root.res",
-      "mkdir PRESTORE_restore; mkfifo PRESTORE_restore/root.res",
-      "mkdir PRESTORE_restore; ln -s /dev/zero PRESTORE_restore/root.res",
-      "echo text > PRESTORE_restore",
-  };
-  for (const std::string& make : cases) {
-    for (const faults::Scene& scene : scenes()) {
-      if (!scene.operation().isRestore()) continue;
-      SCOPED_TRACE(make + ", " + scene.operation().name);
-      Attempt run(scene);
-      (void)runProgram(shellScript(run.directory, "rm PRESTORE_restore; " + make));
-      EXPECT_EQ(run.under({}).exitCode, 0);
-    }
+  for (const char* const make : {
+           "mkdir -p PRESTORE_restore/root.res",
+           "mkdir PRESTORE_restore; mkfifo PRESTORE_restore/root.res",
+           "mkdir PRESTORE_restore; ln -s /dev/zero PRESTORE_restore/root.res",
+           "echo text > PRESTORE_restore",
+       }) {
+    Attempt run(scenes().front());
+    (void)runProgram(shellScript(run.directory, "rm PRESTORE_restore; " + std::string(make)));
+    EXPECT_EQ(run.under({}).exitCode, 0) << make;
   }
 }
 
@@ -247,7 +205,6 @@ TEST(Surroundings, ASignalInAnyPhaseLeavesOldOrNewAndTellsWhich) {
       const int signal = signals[turn++ % std::size(signals)];
       SCOPED_TRACE(scene.operation().name + (std::string(", ") + phase.name));
       Attempt run(scene);
-      const std::string name = run.traced.program.file.filename();
       bool isSent = false;
       run.traced.onCall = [&](const TracedCall& call) {
         const bool isStep = has(call.call, faults::trait::steps);
@@ -262,15 +219,11 @@ TEST(Surroundings, ASignalInAnyPhaseLeavesOldOrNewAndTellsWhich) {
       if (result.exitCode == 0) continue;  // there is no such phase, or it was over first
       ++phase.interruptions;
       EXPECT_EQ(result.exitCode, 128 + signal);
-      if (run.isNew) {
-        EXPECT_THAT(result.errors, AnyOf(HasSubstr("the database is already changed"),
-                                         HasSubstr("the result has its name already")));
-      } else {
-        EXPECT_THAT(
-            result.errors,
-            AnyOf(name + ": interrupted: the database is unchanged\n",
-                  name + ": interrupted, no database and no file was changed, run this again\n"));
-      }
+      const auto told = run.isNew
+                            ? "the (database is already changed|result has its name already)"
+                            : ": interrupted(: the database is unchanged|, no database and no "
+                              "file was changed, run this again)\n$";
+      EXPECT_THAT(result.errors, testing::ContainsRegex(told));
     }
   }
   for (const Phase& phase : phases) EXPECT_GT(phase.interruptions, 0) << phase.name;
@@ -278,29 +231,14 @@ TEST(Surroundings, ASignalInAnyPhaseLeavesOldOrNewAndTellsWhich) {
 
 // Each has a backup of its own, so that the database tells whose it is.
 TEST(Load, OfRunsThatStartAtOnceEachHasTheDatabaseForItselfOrIsRefused) {
-  constexpr std::uint32_t runs = 100;
   const TempDir directory;
-  writeEchoBundle(directory.path());
-  createDatabase(directory.file("db"), 3);
-  for (std::uint32_t id = 1; id <= runs; ++id) {
-    writeFile(directory / ("b" + std::to_string(id)), backupText({plainLine(1000 + id)}));
-  }
-  (void)runProgram(shellScript(directory, R"(for id in $(seq 100); do
-  { orxrestore -i b$id -o db; echo "exit code $?"; } > out$id 2>&1 &
-done; wait)"));
-  std::vector<std::string> winners;
-  for (std::uint32_t id = 1; id <= runs; ++id) {
-    const std::string output = readFile(directory / ("out" + std::to_string(id)));
-    if (output.ends_with("\nexit code 0\n")) {
-      winners.push_back(handleText(2, 1000 + id));
-    } else {
-      EXPECT_THAT(output, HasSubstr("RC=3(BusyObject), RSN=19(InUse)\n")) << id;
-      EXPECT_THAT(output, HasSubstr("\nexit code 5\n")) << id;
-    }
-  }
-  const auto backup = runIn(directory, "orxkdb", {"backup", "db", "-"}).output;
-  EXPECT_THAT(winners, testing::Contains(backup.substr(48, backup.find(' ', 48) - 48)));
-  EXPECT_FALSE(std::filesystem::exists(directory / "db.orx-new"));
+  const auto result = runProgram(shellScript(directory, R"(orxkdb create db > log
+for id in {1..100}; do orxkdb sample --objects 20 --seed $id b$id > log; done
+for id in {1..100}; do { orxrestore -i b$id -o db; echo "exit code $?"; } > out$id 2>&1 & done
+wait; won=$(grep -lx 'exit code 0' out*)
+refused=$(grep -lz 'RC=3(BusyObject), RSN=19(InUse).*exit code 5' out*); wc -w <<< "$won $refused"
+for out in $won; do orxkdb diff db b${out#out} > log 2>&1 && echo same; done; ls db.orx-new)"));
+  EXPECT_EQ(result.output, "100\nsame\n") << result.errors;
 }
 
 }  // namespace

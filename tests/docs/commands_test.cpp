@@ -9,6 +9,7 @@
 #include <regex>
 #include <set>
 
+#include "orxkdb/check/findings.h"
 #include "tests/docs/fenced_blocks.h"
 #include "tests/orxkdb/manual/command_line.h"
 
@@ -65,7 +66,7 @@ Paths pathsOf(const std::string& text, const std::string& what) {
   const Json json = Json::parse(text, nullptr, false);
   EXPECT_TRUE(json.is_object()) << what << text;
   Paths paths;
-  if (json.is_object()) collectPaths(json, "", paths);
+  collectPaths(json, "", paths);
   return paths;
 }
 
@@ -91,6 +92,27 @@ TEST(JsonDocument, ShowsTheMembersThatEverySubcommandGives) {
   EXPECT_EQ(formats, expected);
 }
 
+// The kinds of findings, whose names scripts look for, and what to do about each.
+TEST(FindingKinds, AreListedWithTheirMeaningsAndWhatToDo) {
+  const auto document = [](const char* name) {
+    return test::readFile(test::sourceDirectory() / "docs" / name);
+  };
+  std::istringstream lines(document("json.md"));
+  std::string listed, rows;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("| `")) listed += line + "\n";
+  }
+  const std::string operations = document("operations.md");
+  const std::size_t table = operations.find("| kind | what to do |");
+  ASSERT_NE(table, std::string::npos);
+  const std::string cures = operations.substr(table, operations.find("\n\n", table) - table);
+  for (const orxkdb::FindingKindText& kind : orxkdb::findingKinds) {
+    rows += "| `" + std::string(kind.name) + "` | " + kind.meaning() + " |\n";
+    EXPECT_NE(cures.find("`" + std::string(kind.name) + "`"), std::string::npos) << kind.name;
+  }
+  EXPECT_EQ(listed, rows);
+}
+
 // What the examples of the help name; each has a directory of its own with it.
 const char* const files = R"(mkdir given given/srv; cd given
 orxkdb create rorxdata
@@ -102,22 +124,17 @@ orxkdb dump rorxdata rorxdata.dump
 gzip -k rorxdata.dump)";
 
 // What the parentheses in `pattern` stand for, wherever it fits.
-std::vector<std::string> allOf(const std::string& pattern, const std::string& text) {
-  std::vector<std::string> found;
+std::vector<std::string> allOf(const char* pattern, const std::string& text) {
   const std::regex regex(pattern);
-  for (std::sregex_iterator at(text.begin(), text.end(), regex), end; at != end; ++at) {
-    found.push_back((*at)[1]);
-  }
-  return found;
+  return {std::sregex_token_iterator(text.begin(), text.end(), regex, 1), {}};
 }
 
 // As it would be typed there: absolute paths lead into the directory, and nobody turns pages.
 std::string scriptFor(const std::string& example) {
   const bool makesDatabase =
       std::regex_search(example, std::regex("^orxkdb (create|load (?!--replace))"));
-  std::string command = std::regex_replace(example, std::regex("/srv"), "srv");
+  std::string command = std::regex_replace(example, std::regex("/srv(/tdv)?"), "srv");
   command = std::regex_replace(command, std::regex("\\| less"), "| cat");
-  command = std::regex_replace(command, std::regex("srv/tdv"), "srv");
   return std::string("set -e -o pipefail; rm -rf here; cp -a given here; cd here\n") +
          (makesDatabase ? "rm rorxdata rorxdata.orx-previous\n" : "") + command;
 }

@@ -2,29 +2,16 @@
 
 #include <gmock/gmock.h>
 
-#include <random>
-#include <sstream>
-
-#include "model/attribute_set.h"
 #include "orxkdb/check/check_run.h"
-#include "orxkdb/input/attribute_scanner.h"
-#include "orxkdb/input/backup_file.h"
-#include "records/backup_reader.h"
 #include "tests/support/program_runs.h"
 #include "tests/support/small_fleet.h"
 
 namespace orx::orxkdb {
 namespace {
 
-using test::attribute;
-using test::handleText;
-using test::handleValue;
-using test::Line;
-using test::modelLine;
-using test::plainLine;
-using test::systemLine;
+using test::attribute, test::handleText, test::handleValue, test::Line;
+using test::modelLine, test::plainLine, test::systemLine;
 using Lines = std::vector<Line>;
-using Change = std::function<void(Lines&)>;
 
 class Check : public testing::Test {
  protected:
@@ -74,14 +61,16 @@ Line below(const std::string& parent, const Line& line) {
   return with(&Line::parent, parent, line);
 }
 
-Change add(const Lines& more) {
-  return [=](Lines& lines) { lines.insert(lines.end(), more.begin(), more.end()); };
+// The small fleet with more lines, or with another one in the place of one of its own.
+Lines add(const Lines& more) {
+  Lines lines = test::smallFleet();
+  lines.insert(lines.end(), more.begin(), more.end());
+  return lines;
 }
-Change replace(std::size_t at, const Line& line, const Lines& more = {}) {
-  return [=](Lines& lines) {
-    lines[at] = line;
-    add(more)(lines);
-  };
+Lines replace(std::size_t at, const Line& line, const Lines& more = {}) {
+  Lines lines = add(more);
+  lines[at] = line;
+  return lines;
 }
 
 // Counters of 100, but for these.
@@ -94,7 +83,7 @@ std::vector<std::string> counters(const std::map<std::size_t, const char*>& othe
 
 struct RecordCase {
   std::string name;
-  Change change;  // of the small fleet
+  Lines lines;
   std::string findings;
 };
 
@@ -114,61 +103,54 @@ const std::string manyNs(40, 'N');
 const std::string lastNs = "...\"" + std::string(12, 'N');
 
 const std::vector<RecordCase> recordCases = {
-    {"nothing", add({}), ""},
-    {"gaps",
+    {"gaps, and records that disagree",
      add({plainLine(7), recordAt(3, plainLine(7)), recordAt(5, plainLine(7)),
-          recordAt(2, plainLine(8))}),
+          recordAt(2, plainLine(8)), plainLine(9),
+          recordAt(1, with(&Line::recType, 3, with(&Line::auxValue2, 9, plainLine(9, ""))))}),
      "chain-gap 2:7/3: records 1 to 2 are missing\n"
      "chain-gap 2:7/5: record 4 is missing\n"
      "chain-gap 2:8/2: records 0 to 1 are missing\n"
+     "chain-disagrees 2:9/1: not as in record 0: recType, auxValue2\n"
      "repeated-attribute 2:7: attribute 2\n"},
-    {"records that disagree",
-     add({plainLine(7), {.object = handleText(2, 7), .recn = 1, .recType = 3, .auxValue2 = 9}}),
-     "chain-disagrees 2:7/1: not as in record 0: recType, auxValue2\n"},
-    {"texts that are not read whole",
+    {"texts that come back as others",
      add({plainLine(7, "<2;0;1;x;>junk<3;0;0;>"), plainLine(8, "<2;0;1;x;"),
-          plainLine(9, "<2;0;3;a;b;><3;0;1;a;b;><4;><5;0;-1;a;>")}),
+          plainLine(9, "<2;0;3;a;b;><3;0;1;a;b;><4;><5;0;-1;a;>"),
+          plainLine(10, attribute(3, {"a\t"})), plainLine(11, "<4;1;2;a;;;b;>"),
+          plainLine(12, attribute(3, {"a  ", "b\tc", " "})),
+          plainLine(13, attribute(3, {"a", " ", "b  c"})), plainLine(14, "<2;0;2;a;;; ;>"),
+          plainLine(15, "<2;0;2;a;;b;c;>"), plainLine(16, "<2;0;2;a;;;;>"),
+          plainLine(
+              17, "<70000;0;1;a;><2x;0;1;b;><3; 0;1 ;b;><5;32767;0;><4294967300;0;0;><6897;0;0;>"),
+          plainLine(18, "<32767;32760;0;><32767;32761;0;>"),
+          plainLine(19, attribute(94, {handleValue(2, 5), "0500000000000201", "0000000000000000",
+                                       "050000000000020", "0a00000000000201", handleValue(2, 99)})),
+          with(&Line::recType, 254, plainLine(20)), with(&Line::recType, 255, plainLine(21)),
+          with(&Line::recType, -1, plainLine(22))}),
+     "record-type 2:21: it is 255\nrecord-type 2:22: it is -1\n"
      "text-left-over 2:7: 12 bytes from \"junk<3;0;0;>\"\n"
      "text-left-over 2:8: 9 bytes from \"<2;0;1;x;\"\n"
+     "attribute-header 2:17: attribute 368/1 is written \"70000;0;1\"\n"
+     "attribute-header 2:17: attribute 2 is written \"2x;0;1\"\n"
+     "attribute-header 2:17: attribute 4 is written \"4294967300;0;0\"\n"
+     "attribute-header 2:18: attribute 4095/32768 is written \"32767;32761;0\"\n"
      "value-count 2:9: attribute 2 states 3 values, 2 can be read\n"
      "value-count 2:9: attribute 3 has more than the 1 values it states\n"
      "value-count 2:9: attribute 0 has no header of three numbers: \"4;\"\n"
-     "value-count 2:9: attribute 5 states -1 values, 1 can be read\n"},
-    {"values that come back as others",
-     add({plainLine(7, attribute(3, {"a\t"})), plainLine(8, "<4;1;2;a;;;b;>"),
-          plainLine(9, attribute(3, {"a  ", "b\tc", " "})),
-          plainLine(10, attribute(3, {"a", " ", "b  c"})), plainLine(11, "<2;0;2;a;;; ;>"),
-          plainLine(12, "<2;0;2;a;;b;c;>"), plainLine(13, "<2;0;2;a;;;;>")}),
-     "value-count 2:13: attribute 2 states 2 values, 0 can be read\n"
-     "not-read-back 2:7: attribute 3 has a value that ends in a TAB\n"
-     "not-read-back 2:9: attribute 3 has a value with a TAB\n"
-     "not-read-back 2:9: attribute 3 has a value that ends in blanks\n"
-     "ambiguous-value 2:8: attribute 4/1 has \";;;\" between two values\n"},
-    {"attribute keys that come back as others",
-     add({plainLine(
-         7, "<70000;0;1;a;><2x;0;1;b;><3; 0;1 ;b;><5;32767;0;><4294967300;0;0;><6897;0;0;>")}),
-     "attribute-header 2:7: attribute 368/1 is written \"70000;0;1\"\n"
-     "attribute-header 2:7: attribute 2 is written \"2x;0;1\"\n"
-     "attribute-header 2:7: attribute 4 is written \"4294967300;0;0\"\n"},
-    {"groups at the end of their range", add({plainLine(7, "<32767;32760;0;><32767;32761;0;>")}),
-     "attribute-header 2:7: attribute 4095/32768 is written \"32767;32761;0\"\n"},
-    {"record types beyond the table",
-     add({with(&Line::recType, 254, plainLine(7)), with(&Line::recType, 255, plainLine(8)),
-          with(&Line::recType, -1, plainLine(9))}),
-     "record-type 2:8: it is 255\nrecord-type 2:9: it is -1\n"},
+     "value-count 2:9: attribute 5 states -1 values, 1 can be read\n"
+     "value-count 2:16: attribute 2 states 2 values, 0 can be read\n"
+     "not-read-back 2:10: attribute 3 has a value that ends in a TAB\n"
+     "not-read-back 2:12: attribute 3 has a value with a TAB\n"
+     "not-read-back 2:12: attribute 3 has a value that ends in blanks\n"
+     "ambiguous-value 2:11: attribute 4/1 has \";;;\" between two values\n"
+     "handle-value 2:19: attribute 94 has the value \"050000000000020\"\n"
+     "handle-value 2:19: attribute 94 has the value \"0a00000000000201\"\n"
+     "missing-object 2:19: attribute 94 names <1;1;2;0;0;0;99;>, which is not there\n"},
     {"a model without its first record",
      add({recordAt(1, model(2, modelLine(attribute(17, {"0"}), ""))),
           recordAt(1, model(33, modelLine(attribute(17, {"0"}), "")))}),
      "chain-gap 12:2/1: record 0 is missing\n"
      "chain-gap 12:33/1: record 0 is missing; \"orxrestore -u\" joins the others to those of "
      "<1;1;12;0;0;0;1;>\n"},
-    {"handles in attributes",
-     add({plainLine(7,
-                    attribute(94, {handleValue(2, 5), "0500000000000201", "0000000000000000",
-                                   "050000000000020", "0a00000000000201", handleValue(2, 99)}))}),
-     "handle-value 2:7: attribute 94 has the value \"050000000000020\"\n"
-     "handle-value 2:7: attribute 94 has the value \"0a00000000000201\"\n"
-     "missing-object 2:7: attribute 94 names <1;1;2;0;0;0;99;>, which is not there\n"},
     {"models and parents that are not there",
      add({orphan, with(&Line::object, handleText(2, 8), orphan),
           with(&Line::model, inherited, below(inherited, plainLine(9)))}),
@@ -191,12 +173,10 @@ const std::vector<RecordCase> recordCases = {
     {"a use count that is wrong",
      replace(1, modelLine(attribute(17, {"3"})),
              {model(2, modelLine(attribute(17, {"0", "0"}), "")),
-              model(3, modelLine(attribute(17, {"0x"}), "")),
-              model(4, modelLine(attribute(17, {"1-"}), ""))}),
+              model(3, modelLine(attribute(17, {"0x"}), ""))}),
      "use-count 12:1: it is 3, 1 object refers to it\n"
      "use-count 12:2: it is not one number, 0 objects refer to it\n"
-     "use-count 12:3: it is not one number, 0 objects refer to it\n"
-     "use-count 12:4: it is not one number, 0 objects refer to it\n"},
+     "use-count 12:3: it is not one number, 0 objects refer to it\n"},
     {"references that do not count: of another record type, and to models without a use count",
      add({with(&Line::recType, 26, test::referringLine(6)),
           model(2, modelLine("", attribute(84, {handleValue(2, 6)}))),
@@ -214,18 +194,10 @@ const std::vector<RecordCase> recordCases = {
      "counter 0:0: value 1, of type 2, is missing; the highest identifier in use is 5\n"
      "counter 0:0: value 7, of type 12, is missing; the highest identifier in use is 1\n"},
     {"records below a parent that a merge takes for the system record's, and that it does not",
-     add({recordAt(1, strayBelow(5)), with(&Line::auxValue2, 1, strayBelow(5)),
-          recordAt(2, strayBelow(5)), with(&Line::data, "", strayBelow(6)),
-          with(&Line::auxValue2, -1, strayBelow(7)), plainLine(6), plainLine(7)}),
-     "chain-disagrees 0:0/1: not as in record 0: auxValue2\n"
-     "chain-disagrees 0:0/2: not as in record 0: auxValue2\n"
+     add({recordAt(1, strayBelow(5)), strayBelow(5), with(&Line::auxValue2, -1, strayBelow(7)),
+          plainLine(7)}),
      "repeated-attribute 0:0: attribute 60\n"
-     "stray-system-record 0:0: 2 records with auxValue2 0, 30 bytes of text\n"
-     "stray-system-record 0:0: 1 record with auxValue2 0, 0 bytes of text\n"},
-    {"a system record behind another record with its handles",
-     replace(0, {.data = attribute(9, {"1"}), .auxValue2 = 1}, {recordAt(1, systemLine())}),
-     "chain-disagrees 0:0/1: not as in record 0: auxValue2\n"
-     "repeated-attribute 0:0: attribute 9\n"},
+     "stray-system-record 0:0: 2 records with auxValue2 0, 30 bytes of text\n"},
     {"no counters", replace(0, {.data = attribute(1, {"A=1"})}),
      "no-counters 0:0: attribute 9 is missing\n"},
     {"counters that are wrong", replace(0, systemLine({"x", "5", "-5"})),
@@ -234,10 +206,9 @@ const std::vector<RecordCase> recordCases = {
      "counter 0:0: value 7, of type 12, is missing; the highest identifier in use is 1\n"
      "near-limit 0:0: value 2, of type 3, is 4294967291\n"},
     {"counters that only look like numbers, and too many",
-     replace(0, systemLine(counters({{0, "5-5"}, {1, "1-"}, {4, "4294967297"}}, 27))),
+     replace(0, systemLine(counters({{1, "1-"}, {4, "4294967297"}}, 27))),
      "counter 0:0: there are 27 values; those behind the first 26 are not read, and a merge "
      "removes them\n"
-     "counter 0:0: value 0, of type 1, is \"5-5\", which a merge reads as 5\n"
      "counter 0:0: value 1, of type 2, is \"1-\", which a merge reads as 1; the highest "
      "identifier in use is 5\n"
      "counter 0:0: value 4, of type 5, is \"4294967297\", which a merge reads as 1\n"},
@@ -249,8 +220,6 @@ const std::vector<RecordCase> recordCases = {
     parameterCase({"A= 1= note,B=,C =x"}, ""),
     parameterCase({",A=1"}, "\",A=1\" is written as \"\""),
     parameterCase({"A=1,A=2"}, "\"A=1,A=2\" is written as \"A=1\""),
-    parameterCase({"A=1=b=c"}, "\"A=1=b=c\" is written as \"A=1=b\""),
-    parameterCase({"A=x,,y"}, "\"A=x,,y\" is written as \"A=x,y\""),
     parameterCase({manyNs + "12345678N=1"},
                   lastNs + "12345678N=1\" is written as " + lastNs + "12345678=1\""),
     parameterCase({"B=1", "C=2"},
@@ -262,8 +231,7 @@ const std::vector<RecordCase> recordCases = {
 TEST_F(Check, FindsWhatIsWrongWithRecords) {
   for (const RecordCase& test : recordCases) {
     SCOPED_TRACE(test.name);
-    Lines lines = test::smallFleet();
-    test.change(lines);
+    Lines lines = test.lines;
     EXPECT_EQ(findingsInLines(lines), test.findings);
     test::makeDatabase(scratch_.file(test.name), lines);
     EXPECT_EQ(findingsIn(scratch_.file(test.name)), test.findings);
@@ -283,10 +251,8 @@ std::function<void(std::string&)> put(std::size_t at, const std::string& text) {
 }
 
 const LineCase lineCases[] = {
-    {"CR LF", [](auto& line) { line += "\r"; }, ""},
     {"cut behind the data", [](auto& line) { line.resize(430); },
      "line-length line 4: 430 characters\n"},
-    {"longer", [](auto& line) { line += " "; }, "line-length line 4: 441 characters\n"},
     {"a blank line more", [](auto& line) { line += "\n"; },
      "line-length line 5: 0 characters\nduplicate-key line 5 0:0/0: it has the key of line 1\n"},
     {"so long that it is two records", [](auto& line) { line += std::string(50, ' '); },
@@ -355,15 +321,16 @@ for fleet in '20 key' '3000 key' '3000 random'; do
   orxrestore -i backup -o db > log; orxkdb check db
   orxkdb backup db again > log; orxkdb check again
 done)"));
-  EXPECT_EQ(result.exitCode, exitDone) << result.errors;
-  const auto clean = [](const std::string& counts, const std::string& order = "") {
-    return "backup: backup of " + counts + order + "\nno findings\ndb: database of " + counts +
-           "\nno findings\nagain: backup of " + counts + "\nno findings\n";
-  };
-  const std::string large = "3489 records, 3000 objects, 150 models, 2048 references";
-  EXPECT_EQ(result.output,
-            clean("21 records, 20 objects, 3 models, 7 references") + clean(large) +
-                clean(large, "\n1757 lines are out of key order, which a restore does not mind"));
+  EXPECT_EQ(result.exitCode, exitDone) << result.errors << result.output;
+  EXPECT_THAT(result.output, testing::EndsWith(R"(
+backup: backup of 3489 records, 3000 objects, 150 models, 2048 references
+1757 lines are out of key order, which a restore does not mind
+no findings
+db: database of 3489 records, 3000 objects, 150 models, 2048 references
+no findings
+again: backup of 3489 records, 3000 objects, 150 models, 2048 references
+no findings
+)"));
 }
 
 TEST_F(Check, ReportsSomeOfManyFindingsAndCountsAll) {
@@ -386,95 +353,11 @@ findings by kind
   EXPECT_EQ(result.code, exitNotAsExpected);
   EXPECT_THAT(result.text, testing::StartsWith("5 findings, "));
 
-  test::expectJson(
-      test::printed(
-          [&] { result = check({.input = scratch_.file("db"), .limit = 0, .json = true}); }),
-      R"({"/version": 1, "/form": "database", "/findings": 5, "/kinds/0/kind": "text-left-over",
-          "/kinds/0/count": 5, "/kinds/0/shown#": 5, "/kinds/0/shown/4/objectHandle": "<1;1;2;0;0;0;14;>"})");
-  EXPECT_EQ(result.code, exitNotAsExpected);
-}
-
-TEST(BackupFile, TakesLinesAsARestoreDoes) {
-  const test::TempDir scratch;
-  std::string text;
-  for (const std::size_t length : {440, 0, 443, 444, 445, 900, 440, 442, 30}) {
-    text += std::string(length, static_cast<char>('a' + text.size() % 26)) +
-            (length % 3 == 0 ? "\r\n" : "\n");
-  }
-  text.insert(100, 1, '\0');
-  text += std::string(440, 'z');
-  test::writeFile(scratch / "backup", text);
-  BackupReader reader;
-  ASSERT_TRUE(reader.open(scratch.file("backup").c_str()));
-  BackupFile file;
-  ASSERT_TRUE(file.open(scratch.file("backup")).ok());
-  BackupPiece piece;
-  std::map<std::uint64_t, std::string> records;  // by their offsets
-  for (CMDatabaseBackupRecord expected; reader.next(expected) == ReadOutcome::line;) {
-    ASSERT_TRUE(file.next(piece));
-    const auto ends =
-        std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(piece.offset), '\n');
-    EXPECT_EQ(piece.line, static_cast<std::uint64_t>(ends) + 1);
-    records[piece.offset] = expected.text();
-  }
-  EXPECT_FALSE(file.next(piece));
-  for (const auto& [offset, text] : records) {
-    CMDatabaseBackupRecord record;
-    ASSERT_TRUE(file.readAt(offset, record));
-    EXPECT_EQ(record.text(), text) << offset;
-  }
-}
-
-std::vector<std::string> valuesOf(const CMAttribute& attribute) {
-  std::vector<std::string> values;
-  for (const std::string_view value : attribute.values()) values.emplace_back(value);
-  return values;
-}
-
-std::vector<std::string> valuesOf(const ScannedAttribute& scanned) {
-  std::vector<std::string> values;
-  for (std::string_view rest = scanned.values; !rest.empty();)
-    takeValue(rest, values.emplace_back());
-  return values;
-}
-
-void expectAgreement(const ScannedAttribute& scanned, const std::string& text) {
-  const CMAttribute attribute(scanned.text, 1);
-  EXPECT_EQ(scanned.key, attribute.key().number()) << text;
-  EXPECT_EQ(scanned.valueCount, attribute.attrCount()) << text;
-  EXPECT_EQ(valuesOf(scanned), valuesOf(attribute)) << text;
-  const CMAttribute again(attribute.text(), 1);
-  EXPECT_EQ(scanned.losesBlank, !(again == attribute)) << text;
-  // With a header and without a rest, one value more in the text would be one more that is read.
-  if (scanned.hasHeader && !scanned.hasRest && scanned.statedCount > 0) {
-    const CMAttribute more(std::string(scanned.text) + "x;", 1);
-    EXPECT_EQ(more.attrCount(), std::min(scanned.statedCount, scanned.valueCount + 1)) << text;
-  }
-}
-
-// It says what the attribute classes do, whatever the text.
-TEST(AttributeScanner, AgreesWithTheAttributeClassesOnRandomTexts) {
-  std::mt19937 random(7);
-  std::vector<std::string> pieces = {" ", "\t"};
-  std::istringstream words(
-      "< > ; ;; >> a - 0 1 2; >< x; <5;0; 2;0; <7;0;2;a;b;> <17;1;1; <-3;9999999999;2; ;;;");
-  for (std::string word; words >> word;) pieces.push_back(word);
-  std::size_t attributes = 0;
-  for (int round = 0; round < 30000; ++round) {
-    std::string text = random() % 4 != 0 ? "<3;0;2;" : "";
-    for (std::size_t left = random() % 16; left > 0; --left)
-      text += pieces[random() % pieces.size()];
-    CMAttributeSet set(text.c_str(), 1);
-    AttributeScanner scanner(text);
-    std::size_t count = 0;
-    for (ScannedAttribute scanned; scanner.next(scanned); ++count) expectAgreement(scanned, text);
-    EXPECT_EQ(count, set.entries()) << text;
-    const std::string read = text.substr(0, text.size() - scanner.rest().size());
-    EXPECT_EQ(CMAttributeSet(read.c_str(), 1).text(), set.text()) << text;
-    if (HasFailure()) break;
-    attributes += count;
-  }
-  EXPECT_GT(attributes, 10000u);
+  const CheckOptions all{.input = scratch_.file("db"), .limit = 0, .json = true};
+  test::expectJson(test::printed([&] { EXPECT_EQ(check(all).code, exitNotAsExpected); }),
+                   R"({"/version": 1, "/form": "database", "/findings": 5, "/kinds/0/count": 5,
+                       "/kinds/0/kind": "text-left-over", "/kinds/0/shown#": 5,
+                       "/kinds/0/shown/4/objectHandle": "<1;1;2;0;0;0;14;>"})");
 }
 
 }  // namespace

@@ -2,9 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <random>
-#include <ranges>
-
 #include "orxkdb/diff/carried_source.h"
 #include "tests/restore/merge_records.h"
 #include "tests/support/program_runs.h"
@@ -14,11 +11,7 @@
 namespace orx::orxkdb {
 namespace {
 
-using test::attribute;
-using test::backupOf;
-using test::handleText;
-using test::handleValue;
-using test::Line;
+using test::attribute, test::backupOf, test::handleText, test::handleValue, test::Line;
 using testing::HasSubstr;
 using Records = std::vector<DataBuffer>;
 using Lines = std::vector<Line>;
@@ -28,10 +21,11 @@ const std::string chain = attribute(2, {"a", "b", "c"}) + attribute(94, {self});
 
 // The managed system 2:5, a record for each text.
 Lines managed(const std::vector<std::string>& texts = {chain}) {
-  Lines lines(texts.size(), test::referringLine(5));
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    lines[i].recn = static_cast<std::int32_t>(i);
-    lines[i].data = texts[i];
+  Lines lines;
+  for (const std::string& text : texts) {
+    lines.push_back(test::referringLine(5));
+    lines.back().recn = static_cast<std::int32_t>(lines.size()) - 1;
+    lines.back().data = text;
   }
   return lines;
 }
@@ -81,18 +75,12 @@ const std::string selfWords =
     "<1;1;2;0;0;0;5;>, 0500000000000201, new format, type 2, identifier 5";
 const std::string modelWords =
     "<1;1;12;0;0;0;1;>, 0100000000000C01, new format, type 12, identifier 1";
-const Lines otherHead = {{.object = handleText(2, 5),
-                          .recType = 3,
-                          .model = handleText(2, 5),
-                          .auxValue1 = -1,
-                          .data = chain,
-                          .auxValue2 = 7}};
-
 const std::string inOtherOrder =
     "  attribute 2 of group 0, key 2, 3 values, values that both have stand in another order\n";
 
 const ChangeCase changeCases[] = {
-    {"head fields", otherHead,
+    {"head fields",
+     {{Line{}.parent, handleText(2, 5), 0, 3, handleText(2, 5), -1, chain, 7}},
      "  recType: 2 -> 3\n  modelHandle: " + modelWords + " -> " + selfWords +
          "\n  auxValue1: 0 -> -1\n  auxValue2: 1 -> 7\n"},
     {"values", managed({attribute(2, {"a", "x"}) + attribute(94, {"gone"})}),
@@ -102,15 +90,13 @@ const ChangeCase changeCases[] = {
     {"values that changed places behind others",
      managed({attribute(2, {"a", "c", "b"}) + attribute(94, {self})}),
      inOtherOrder + "    - 2: \"b\"\n    - 3: \"c\"\n    + 2: \"c\"\n    + 3: \"b\"\n"},
-    {"values that changed places before others",
-     managed({attribute(2, {"b", "a", "c"}) + attribute(94, {self})}),
-     inOtherOrder + "    - 1: \"a\"\n    - 2: \"b\"\n    + 1: \"b\"\n    + 2: \"a\"\n"},
     {"values that changed places beside others",
      managed({attribute(2, {"b", "a", "d"}) + attribute(94, {self})}),
      inOtherOrder + "    - 3: \"c\"\n    + 3: \"d\"\n"},
     {"a value that is there once more",
-     managed({attribute(2, {"a", "a", "b", "c"}) + attribute(94, {self})}),
-     "  attribute 2 of group 0, key 2, 3 values -> 4\n    + 2: \"a\"\n"},
+     managed({attribute(2, {"b", "b", "d"}) + attribute(94, {self})}),
+     "  attribute 2 of group 0, key 2, 3 values\n    - 1: \"a\"\n    - 3: \"c\"\n"
+     "    + 2: \"b\"\n    + 3: \"d\"\n"},
     {"attributes", managed({attribute(2, {"a", "b", "c"}) + "<5;1;1;\x01;>"}),
      "  attribute 94 of group 0, key 94 (handles), removed with 1 value\n    - 1: " + selfWords +
          "\n  attribute 5 of group 1, key 4101, added with 1 value\n    + 1: \"\\x01\"\n"},
@@ -141,30 +127,25 @@ TEST_F(Diff, TellsWhatChangedWhateverTheFormsAre) {
   }
 }
 
-TEST_F(Diff, TellsWhatWasAddedAndRemoved) {
-  Lines moved = managed({chain, chain});
-  for (Line& line : moved) line.parent = handleText(3, 1);
-  EXPECT_EQ(changes(database("a", fleet()), database("b", fleet(moved))),
-            "removed: object <1;1;2;0;0;0;5;> parent <1;1;0;0;0;0;0;>, recType 2, 1 record, 2 "
-            "attributes\n"
-            "added: object <1;1;2;0;0;0;5;> parent <1;1;3;0;0;0;1;>, recType 2, 2 records, 4 "
-            "attributes\n");
-  EXPECT_THAT(result_.text, HasSubstr("1 added, 1 removed, 0 changed, " + scratch_.file("a")));
-}
-
-TEST_F(Diff, ShowsRecordsWhenAsked) {
+TEST_F(Diff, ShowsRecordsWhenAskedAndAddedAndRemovedObjects) {
   const std::string before = database("a", fleet(managed({chain, "<7;0;1;x;>"})));
   Lines now = managed({chain, "<7;0;1;y;>", "<7;0;1;y;>"});
   now[0].auxValue1 = 1;
   now[1].recType = 3;
   const std::string after = database("b", fleet(now));
-  EXPECT_THAT(changes(before, after), testing::Not(HasSubstr("record 1")));
   EXPECT_THAT(changes(before, after, true),
               HasSubstr("  record 0: auxValue1 0 -> 1\n"
                         "  record 1: recType 2 -> 3, text of 10 bytes, from byte 7 on "
                         "\"x;>\" -> \"y;>\"\n"
                         "  record 2: added with 10 bytes of text, \"<7;0;1;y;>\"\n"));
   EXPECT_THAT(changes(after, before, true), HasSubstr("  record 2: removed with 10 bytes"));
+  for (Line& line : now) line.parent = handleText(3, 1);
+  EXPECT_EQ(changes(before, database("c", fleet(now))),
+            "removed: object <1;1;2;0;0;0;5;> parent <1;1;0;0;0;0;0;>, recType 2, 2 records, 3 "
+            "attributes\n"
+            "added: object <1;1;2;0;0;0;5;> parent <1;1;3;0;0;0;1;>, recType 2, 3 records, 4 "
+            "attributes\n");
+  EXPECT_THAT(result_.text, HasSubstr("1 added, 1 removed, 0 changed, " + before));
 }
 
 TEST_F(Diff, LimitsWhatIsShownAndCountsAll) {
@@ -177,10 +158,7 @@ TEST_F(Diff, LimitsWhatIsShownAndCountsAll) {
                       .after = database("b", test::recordsOf(now)),
                       .limit = 2};
   EXPECT_THAT(run(options, exitDifferent),
-              HasSubstr("objects by kind\n"
-                        "  added: 3, the first 2 are shown; \"--limit 0\" shows all\n"
-                        "  removed: 3, the first 2 are shown; \"--limit 0\" shows all\n"
-                        "  changed: 3, the first 2 are shown; \"--limit 0\" shows all\n"
+              HasSubstr("  changed: 3, the first 2 are shown; \"--limit 0\" shows all\n"
                         "    attributes with other values: 3\n"
                         "  unchanged: 3\n"));
   options.json = true;
@@ -196,15 +174,12 @@ TEST_F(Diff, PrintsJson) {
   now[1].data = attribute(84, {handleValue(2, 6)});
   now[2].data = "\xFF<";
   const std::string after = backup("b", test::backupText(now) + "\n");
-  const std::string json = run({.before = same, .after = after, .json = true}, exitDifferent);
-  test::expectJson(json, R"({"/inputs/0/form": "database",
-      "/inputs/1/unreadableShown/0/line": 4, "/objects#": 2,
+  test::expectJson(run({.before = same, .after = after, .json = true}, exitDifferent), R"({
+      "/inputs/0/form": "database", "/inputs/1/unreadableShown/0/line": 4, "/objects#": 2,
       "/objects/0/head/0": {"field": "auxValue1", "old": 0, "new": 4},
       "/objects/0/attributes/0/change": "removed",
       "/objects/0/attributes/2/new/0/handle/identifier": 6,
       "/objects/1/object/identifier": 5, "/objects/1/textsParse": false})");
-  const std::string path = R"({"/objects/1/records/0/fields/text/old": ")";
-  test::expectJson(json, (path + chain + R"("})").c_str());
 }
 
 TEST_F(Diff, TakesTheLinesOfABackupInAnyOrder) {
@@ -244,35 +219,36 @@ TEST_F(Diff, CountsLinesThatAreNoRecords) {
 }
 
 // Records with everything that a line changes: old and temporary handles, bytes behind the text.
-Records oddRecords(std::mt19937& random) {
+Records oddRecords() {
   const CMConfigHandle handles[] = {
       CMConfigHandle(),
       CMConfigHandle(2, 5),
-      CMConfigHandle(2, 4000000000u),
+      CMConfigHandle(4, 5),
       CMConfigHandle::createTemporaryHandle(4, 5),
       CMConfigHandle(CMConfigHandle(2, 2), CMConfigHandle(3, 7)),
       CMConfigHandle(CMConfigHandle(), CMConfigHandle(3, 70000), CMConfigHandle(6, 9))};
-  const auto pick = [&] { return handles[random() % std::size(handles)]; };
-  std::map<std::string, DataBuffer> records;
-  for (int i = 0; i < 200; ++i) {
-    DataBuffer record;
-    record.setParentHandle(pick());
-    record.setObjectHandle(pick());
-    record.setRecn(static_cast<std::uint32_t>(random() % 3));
-    record.setModelHandle(pick());
-    record.setAuxValue1(static_cast<std::int32_t>(random() % 100000000));
-    record.setAttrText(std::string(random() % 257, static_cast<char>(random() % 3 + ' ')));
-    if (random() % 4 == 0) record.data()[data_layout::attrText + random() % 256] = 0;
-    if (random() % 4 == 0) record.data()[data_layout::objectHandle + 7] ^= 1;
-    records.emplace(std::string(record.key().begin(), record.key().end()), record);
+  Records records;
+  for (const CMConfigHandle& parent : handles) {
+    for (const CMConfigHandle& object : handles) {
+      const auto number = static_cast<std::uint32_t>(records.size());
+      DataBuffer record;
+      record.setParentHandle(parent);
+      record.setObjectHandle(object);
+      record.setModelHandle(parent);
+      record.setAttrText(std::string(7 * number, "a! "[number % 3]));
+      if (number % 4 == 1) record.data()[data_layout::attrText + 5 * number] = 0;
+      records.push_back(record);
+      if (number % 4 != 2) continue;
+      record.setAuxValue1(1);
+      record.data()[data_layout::objectHandle + 7] ^= 1;
+      records.push_back(record);
+    }
   }
-  const auto values = std::views::values(records);
-  return {values.begin(), values.end()};
+  return records;
 }
 
 TEST_F(Diff, ComparesADatabaseWithABackupByWhatTheBackupCarries) {
-  std::mt19937 random(7);
-  const Records records = oddRecords(random);
+  const Records records = oddRecords();
   for (const DataBuffer& record : records) {
     DataBuffer restored;
     CMDatabaseBackupRecord(record).buildDataBuffer(restored);
@@ -286,33 +262,12 @@ TEST_F(Diff, ComparesADatabaseWithABackupByWhatTheBackupCarries) {
   const std::string copy = backup("b", backupOf(stored));
   EXPECT_THAT(run({.before = odd, .after = copy}, exitDone), HasSubstr("hold more than a backup"));
   EXPECT_THAT(run({.before = copy, .after = odd}, exitDone), HasSubstr("more ignored"));
-  stored[100].setAuxValue2(1);
+  stored.front().setAuxValue2(1);
   EXPECT_THAT(changes(odd, backup("c", backupOf(stored))), HasSubstr("auxValue2: 0 -> 1"));
-}
-
-TEST_F(Diff, NeverTakesARecordThatNoLineCarriesForOneThatALineHolds) {
-  Records records = fleet();
-  const std::string zero = backup("b", backupOf(records));
-  records[2].setAuxValue1(100000000);
-  EXPECT_THAT(changes(database("a", records), zero), HasSubstr("auxValue1: 100000000 -> 0"));
-}
-
-TEST_F(Diff, ComparesDatabasesByTheKeysThatRecordsAreStoredUnder) {
-  Records records = fleet();
-  const std::string sound = database("a", records);
-  const DataBuffer key = records[2];
-  records[2].setObjectHandle(CMConfigHandle(2, 6));
-  const std::string odd = database("b", {records[0], records[1]});
-  {
-    const test::Opened opened(odd);
-    test::addUnder(opened, key, records[2]);
-    ASSERT_EQ(opened.close(), "0/0");
-  }
-  EXPECT_THAT(changes(sound, odd),
-              HasSubstr("record 0: the key that it holds: parent <1;1;0;0;0;0;0;> object "
-                        "<1;1;2;0;0;0;5;> recn 0 -> parent <1;1;0;0;0;0;0;> object "
-                        "<1;1;2;0;0;0;6;> recn 0\n"));
-  run({.before = odd, .after = backup("c", backupOf(records))}, exitDone);
+  Records notCarried = fleet();
+  notCarried[2].setAuxValue1(100000000);
+  EXPECT_THAT(changes(database("d", notCarried), backup("e", backupOf(fleet()))),
+              HasSubstr("auxValue1: 100000000 -> 0"));
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // Dumps and backups of databases, and loading dumps: round trips, and everything that is refused.
 #include <gmock/gmock.h>
 
-#include <numeric>
-
 #include "orxkdb/cmd_backup.h"
 #include "orxkdb/cmd_dump.h"
 #include "orxkdb/cmd_load.h"
@@ -14,13 +12,8 @@
 namespace orx::orxkdb {
 namespace {
 
-using test::createDatabase;
-using test::makeRecord;
-using test::Opened;
-using test::readFile;
-using testing::ElementsAre;
-using testing::HasSubstr;
-
+using test::createDatabase, test::makeRecord, test::Opened, test::readFile;
+using testing::ElementsAre, testing::HasSubstr;
 using Lines = std::vector<std::string>;
 
 std::string join(const Lines& lines, const std::string& lineEnd = "\n") {
@@ -85,113 +78,75 @@ TEST_F(DumpLoad, TakesWhatTheToolsOfTheEnginesWrite) {
   Lines upperCase = validDump();
   for (char& c : upperCase[7]) c = static_cast<char>(std::toupper(c));
   Lines longHeader = validDump();
-  longHeader.insert(longHeader.begin() + 3, {"duplicates=0", "dupsort=0", "mapsize=1048576",
-                                             "maxreaders=126", "db_pagesize=4096", "keys=1"});
-  std::string noLineEnd = expected;
-  noLineEnd.pop_back();
+  longHeader.insert(longHeader.begin() + 3, {"duplicates=0", "dupsort=0", "mapsize=9", "keys=1"});
+  const std::string noLineEnd = expected.substr(0, expected.size() - 1);
+  createDatabase(database_);
   for (const std::string& text :
-       {expected, join(upperCase), join(longHeader), join(validDump(), "\r\n"), noLineEnd}) {
-    SCOPED_TRACE(text);
-    EXPECT_EQ(loadText(text).text, "");
+       {join(upperCase), join(longHeader), join(validDump(), "\r\n"), noLineEnd}) {
+    EXPECT_EQ(loadText(text, true).text, "");
     EXPECT_EQ(dumped(), expected);
-    std::filesystem::remove(database_);
   }
-}
-
-TEST_F(DumpLoad, LargeDatabaseReturnsByteForByte) {
-  constexpr std::uint32_t records = 3000;  // more than one input buffer
-  {
-    const Opened database(database_, kdb::openAsNew);
-    for (std::uint32_t i = 0; i < records; ++i) {
-      test::Record record = makeRecord(i / 300, i % 300);
-      std::iota(record.begin() + 20, record.end(), static_cast<std::uint8_t>(i * 7));
-      ASSERT_EQ(database.add(record), "0/0");
-    }
-    ASSERT_EQ(database.close(), "0/0");
-  }
-  const std::string first = dumped();
-  EXPECT_EQ(first.size(), dump_format::header.size() + records * sizeof(dump_format::Entry) + 9);
-  ASSERT_EQ(loadText(first, true).text, "");
-  EXPECT_EQ(dumped(), first);
-}
-
-struct Reject {
-  const char* what;
-  std::function<void(Lines&)> change;
-  const char *place, *text;
-};
-
-std::function<void(Lines&)> setLine(std::size_t number, const std::string& text) {
-  return [=](Lines& lines) { lines[number - 1] = text; };
-}
-std::function<void(Lines&)> insertLine(std::size_t number, const std::string& text) {
-  return [=](Lines& lines) {
-    lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(number - 1), text);
-  };
-}
-std::function<void(Lines&)> keepLines(std::size_t count) {
-  return [=](Lines& lines) { lines.resize(count); };
 }
 
 const Lines first = entry("00000001", "00000000", "00000000", "01");
 const Lines lower = entry("00000000", "ffffffff", "ffffffff", "01");
 
-const Reject rejects[] = {
-    {"nothing", keepLines(0), ":1", "the dump is empty"},
-    {"another version", setLine(1, "VERSION=2"), ":1", "only dumps of VERSION=3 can be loaded"},
-    {"no dump", setLine(1, "<1;1;2;"), ":1", "this is no dump, its first line is not VERSION=3"},
-    {"no dump in long lines", setLine(1, std::string(5000, 'x')), ":1", "this is no dump"},
-    {"print format", setLine(2, "format=print"), ":2", "format=print cannot be loaded"},
-    {"unknown format", setLine(2, "format=x"), ":2", "the format is not bytevalue"},
-    {"hash", setLine(3, "type=hash"), ":3", "the type is not btree"},
-    {"repeated keys", insertLine(4, "duplicates=1"), ":4", "repeated keys"},
-    {"no keys", insertLine(4, "keys=0"), ":4", "the dump holds no keys"},
-    {"header line", insertLine(4, "db_pagesize"), ":4", "not of the form NAME=VALUE"},
-    {"no format", setLine(2, "x=y"), ":4", "no line format=bytevalue"},
-    {"no type", setLine(3, "x=y"), ":4", "no line type=btree"},
-    {"cut in the header", keepLines(3), ":4", "the dump ends in its header"},
-    {"cut behind the header", keepLines(4), ":5", "the dump ends without DATA=END"},
-    {"cut behind a key", keepLines(7), ":8", "the dump ends behind a key"},
-    {"cut behind a record", keepLines(8), ":9", "the dump ends without DATA=END"},
-    {"key alone", [](Lines& lines) { lines.erase(lines.begin() + 7); }, ":8", "no record for"},
-    {"no blank", setLine(5, first[0].substr(1)), ":5", "does not begin with a blank"},
-    {"two blanks", setLine(5, " " + first[0]), ":5", "a key has 40 hexadecimal digits"},
-    {"short key", setLine(5, first[0].substr(0, 39)), ":5", "this one has 38"},
-    {"odd digits", setLine(6, first[1].substr(0, 592)), ":6", "this one has 591"},
-    {"short record", setLine(8, first[1].substr(0, 591)), ":8", "a record has 592"},
-    {"long record", setLine(6, first[1] + "00"), ":6", "this one has 594"},
-    {"endless line", setLine(6, first[1] + std::string(3 << 20, '0')), ":6", "longer than the 593"},
-    {"no digit", [](Lines& lines) { lines[5][100] = 'g'; }, ":6", "column 101 of a record line"},
-    {"zero byte", [](Lines& lines) { lines[4][2] = '\0'; }, ":5", "column 3 of a key line"},
-    {"key of another record", setLine(6, lower[1]), ":6", "does not begin with the key"},
-    {"recn little-endian in the key", setLine(7, entry("00000002", "02010000", "", "")[0]), ":8",
+// Of a valid dump, `count` lines from the number `line` on are replaced by `text`.
+const struct {
+  const char* what;
+  std::ptrdiff_t line, count;
+  std::string text;
+  const char *place, *told;
+} rejects[] = {
+    {"nothing", 1, 9, "", ":1", "the dump is empty"},
+    {"another version", 1, 1, "VERSION=2", ":1", "only dumps of VERSION=3 can be loaded"},
+    {"no dump in long lines", 1, 1, std::string(5000, 'x'), ":1", "this is no dump"},
+    {"unknown format", 2, 1, "format=x", ":2", "the format is not bytevalue"},
+    {"hash", 3, 1, "type=hash", ":3", "the type is not btree"},
+    {"repeated keys", 4, 0, "duplicates=1", ":4", "repeated keys"},
+    {"no keys", 4, 0, "keys=0", ":4", "the dump holds no keys"},
+    {"header line", 4, 0, "db_pagesize", ":4", "not of the form NAME=VALUE"},
+    {"no format", 2, 1, "x=y", ":4", "no line format=bytevalue"},
+    {"no type", 3, 1, "x=y", ":4", "no line type=btree"},
+    {"cut in the header", 4, 6, "", ":4", "the dump ends in its header"},
+    {"cut behind the header", 5, 5, "", ":5", "the dump ends without DATA=END"},
+    {"cut behind a key", 8, 2, "", ":8", "the dump ends behind a key"},
+    {"cut behind a record", 9, 1, "", ":9", "the dump ends without DATA=END"},
+    {"key alone", 8, 1, "", ":8", "no record for"},
+    {"no blank", 5, 1, first[0].substr(1), ":5", "does not begin with a blank"},
+    {"short key", 5, 1, first[0].substr(0, 39), ":5", "a key has 40 hexadecimal digits"},
+    {"short record", 8, 1, first[1].substr(0, 591), ":8", "a record has 592"},
+    {"long record", 6, 1, first[1] + "00", ":6", "this one has 594"},
+    {"endless line", 6, 1, first[1] + std::string(3 << 20, '0'), ":6", "longer than the 593"},
+    {"no digit", 6, 1, first[1].substr(0, 592) + "g", ":6", "column 593 of a record line"},
+    {"zero byte", 5, 1, first[0].substr(0, 40) + '\0', ":5", "column 41 of a key line"},
+    {"recn little-endian in the key", 7, 1, entry("00000002", "02010000", "", "")[0], ":8",
      "does not begin with the key"},
-    {"repeated", [](Lines& lines) { std::copy(first.begin(), first.end(), lines.begin() + 6); },
-     ":8", "the key is there a second time"},
-    {"descending", [](Lines& lines) { std::copy(lower.begin(), lower.end(), lines.begin() + 6); },
-     ":8", "the keys do not ascend"},
-    {"something behind", insertLine(10, "VERSION=3"), ":10", "something behind DATA=END"},
-    {"blank line behind", insertLine(10, ""), ":10", "something behind DATA=END"},
+    {"repeated", 7, 2, first[0] + "\n" + first[1], ":8", "the key is there a second time"},
+    {"descending", 7, 2, lower[0] + "\n" + lower[1], ":8", "the keys do not ascend"},
+    {"something behind", 10, 0, "VERSION=3", ":10", "something behind DATA=END"},
 };
 
 // Nor into a database that is there to be replaced.
 TEST_F(DumpLoad, FaultsAreNamedByLineAndLoadNothing) {
-  createDatabase(scratch_.file("there"), 5);
-  const std::string before = readFile(scratch_ / "there");
-  for (const Reject& reject : rejects) {
+  const std::string there = scratch_.file("there");
+  createDatabase(there, 5);
+  const std::string before = readFile(there);
+  for (const auto& reject : rejects) {
     SCOPED_TRACE(reject.what);
     Lines lines = validDump();
-    reject.change(lines);
+    const auto at = lines.erase(lines.begin() + reject.line - 1,
+                                lines.begin() + reject.line - 1 + reject.count);
+    if (!reject.text.empty()) lines.insert(at, reject.text);
     const Result result = loadText(join(lines));
     EXPECT_EQ(result.code, exitNotAsExpected);
     EXPECT_THAT(result.text, HasSubstr(", " + file_ + reject.place + ", "));
-    EXPECT_THAT(result.text, HasSubstr(reject.text));
+    EXPECT_THAT(result.text, HasSubstr(reject.told));
     EXPECT_THAT(result.text, testing::EndsWith("nothing was loaded"));
-    const LoadOptions replacing{.database = scratch_.file("there"), .file = file_, .replace = true};
-    EXPECT_EQ(load(replacing).text, result.text);
+    EXPECT_EQ(load({.database = there, .file = file_, .replace = true}).text, result.text);
     EXPECT_THAT(scratch_.names(), ElementsAre("file", "there"));
   }
-  EXPECT_EQ(readFile(scratch_ / "there"), before);
+  EXPECT_EQ(readFile(there), before);
 }
 
 TEST_F(DumpLoad, ReplacesAllRecordsAndKeepsThePreviousGeneration) {
@@ -205,15 +160,19 @@ TEST_F(DumpLoad, ReplacesAllRecordsAndKeepsThePreviousGeneration) {
   EXPECT_THAT(test::objects(database_), ElementsAre());
 }
 
-TEST_F(DumpLoad, RestoredBackupGivesTheSameBackup) {
-  test::writeFile(file_, test::sampleText({.objects = 600}, SampleOrder::random));
+// More than one input buffer.
+TEST_F(DumpLoad, RestoredBackupGivesTheSameBackupAndALoadedDumpTheSameDump) {
+  test::writeFile(file_, test::sampleText({.objects = 3000}, SampleOrder::random));
   createDatabase(database_);
   ASSERT_EQ(test::runIn(scratch_, "orxrestore", {"-i", "file", "-o", "db"}).exitCode, 0);
-  const Lines lines = test::splitLines(test::sampleText({.objects = 600}, SampleOrder::key));
+  const Lines lines = test::splitLines(test::sampleText({.objects = 3000}, SampleOrder::key));
   for (const bool crlf : {false, true}) {
     ASSERT_EQ(backupTo(file_, crlf).text, "");
     EXPECT_TRUE(readFile(file_) == join(lines, crlf ? "\r\n" : "\n"));
   }
+  const std::string first = dumped();
+  ASSERT_EQ(loadText(first, true).text, "");
+  EXPECT_TRUE(dumped() == first);
 }
 
 TEST_F(DumpLoad, ARecordThatALineCannotCarryIsNamedAndNoBackupIsWritten) {
@@ -225,8 +184,7 @@ TEST_F(DumpLoad, ARecordThatALineCannotCarryIsNamedAndNoBackupIsWritten) {
   const Result result = backupTo(file_);
   EXPECT_EQ(result.code, exitNotAsExpected);
   EXPECT_THAT(result.text, HasSubstr("the record number"));
-  EXPECT_THAT(result.text, HasSubstr(database_ + " parent <1;1;0;0;0;0;0;> object "
-                                                 "<1;1;4;0;0;0;9;> recn 100000000,"));
+  EXPECT_THAT(result.text, HasSubstr("<1;1;4;0;0;0;9;> recn 100000000,"));
   EXPECT_EQ(readFile(file_), "before");
   EXPECT_THAT(scratch_.names(), ElementsAre("db", "file"));
 }
@@ -237,7 +195,6 @@ TEST_F(DumpLoad, DamageOnTheWayLeavesNoOutput) {
     EXPECT_EQ(result.code, exitNotAsExpected);
     EXPECT_THAT(result.text, testing::StartsWith("the database is damaged, " + database_ +
                                                  " behind its record "));
-    EXPECT_THAT(result.text, HasSubstr("(8 SystemError, 17 Format)"));
   }
   EXPECT_THAT(scratch_.names(), ElementsAre("db"));
 }

@@ -12,9 +12,7 @@
 namespace orx::orxkdb {
 namespace {
 
-using test::attribute;
-using test::handleText;
-using test::handleValue;
+using test::attribute, test::handleText, test::handleValue;
 using testing::HasSubstr;
 
 // The same resource below two groups, without a text and as a chain.
@@ -43,18 +41,15 @@ class Explain : public testing::Test {
                     test::backupText(fleet()) + "<1;1;2;0;0;0;5;>" + std::string(84, ' ') + "1x\n");
   }
 
-  std::string output(const ExplainOptions& options, ExitCode code = exitDone) {
-    const std::string text = test::printed([&] { result_ = explain(options); });
-    EXPECT_EQ(result_.code, code) << result_.text;
-    return text;
+  std::string output(const ExplainOptions& options) {
+    return test::printed([&] { EXPECT_EQ(explain(options).text, ""); });
   }
-  std::string object(const std::string& handle, ExitCode code = exitDone) {
-    return output({.database = database_, .handle = handle}, code);
+  std::string object(const std::string& handle) {
+    return output({.database = database_, .handle = handle});
   }
 
   test::TempDir scratch_;
   std::string database_ = scratch_.file("db");
-  Result result_;
 };
 
 // In what is expected, "NONE" and "SYSTEM" stand for these handles.
@@ -103,20 +98,15 @@ object
 }
 
 TEST_F(Explain, NamesTheAttributesThatTheOperationsKnow) {
-  EXPECT_EQ(object("0:0"), withHandles(R"(system record
-  handle: NONE
-  parent: NONE
-  record 0: recType 0, auxValue1 0, auxValue2 0, 24 bytes of text
-    model: NONE
-  attribute 1 of group 0, key 1 (system parameters), 1 value
-    "A=1"
-  attribute 9 of group 0, key 9 (identifier counters), 2 values
-    type 1: "8"
-    type 2: "x"
-)"));
-  const std::string model = object("12:1");
-  EXPECT_THAT(model, HasSubstr("key 17 (use count), 1 value\n    \"1\"\n"));
-  EXPECT_THAT(model, HasSubstr("key 84 (signatures), 1 value\n    <1;1;2;0;0;0;5;>, "));
+  const std::string text = object("0:0") + object("12:1");
+  EXPECT_THAT(text, testing::StartsWith("system record\n"));
+  for (const char* part :
+       {"key 1 (system parameters), 1 value\n    \"A=1\"\n",
+        "key 9 (identifier counters), 2 values\n    type 1: \"8\"\n    type 2: \"x\"\n",
+        "key 17 (use count), 1 value\n    \"1\"\n",
+        "key 84 (signatures), 1 value\n    <1;1;2;0;0;0;5;>, "}) {
+    EXPECT_THAT(text, HasSubstr(part));
+  }
 }
 
 TEST_F(Explain, ShowsALineColumnByColumn) {
@@ -146,8 +136,6 @@ TEST(HandleWords, TellWhatAnInheritedHandleRefersTo) {
       handleWords(CMConfigHandle(CMConfigHandle(), CMConfigHandle(3, 70000), CMConfigHandle(6, 9))),
       "<1;3;4;1;0;0;70000;9;>, 7011010009002400, old format, type 4, inherited resource in a "
       "normal group, group <1;1;3;0;0;0;70000;>, resource <1;1;6;0;0;0;9;>");
-  EXPECT_EQ(handleWords(CMConfigHandle::createTemporaryHandle(5, 7)),
-            "<1;1;5;0;0;0;7;>, 0700000000000511, new format, type 5, identifier 7, temporary");
 }
 
 }  // namespace
