@@ -31,12 +31,12 @@ const Registration target("backup_file", [](Input& input) {
   const auto wording = first < 128 ? Wording::text : Wording::json;
   place.fill(place.soundBytes, input.rest());
   checkLines(place.backup);
-  const std::size_t command = first % 128 % (backupCommands + 3);
-  if (command < backupCommands) {
+  const std::size_t command = first % 128 % (backupCommands() + 3);
+  if (command < backupCommands()) {
     readBackup(place, command, wording);
-  } else if (command == backupCommands) {
+  } else if (command == backupCommands()) {
     (void)changeDatabase(place, Change::merge, place.soundBytes);
-  } else if (command == backupCommands + 1) {
+  } else if (command == backupCommands() + 1) {
     (void)changeDatabase(place, Change::restore, place.soundBytes);
   } else if (apply(place, Change::restore) == 0 && isPlainBackup(place.backup)) {
     require(areSame(place.database, place.backup), "a restored database is the same as its backup");

@@ -1,7 +1,5 @@
 #include "tests/fuzz/commands.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -47,23 +45,6 @@ constexpr std::array backupReaders{
     "explain --line backup:3",     "diff --records sound backup",
     "plan --limit 0 sound backup", "report --limit 0 sound --html output --plan backup"};
 
-constexpr auto changes = static_cast<std::size_t>(Change::undo) + 1;
-static_assert(readers.size() + changes == databaseCommands);
-static_assert(backupReaders.size() == backupCommands);
-
-// What `action` writes to standard output.
-template <typename Action>
-std::string printedBy(Action action) {
-  const MemoryFile taken("");
-  (void)std::fflush(stdout);
-  const UniqueFd before(::dup(STDOUT_FILENO));
-  require(::dup2(taken.fd(), STDOUT_FILENO) >= 0, "standard output can be captured");
-  action();
-  (void)std::fflush(stdout);
-  (void)::dup2(before.get(), STDOUT_FILENO);
-  return test::readFile(taken.path());
-}
-
 // Runs orxkdb on the files of the place. The exit code. Its words on standard error are taken
 // above the descriptor, which a sanitizer writes to.
 int runOrxkdb(const Workplace& place, const std::string& command, Wording wording = Wording::text) {
@@ -75,32 +56,31 @@ int runOrxkdb(const Workplace& place, const std::string& command, Wording wordin
   std::vector<const char*> line(words.size());
   std::ranges::transform(words, line.begin(), [](const auto& word) { return word.c_str(); });
   const test::WorkingDirectory inPlace(place.scratch.path());
+  const CapturedOutput output;
   char* failure = nullptr;
   std::size_t length = 0;
-  int code = 0;
   std::FILE* const errors = std::exchange(stderr, ::open_memstream(&failure, &length));
-  const std::string printed =
-      printedBy([&] { code = orxkdb::run(static_cast<int>(line.size()), line.data()); });
+  const int code = orxkdb::run(static_cast<int>(line.size()), line.data());
   (void)std::fclose(std::exchange(stderr, errors));
   const std::string told(failure, length);
   std::free(failure);
   require(std::ranges::find(codes, code) != codes.end(), "an exit code is documented");
   require(code == exitDone || (told.starts_with("orxkdb: ") && told.find('\n') == length - 1),
           "a failure has one line of words");
+  const std::string printed = output.text();
   require(!json || printed.empty() || nlohmann::json::accept(printed), "JSON is JSON");
   return code;
 }
 
 int runOrxrestore(const Workplace& place, std::int32_t mode, int (*operation)(),
                   std::int32_t prototypesOnly = 0) {
+  const CapturedOutput output;
   runReport() = {};
   restoreSettings() = {.mode = mode,
                        .prototypesOnly = prototypesOnly,
                        .databaseName = place.database,
                        .backupFileName = place.backup};
-  int code = 0;
-  (void)printedBy([&] { code = operation(); });
-  return code;
+  return operation();
 }
 
 bool exists(const std::string& file) {
@@ -124,6 +104,10 @@ void readDatabase(const Workplace& place, std::size_t command, Wording wording) 
           "who reads leaves nothing behind");
 }
 
+std::size_t backupCommands() {
+  return backupReaders.size();
+}
+
 void readBackup(const Workplace& place, std::size_t command, Wording wording) {
   (void)runOrxkdb(place, backupReaders[command % backupReaders.size()], wording);
 }
@@ -131,8 +115,9 @@ void readBackup(const Workplace& place, std::size_t command, Wording wording) {
 int apply(const Workplace& place, Change change) {
   switch (change) {
     case Change::restore:
+      return runOrxrestore(place, modeReplace, overrideDB);
     case Change::prototypes:
-      return runOrxrestore(place, modeReplace, overrideDB, change == Change::prototypes);
+      return runOrxrestore(place, modeReplace, overrideDB, 1);
     case Change::merge:
       return runOrxrestore(place, modeMerge, mergeDB);
     case Change::rebuild:
@@ -163,11 +148,16 @@ int changeDatabase(const Workplace& place, Change change, std::string_view befor
   return code;
 }
 
+std::size_t databaseCommands() {
+  constexpr std::size_t changes = 6;
+  return readers.size() + changes;
+}
+
 void handOver(const Workplace& place, const std::string& bytes, std::size_t command,
               Wording wording) {
   static const std::string backupText = soundBackup();
   place.fill(bytes, backupText);
-  command %= databaseCommands;
+  command %= databaseCommands();
   if (command < readers.size()) {
     readDatabase(place, command, wording);
   } else {

@@ -31,7 +31,7 @@ std::size_t stepOr(std::size_t usual) {
     std::string flipped = place.soundBytes;
     flipped[at] = static_cast<char>(flipped[at] ^ flips[turn++ % flips.size()]);
     for (const std::string& bytes : {flipped, place.soundBytes.substr(0, at)}) {
-      for (std::size_t i = 0; i < (step == 1 ? databaseCommands : 1); ++i) {
+      for (std::size_t i = 0; i < (step == 1 ? databaseCommands() : 1); ++i) {
         (void)std::fprintf(stderr, "\r%zu ", at);  // shown when the process ends here
         handOver(place, bytes, command++, Wording::text);
       }

@@ -56,6 +56,23 @@ std::string MemoryFile::path() const {
   return "/proc/self/fd/" + std::to_string(fd_.get());
 }
 
+CapturedOutput::CapturedOutput() {
+  (void)std::fflush(stdout);
+  before_ = UniqueFd(::dup(STDOUT_FILENO));
+  require(before_.valid() && ::dup2(taken_.fd(), STDOUT_FILENO) >= 0,
+          "standard output can be captured");
+}
+
+CapturedOutput::~CapturedOutput() {
+  (void)std::fflush(stdout);
+  (void)::dup2(before_.get(), STDOUT_FILENO);
+}
+
+std::string CapturedOutput::text() const {
+  (void)std::fflush(stdout);
+  return test::readFile(taken_.path());
+}
+
 std::map<std::string, Target>& targets() {
   static std::map<std::string, Target> all;
   return all;

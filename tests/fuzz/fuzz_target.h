@@ -47,6 +47,22 @@ class MemoryFile {
   UniqueFd fd_;
 };
 
+// Standard output goes to memory as long as one exists.
+class CapturedOutput {
+ public:
+  CapturedOutput();
+  CapturedOutput(const CapturedOutput&) = delete;
+  CapturedOutput& operator=(const CapturedOutput&) = delete;
+  ~CapturedOutput();
+
+  // Everything that was written so far.
+  [[nodiscard]] std::string text() const;
+
+ private:
+  UniqueFd before_;
+  MemoryFile taken_{""};
+};
+
 // Takes any input. A claim that does not hold ends the process.
 using Target = void (*)(Input& input);
 
