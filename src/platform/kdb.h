@@ -4,9 +4,11 @@
 // makes changes durable and visible, or AbandonDatabase, which drops them.
 //
 // - The file that carries the database's name is never written. The first change starts the
-//   successor NAME.orx-new beside it (mode 0600); CloseDatabase syncs it, gives it the mode and
-//   owner of the database, puts it in the place of the database in one atomic step and syncs the
-//   directory. The database that was replaced stays as NAME.orx-previous (one generation).
+//   successor NAME.orx-new beside it (mode 0600); changes may wait in memory, up to 100 MB of them,
+//   so that a full disk or damage can show later than the change. CloseDatabase syncs the
+//   successor, gives it the mode and owner of the database, puts it in the place of the database in
+//   one atomic step and syncs the directory. The database that was replaced stays as
+//   NAME.orx-previous (one generation).
 // - A run that changes nothing publishes nothing; to store a record as it is stored already is no
 //   change. After a storage failure (7, 8, 9, 11) nothing is published either, and every later
 //   change, look-up by key and opening of a scan or cursor answers with that failure. After an

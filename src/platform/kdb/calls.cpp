@@ -120,7 +120,9 @@ std::int32_t ReadNextForUpdate(kdbHandle scan, std::int32_t, std::uint8_t* buffe
   return checked<OwnedScan>(scan, [&](OwnedScan& open, Database&) -> Outcome {
     if (!isRecord(buffer, bufferLength)) return badLength;
     const std::uint8_t* record = nullptr;
-    held = SlotTable::renew(*open->held);  // before the record: its caller looks at it at once
+    // Before the record is copied: the caller passes the handle on as one piece, and would wait for
+    // its parts to be stored.
+    held = SlotTable::renew(*open->held);
     if (const Outcome outcome = open->scan.next(record); !outcome.ok()) {
       held = kdbHandle();
       return outcome;

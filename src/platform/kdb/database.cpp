@@ -270,7 +270,7 @@ Outcome Database::readNext(const Key& key, std::uint8_t* record) {
 
 // What is not copied yet lies behind everything that the successor has.
 Outcome Database::readNextChanged(const Key& key, std::uint8_t* record) {
-  if (uncopied_ == nullptr || !uncopied_->reaches(key)) {
+  if (uncopied_ == nullptr || !uncopied_->isUncopied(key)) {
     const Outcome outcome = successor_->readNext(key, record);
     if (outcome != endOfData || uncopied_ == nullptr) return outcome;
   }

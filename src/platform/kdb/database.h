@@ -96,8 +96,8 @@ class Database {
   std::unique_ptr<KeyLookUp> lookUp_;  // while there is no successor
   std::unique_ptr<Successor> successor_;
   // What the successor has not got yet: it is copied in key order, no further than a change needs
-  // that cannot wait, so that the copy and changes in ascending order are appended. None where
-  // everything was deleted.
+  // that cannot wait, so that the copy and changes in ascending order are appended. None for a new
+  // database, and where everything was deleted. It looks at deleted_, which then stays as it is.
   std::unique_ptr<UncopiedRecords> uncopied_;
   Outcome lastFailure_;
   std::optional<Outcome> storageFailure_;  // or what kept the successor from being made

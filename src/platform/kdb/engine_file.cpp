@@ -15,17 +15,17 @@ namespace orx::kdb {
 namespace {
 
 // A transaction keeps its changed pages in private memory. About twelve appended records share a
-// page, and 2,500 of them stay in the processor's cache until they are written; a record put
-// anywhere else may change a page of its own. Updates go over the same pages again and again, so
-// they may have more of it.
+// page, and 2,500 of them stay in the processor's cache until they are written. An update may
+// change a page of its own, any other change several.
 constexpr unsigned appendCost = 4;
-constexpr unsigned updateCost = 1;
+constexpr unsigned updateCost = 4;
 constexpr unsigned insertCost = 10;
 constexpr unsigned transactionCost = 10000;
 
 // Address space for the map: more than one transaction can use is always left over.
 constexpr std::size_t firstMapSize = std::size_t{64} << 20;
 constexpr std::size_t mapReserve = std::size_t{32} << 20;
+static_assert(mapReserve >= transactionCost / updateCost * 2 * 4096);
 
 // How many new bytes are handed to the disk at a time.
 constexpr off_t writeBackStep = off_t{8} << 20;

@@ -14,6 +14,7 @@ Outcome nextKept(TreeReader& reader, const KeyRanges& deleted, Key& key,
     if (key != *last) {
       outcome = reader.seek(*last);
       if (outcome.ok()) outcome = reader.next(key, record);
+      if (outcome.ok() && key != *last) return notADatabase;  // it was there when it was deleted
     }
     if (outcome.ok()) outcome = reader.next(key, record);
   }

@@ -216,7 +216,11 @@ Outcome TreeReader::nextLeaf() {
   }
   Level& branch = branches_[level - 1];
   ++branch.index;
-  return descend(childPage(branch.page.data(), branch.index), level, nullptr);
+  // Look-ups go by the key between two leaves: it must lie between them.
+  const Key between = branchKey(branch.page.data(), branch.index);
+  if (lastKey_ >= between) return fail(notADatabase);
+  const Outcome outcome = descend(childPage(branch.page.data(), branch.index), level, nullptr);
+  return outcome.ok() && between > leafKey(0) ? fail(notADatabase) : outcome;
 }
 
 Key TreeReader::leafKey(std::size_t index) const {

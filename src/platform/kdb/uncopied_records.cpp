@@ -17,7 +17,14 @@ Outcome UncopiedRecords::stepBase() {
 }
 
 Outcome UncopiedRecords::moveTo(Successor& successor, const Key& last) {
-  if (!reaches(last)) return succeeded;
+  if (!isUncopied(last)) return succeeded;
+  const Outcome outcome = moveAll(successor, last);
+  if (outcome.ok()) copied_ = last;
+  // Ascending keys cannot fail otherwise; a part that is missing must never be published.
+  return outcome.ok() || isStorageFailure(outcome.code) ? outcome : inputOutputError;
+}
+
+Outcome UncopiedRecords::moveAll(Successor& successor, const Key& last) {
   Outcome outcome = succeeded;
   while (outcome.ok()) {
     const bool baseIsNext =
@@ -31,7 +38,6 @@ Outcome UncopiedRecords::moveTo(Successor& successor, const Key& last) {
       outcome = moveChange(successor);
     }
   }
-  copied_ = last;
   return outcome;
 }
 
@@ -48,7 +54,7 @@ Outcome UncopiedRecords::moveChange(Successor& successor) {
   return isOfBase ? stepBase() : succeeded;
 }
 
-Outcome UncopiedRecords::findInBase(const Key& key, const std::uint8_t*& record) {
+Outcome UncopiedRecords::findExactly(const Key& key, const std::uint8_t*& record) {
   Key found;
   const Outcome outcome = lookUp_.find(key, deleted_, found, record);
   if (outcome == endOfData || (outcome.ok() && found != key)) return recordNotFound;
@@ -64,13 +70,15 @@ Outcome UncopiedRecords::add(const Key& key, const std::uint8_t* record) {
     return succeeded;
   }
   const std::uint8_t* stored = nullptr;
-  const Outcome inBase = findInBase(key, stored);
+  const Outcome inBase = findExactly(key, stored);
   if (inBase.ok()) return duplicateKey;
   if (inBase != recordNotFound) return inBase;
   Change& change = changes_[key];
   change.isNew = true;
   std::copy_n(record, recordSize, change.record.begin());
   ++newCount_;
+  const std::size_t others = changes_.size() - newCount_;
+  if (newCount_ > newForEachOther * others + fewNew) newWaits_ = false;
   return succeeded;
 }
 
@@ -79,7 +87,7 @@ Outcome UncopiedRecords::update(const Key& key, const std::uint8_t* record) {
   if (waiting != changes_.end() && waiting->second.isErased) return recordNotFound;
   if (waiting == changes_.end()) {
     const std::uint8_t* stored = nullptr;
-    const Outcome inBase = findInBase(key, stored);
+    const Outcome inBase = findExactly(key, stored);
     if (!inBase.ok()) return inBase;
     if (std::memcmp(stored, record, recordSize) == 0) return succeeded;
     waiting = changes_.try_emplace(key).first;
@@ -101,38 +109,28 @@ Outcome UncopiedRecords::erase(const Key& key) {
     return succeeded;
   }
   const std::uint8_t* stored = nullptr;
-  const Outcome inBase = findInBase(key, stored);
+  const Outcome inBase = findExactly(key, stored);
   if (inBase.ok()) changes_[key].isErased = true;
   return inBase;
 }
 
-Outcome UncopiedRecords::findUnchanged(const Key& key, Key& found, const std::uint8_t*& record) {
-  std::optional<Key> from = key;
+Outcome UncopiedRecords::readNext(const Key& key, std::uint8_t* record) {
+  std::optional<Key> from = isUncopied(key) ? key : copied_->following();
   while (from.has_value()) {
-    const Outcome outcome = lookUp_.find(*from, deleted_, found, record);
-    if (!outcome.ok() || !changes_.contains(found)) return outcome;
-    from = found.following();
+    Key found;
+    const std::uint8_t* stored = nullptr;
+    const Outcome inBase = lookUp_.find(*from, deleted_, found, stored);
+    if (!inBase.ok() && inBase != endOfData) return inBase;
+    const auto change = changes_.lower_bound(*from);
+    const bool isChanged = change != changes_.end() && (!inBase.ok() || change->first <= found);
+    if (!isChanged && !inBase.ok()) return endOfData;
+    if (!isChanged || !change->second.isErased) {
+      std::memcpy(record, isChanged ? change->second.record.data() : stored, recordSize);
+      return succeeded;
+    }
+    from = change->first.following();
   }
   return endOfData;
-}
-
-Outcome UncopiedRecords::readNext(const Key& key, std::uint8_t* record) {
-  const std::optional<Key> from = reaches(key) ? key : copied_->following();
-  if (!from.has_value()) return endOfData;
-  Key inBase;
-  const std::uint8_t* stored = nullptr;
-  const Outcome outcome = findUnchanged(*from, inBase, stored);
-  if (!outcome.ok() && outcome != endOfData) return outcome;
-  auto change = changes_.lower_bound(*from);
-  while (change != changes_.end() && change->second.isErased) ++change;
-  const bool isChanged = change != changes_.end() && (!outcome.ok() || change->first < inBase);
-  if (isChanged) {
-    stored = change->second.record.data();
-  } else if (!outcome.ok()) {
-    return endOfData;
-  }
-  std::memcpy(record, stored, recordSize);
-  return succeeded;
 }
 
 }  // namespace orx::kdb

@@ -3,7 +3,8 @@
 // that wait in memory until the copy comes by.
 //
 // A use-count rebuild changes records all over the database. In the successor each of them would
-// cost a page written, and often several times; here the copy stays one pass that appends.
+// cost a page written, and often several times; here the copy stays one pass that appends. The
+// price: a disk that is full, or damage that a look-up does not meet, shows when the copy is made.
 //
 // Every call may throw std::bad_alloc. The codes of a change are those of Successor.
 #pragma once
@@ -25,28 +26,27 @@ namespace orx::kdb {
 
 class UncopiedRecords {
  public:
-  // The records of `tree` without `deleted`; nothing is copied.
+  // The records of `tree` without `deleted`, which stays as it is while the object lives.
   UncopiedRecords(const std::shared_ptr<const TreeFile>& tree, const KeyRanges& deleted);
 
   // To be called once, before anything else.
   [[nodiscard]] Outcome start() { return stepBase(); }
 
-  // Whether the successor has nothing that has this key or follows it.
-  [[nodiscard]] bool reaches(const Key& key) const {
+  // Whether `key` lies behind everything that was copied. The successor has no such key then.
+  [[nodiscard]] bool isUncopied(const Key& key) const {
     return !copied_.has_value() || key > *copied_;
   }
 
-  // Appends everything up to the key `last` to the successor, which has nothing behind it.
+  // Appends everything up to the key `last` to the successor, unless that was done before. A
+  // failure is a storage failure, and the end.
   [[nodiscard]] Outcome moveTo(Successor& successor, const Key& last);
 
   // Whether a change of the record with this key can wait here. New records do so no longer once
-  // most of what waited was new: to append them right away costs less then.
-  [[nodiscard]] bool takesChange(const Key& key) const { return reaches(key) && hasRoom(); }
-  [[nodiscard]] bool takesNew(const Key& key) {
-    const std::size_t others = changes_.size() - newCount_;
-    if (newCount_ > others + fewNew) newWaits_ = false;
-    return newWaits_ && takesChange(key);
+  // nearly all that waits is new, as it is in a merge: to append them right away costs less then.
+  [[nodiscard]] bool takesChange(const Key& key) const {
+    return isUncopied(key) && changes_.size() < maximumChanges;
   }
+  [[nodiscard]] bool takesNew(const Key& key) const { return newWaits_ && takesChange(key); }
 
   // `record` is 296 bytes. Each is for a key that the question above was answered with yes for.
   [[nodiscard]] Outcome add(const Key& key, const std::uint8_t* record);
@@ -67,14 +67,13 @@ class UncopiedRecords {
 
   static constexpr std::size_t maximumChanges = std::size_t{1} << 18;  // about 100 MB
   static constexpr std::size_t fewNew = 16384;
+  static constexpr std::size_t newForEachOther = 16;
 
-  [[nodiscard]] bool hasRoom() const { return changes_.size() < maximumChanges; }
   [[nodiscard]] Outcome stepBase();
+  [[nodiscard]] Outcome moveAll(Successor& successor, const Key& last);
   [[nodiscard]] Outcome moveChange(Successor& successor);
-  // 5/28 when the database has no such record; one that is deleted or changed does not matter.
-  [[nodiscard]] Outcome findInBase(const Key& key, const std::uint8_t*& record);
-  // The first record of the database behind `key` that no change concerns.
-  [[nodiscard]] Outcome findUnchanged(const Key& key, Key& found, const std::uint8_t*& record);
+  // The record of the database with just this key, whatever changes wait; 5/28 when it has none.
+  [[nodiscard]] Outcome findExactly(const Key& key, const std::uint8_t*& record);
 
   Snapshot base_;
   Key baseKey_;                               // of the first record that is not copied
@@ -84,7 +83,7 @@ class UncopiedRecords {
   std::size_t newCount_ = 0;
   bool newWaits_ = true;
   KeyLookUp lookUp_;
-  KeyRanges deleted_;
+  const KeyRanges& deleted_;
 };
 
 }  // namespace orx::kdb
