@@ -266,6 +266,35 @@ TEST_F(Kdb, NewDatabasesNeverReplaceAnything) {
   EXPECT_THAT(scratch_.names(), ElementsAre("dangling", "db", "other"));
 }
 
+// Whoever looks for a key goes by the keys of a branch: of the leaves alone, this one is sound.
+TEST_F(Kdb, AKeyBetweenTwoLeavesIsDamageWhereItDoesNotLieBetweenThem) {
+  createDatabase(name_, 100);
+  const std::string sound = test::readFile(name_);
+  const auto keyOf = [](std::uint32_t object) {
+    const Record record = makeRecord(object);
+    return std::string(record.begin(), record.begin() + 20);
+  };
+  std::size_t branch = 2 * std::size_t{4096};
+  while ((sound[branch + 10] & 1) == 0) branch += 4096;
+  std::uint32_t first = 2;  // of a leaf
+  while (sound.find(keyOf(first), branch) >= branch + 4096) ++first;
+  const std::string before = keyOf(first - 1), behind = keyOf(first + 1);
+  for (const std::string& other : {before, behind}) {
+    std::string damaged = sound;
+    damaged.replace(sound.find(keyOf(first), branch), 20, other);
+    test::writeFile(name_, damaged);
+    std::string end;
+    const Opened reading(name_, kdb::openForReading);
+    (void)reading.all(reading.cursor(), &end);
+    EXPECT_EQ(end, "8/17");
+    const Opened database(name_);
+    (void)database.update(makeRecord(1, 0, 9));
+    (void)database.add(makeRecord(first - 1, 0, 9));
+    EXPECT_EQ(database.close(), "8/17");
+    EXPECT_TRUE(test::readFile(name_) == damaged);
+  }
+}
+
 // Any sequence of changes and look-ups, against a map. One run adds far more than waits in memory,
 // so that repeated keys lie in the file, in runs and in the buffer; the last one changes so much
 // that a part of the database is copied and another waits for it.
