@@ -49,7 +49,6 @@ Outcome UncopiedRecords::moveChange(Successor& successor) {
     const Outcome outcome = successor.add(change->first, change->second.record.data());
     if (!outcome.ok()) return outcome;
   }
-  if (change->second.isNew) --newCount_;
   changes_.erase(change);
   return isOfBase ? stepBase() : succeeded;
 }
@@ -62,6 +61,7 @@ Outcome UncopiedRecords::findExactly(const Key& key, const std::uint8_t*& record
 }
 
 Outcome UncopiedRecords::add(const Key& key, const std::uint8_t* record) {
+  ++adds_;
   const auto waiting = changes_.find(key);
   if (waiting != changes_.end()) {
     if (!waiting->second.isErased) return duplicateKey;
@@ -76,13 +76,11 @@ Outcome UncopiedRecords::add(const Key& key, const std::uint8_t* record) {
   Change& change = changes_[key];
   change.isNew = true;
   std::copy_n(record, recordSize, change.record.begin());
-  ++newCount_;
-  const std::size_t others = changes_.size() - newCount_;
-  if (newCount_ > newForEachOther * others + fewNew) newWaits_ = false;
   return succeeded;
 }
 
 Outcome UncopiedRecords::update(const Key& key, const std::uint8_t* record) {
+  ++updates_;
   auto waiting = changes_.find(key);
   if (waiting != changes_.end() && waiting->second.isErased) return recordNotFound;
   if (waiting == changes_.end()) {
@@ -102,7 +100,6 @@ Outcome UncopiedRecords::erase(const Key& key) {
     if (waiting->second.isErased) return recordNotFound;
     if (waiting->second.isNew) {
       changes_.erase(waiting);
-      --newCount_;
     } else {
       waiting->second.isErased = true;
     }

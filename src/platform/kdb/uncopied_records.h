@@ -41,12 +41,12 @@ class UncopiedRecords {
   // failure is a storage failure, and the end.
   [[nodiscard]] Outcome moveTo(Successor& successor, const Key& last);
 
-  // Whether a change of the record with this key can wait here. New records do so no longer once
-  // nearly all that waits is new, as it is in a merge: to append them right away costs less then.
+  // Whether a change of the record with this key can wait here. New records do so only where
+  // others are updated as often, as in a rebuild: of a merge, they cost less appended right away.
   [[nodiscard]] bool takesChange(const Key& key) const {
     return isUncopied(key) && changes_.size() < maximumChanges;
   }
-  [[nodiscard]] bool takesNew(const Key& key) const { return newWaits_ && takesChange(key); }
+  [[nodiscard]] bool takesNew(const Key& key) const { return adds_ < updates_ && takesChange(key); }
 
   // `record` is 296 bytes. Each is for a key that the question above was answered with yes for.
   [[nodiscard]] Outcome add(const Key& key, const std::uint8_t* record);
@@ -66,8 +66,6 @@ class UncopiedRecords {
   using Changes = std::map<Key, Change>;
 
   static constexpr std::size_t maximumChanges = std::size_t{1} << 18;  // about 100 MB
-  static constexpr std::size_t fewNew = 16384;
-  static constexpr std::size_t newForEachOther = 16;
 
   [[nodiscard]] Outcome stepBase();
   [[nodiscard]] Outcome moveAll(Successor& successor, const Key& last);
@@ -80,8 +78,8 @@ class UncopiedRecords {
   const std::uint8_t* baseRecord_ = nullptr;  // null behind the last
   std::optional<Key> copied_;                 // up to this key everything is copied
   Changes changes_;                           // of what is not copied
-  std::size_t newCount_ = 0;
-  bool newWaits_ = true;
+  std::uint64_t updates_ = 0;                 // calls, whatever came of them
+  std::uint64_t adds_ = 0;
   KeyLookUp lookUp_;
   const KeyRanges& deleted_;
 };
